@@ -1,0 +1,2 @@
+install(TARGETS vorn EXPORT vornTargets LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR})
+install(DIRECTORY include/vorn TYPE INCLUDE)

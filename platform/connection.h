@@ -1,0 +1,38 @@
+// The objects that one connection between a host and a module program is made of: a block of shared
+// memory and counting semaphores. The system's own names are a thing of systems that have them:
+// here a name is only reserved, and the objects themselves are inherited by the one module program
+// that is started with them.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+namespace vorn::platform {
+
+inline constexpr int32_t kNoDescriptor = -1;
+
+// Reserves a name for the user until the reservation is released or its holder ends, however it
+// ends.
+enum class Reservation { Reserved, InUse, Failed };
+Reservation reserveName(const char* name, int32_t& reservation);
+void releaseName(int32_t reservation);
+
+// A block of shared memory that no side can shrink or grow. kNoDescriptor on failure.
+int32_t createBlock(size_t size);
+// True when the descriptor is a block of at least `size` bytes.
+bool blockHolds(int32_t block, size_t size);
+void* mapBlock(int32_t block, size_t size);
+void unmapBlock(void* base, size_t size);
+
+// A semaphore with count 0. kNoDescriptor on failure.
+int32_t createSemaphore();
+void postSemaphore(int32_t semaphore);
+bool tryWaitSemaphore(int32_t semaphore);
+
+// Blocks until the semaphore was taken (true) or the watched process has ended with the count still
+// at 0 (false). kNoDescriptor as `watched` watches nothing.
+bool waitSemaphore(int32_t semaphore, int32_t watched);
+
+void closeDescriptor(int32_t descriptor);
+
+}  // namespace vorn::platform

@@ -1,0 +1,55 @@
+// One side's view of a connection, and the semaphores and memory below it.
+#pragma once
+
+#include <vorn/library.h>
+
+#include <atomic>
+#include <cstdint>
+
+namespace vorn {
+
+inline constexpr uint32_t kSharedAreaSize = 0x20000;
+inline constexpr uint32_t kBigAreaSize =
+    0x18000;  // pixels: to the host for a loader, to the module for a saver
+inline constexpr uint32_t kSmallAreaSize = 0x8000;
+inline constexpr int32_t kSemaphoreCount = 6;
+
+struct ShmDescriptor {
+    char name[8];
+    int32_t handle;  // a descriptor; 0 = none
+    int32_t reservation;
+};
+
+struct SemaphoreSet {
+    struct Entry {
+        char name[12];
+        int32_t handle;
+    };
+    Entry entry[kSemaphoreCount];
+    int32_t reservation;
+    int32_t peerThread;  // number of the peer's main thread
+    int32_t watched;     // what every wait also ends on, or platform::kNoDescriptor
+};
+
+}  // namespace vorn
+
+struct SharedStuff {
+    VORN_Image* owner;  // on a host: where errors of the lock functions go
+    vorn::ShmDescriptor shm;
+    vorn::SemaphoreSet* semaphores;
+    uint32_t waitBeforeWrite;
+    uint32_t postAfterWrite;
+    uint32_t waitBeforeRead;
+    uint32_t postAfterRead;
+    uint32_t spareForThisSide;
+    uint32_t spareForPeer;
+    uint8_t* base;
+    int32_t writeOffset;
+    int32_t readOffset;
+    int32_t writeSize;
+    int32_t readSize;
+    uint8_t* writePointer;
+    uint8_t* readPointer;
+    bool readHeld;
+    std::atomic<bool> linkDown;  // set by the emergency stop from another thread
+};
