@@ -1,0 +1,171 @@
+#include "platform/file.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+
+#include "platform/path.h"
+
+namespace vorn::platform {
+namespace {
+
+constexpr mode_t kNewFileMode = 0666;
+constexpr unsigned kNameAttempts = 100;
+
+// Calls a system function again as long as a signal interrupts it.
+template <class Call>
+auto retry(Call call) {
+    auto result = call();
+    while (result < 0 && errno == EINTR) result = call();
+    return result;
+}
+
+int openFile(const char* path, int flags, mode_t mode = 0) {
+    return retry([&] { return ::open(path, flags | O_CLOEXEC, mode); });
+}
+
+// The directory part of a path, "." when it has none.
+void directoryOf(const char* path, char* out) {
+    std::strcpy(out, path);
+    char* slash = std::strrchr(out, kSeparator);
+    if (!slash)
+        std::strcpy(out, ".");
+    else if (slash == out)
+        slash[1] = '\0';
+    else
+        *slash = '\0';
+}
+
+}  // namespace
+
+File::~File() {
+    if (descriptor_ >= 0) ::close(descriptor_);
+    if (temporary_) ::unlink(temporary_);
+    std::free(target_);
+    std::free(temporary_);
+}
+
+int32_t File::openForReading(const char* path) {
+    descriptor_ = openFile(path, O_RDONLY);
+    if (descriptor_ < 0) return errno;
+    struct stat status {};
+    if (::fstat(descriptor_, &status) != 0) return errno;
+    return S_ISDIR(status.st_mode) ? EISDIR : 0;
+}
+
+int32_t File::openForReplacing(const char* path) {
+    if (std::strlen(path) >= kMaxPath) return ENAMETOOLONG;
+    struct stat status {};
+    mode_t mode = kNewFileMode;
+    const bool exists = ::stat(path, &status) == 0;
+    if (exists) {
+        if (S_ISDIR(status.st_mode)) return EISDIR;
+        if (::access(path, W_OK) != 0) return errno;
+        if (!S_ISREG(status.st_mode)) {
+            descriptor_ = openFile(path, O_WRONLY);
+            return descriptor_ < 0 ? errno : 0;
+        }
+        mode = status.st_mode & 07777;
+    }
+    // Replacing the file that a link leads to keeps the link.
+    target_ = exists ? ::realpath(path, nullptr) : ::strdup(path);
+    if (!target_) return errno;
+    char directory[kMaxPath];
+    directoryOf(target_, directory);
+    descriptor_ = openFile(directory, O_TMPFILE | O_RDWR, kNewFileMode);
+    if (descriptor_ < 0 && errno != EOPNOTSUPP && errno != EISDIR && errno != ENOENT) return errno;
+    if (descriptor_ < 0) {
+        if (const int32_t error = openNamed()) return error;
+    }
+    return exists && ::fchmod(descriptor_, mode) != 0 ? errno : 0;
+}
+
+int32_t File::nameBeside(char* out, size_t size, unsigned attempt) const {
+    const int length =
+        std::snprintf(out, size, "%s.%ld-%u.part", target_, static_cast<long>(::getpid()), attempt);
+    return length > 0 && static_cast<size_t>(length) < size ? 0 : ENAMETOOLONG;
+}
+
+// For file systems without unnamed files.
+int32_t File::openNamed() {
+    char name[kMaxPath];
+    for (unsigned attempt = 0; attempt < kNameAttempts; ++attempt) {
+        if (const int32_t error = nameBeside(name, sizeof name, attempt)) return error;
+        descriptor_ = openFile(name, O_CREAT | O_EXCL | O_RDWR, kNewFileMode);
+        if (descriptor_ >= 0) {
+            temporary_ = ::strdup(name);
+            if (temporary_) return 0;
+            ::unlink(name);
+            return ENOMEM;
+        }
+        if (errno != EEXIST) return errno;
+    }
+    return EEXIST;
+}
+
+int32_t File::read(void* buffer, size_t count, size_t& moved) {
+    moved = 0;
+    while (moved < count) {
+        const ssize_t part = retry(
+            [&] { return ::read(descriptor_, static_cast<char*>(buffer) + moved, count - moved); });
+        if (part < 0) return errno;
+        if (part == 0) return 0;
+        moved += static_cast<size_t>(part);
+    }
+    return 0;
+}
+
+int32_t File::write(const void* buffer, size_t count, size_t& moved) {
+    moved = 0;
+    while (moved < count) {
+        const ssize_t part = retry([&] {
+            return ::write(descriptor_, static_cast<const char*>(buffer) + moved, count - moved);
+        });
+        if (part <= 0) return part < 0 ? errno : ENOSPC;
+        moved += static_cast<size_t>(part);
+    }
+    return 0;
+}
+
+int32_t File::seek(int64_t position) {
+    return ::lseek(descriptor_, position, SEEK_SET) < 0 ? errno : 0;
+}
+
+int32_t File::size(int64_t& bytes) const {
+    struct stat status {};
+    if (::fstat(descriptor_, &status) != 0) return errno;
+    bytes = status.st_size;
+    return 0;
+}
+
+int32_t File::commit() {
+    if (!target_) return 0;  // a device or pipe, written directly
+    if (!temporary_) {
+        // An unnamed file gets a name first, as only a rename can replace the target in one step.
+        char own[64];
+        std::snprintf(own, sizeof own, "/proc/self/fd/%d", descriptor_);
+        char name[kMaxPath];
+        for (unsigned attempt = 0;; ++attempt) {
+            if (const int32_t error = nameBeside(name, sizeof name, attempt)) return error;
+            if (::linkat(AT_FDCWD, own, AT_FDCWD, name, AT_SYMLINK_FOLLOW) == 0) break;
+            if (errno != EEXIST || attempt + 1 == kNameAttempts) return errno;
+        }
+        temporary_ = ::strdup(name);
+        if (!temporary_) {
+            ::unlink(name);
+            return ENOMEM;
+        }
+    }
+    if (::rename(temporary_, target_) != 0) return errno;
+    std::free(temporary_);
+    std::free(target_);
+    temporary_ = target_ = nullptr;
+    return 0;
+}
+
+}  // namespace vorn::platform

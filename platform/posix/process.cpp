@@ -1,0 +1,211 @@
+// Starting module programs. The program is started by an intermediate task that shares this
+// program's memory and descriptors for the moment, and that ends when the program runs. So the
+// program is nobody's child here: no signal comes when it ends, no wait of this program finds it,
+// and the system reaps it. Nothing is copied (no fork), whatever the size of this program.
+#include "platform/process.h"
+
+#include <fcntl.h>
+#include <linux/close_range.h>
+#include <poll.h>
+#include <sched.h>
+#include <signal.h>
+#include <sys/mman.h>
+#include <sys/resource.h>
+#include <sys/syscall.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+
+#include "platform/connection.h"
+
+// The tasks that run between clone and exec borrow the calling thread's identity: checks that keep
+// books per thread must not see them.
+#define VORN_BORROWED_THREAD \
+    __attribute__((no_sanitize("address", "thread", "undefined"), noinline))
+
+extern "C" char** environ;
+
+namespace vorn::platform {
+namespace {
+
+constexpr size_t kStackSize = 65536;
+constexpr const char* kHostVariable = "VORN_HOST=";
+constexpr const char* kArenaVariable = "MALLOC_ARENA_MAX=";
+constexpr size_t kVariableSize = 32;
+
+// What the two borrowed tasks work on. It lives in the caller's memory, which they share.
+struct Start {
+    const ProcessStart* request;
+    char** environment;
+    int32_t host;  // a descriptor that the program watches this program's end with
+    char* programStack;
+    int32_t error;
+    int watch;
+    pid_t id;
+};
+
+VORN_BORROWED_THREAD int32_t limit(int resource, uint64_t value) {
+    rlimit bounds{};
+    if (::getrlimit(static_cast<__rlimit_resource>(resource), &bounds) != 0) return errno;
+    if (value >= bounds.rlim_max) return 0;
+    bounds.rlim_cur = bounds.rlim_max = value;
+    return ::setrlimit(static_cast<__rlimit_resource>(resource), &bounds) == 0 ? 0 : errno;
+}
+
+VORN_BORROWED_THREAD void resetSignals() {
+    struct sigaction standard {};
+    standard.sa_handler = SIG_DFL;
+    for (int number = 1; number < NSIG; ++number) ::sigaction(number, &standard, nullptr);
+    sigset_t none;
+    ::sigemptyset(&none);
+    ::sigprocmask(SIG_SETMASK, &none, nullptr);
+}
+
+VORN_BORROWED_THREAD int32_t arrangeDescriptors(const Start& start) {
+    const int empty = ::open("/dev/null", O_RDWR | O_CLOEXEC);
+    if (empty < 0) return errno;
+    if (::dup2(empty, STDIN_FILENO) < 0 || ::dup2(empty, STDOUT_FILENO) < 0) return errno;
+    if (::syscall(SYS_close_range, 3u, ~0u, CLOSE_RANGE_CLOEXEC) != 0) return errno;
+    const ProcessStart& request = *start.request;
+    for (size_t i = 0; i < request.inheritedCount; ++i) {
+        if (::fcntl(request.inherited[i], F_SETFD, 0) != 0) return errno;
+    }
+    return ::fcntl(start.host, F_SETFD, 0) == 0 ? 0 : errno;
+}
+
+// The program's own task: everything here is undone for the host, as its descriptors and signal
+// dispositions are copies.
+VORN_BORROWED_THREAD int runProgram(void* argument) {
+    auto& start = *static_cast<Start*>(argument);
+    const ProcessStart& request = *start.request;
+    resetSignals();
+    int32_t error = arrangeDescriptors(start);
+    // No core dumps: a dump delays the news of a module's death by seconds.
+    if (!error) error = limit(RLIMIT_CORE, 0);
+    if (!error && request.limits.addressSpaceBytes)
+        error = limit(RLIMIT_AS, request.limits.addressSpaceBytes);
+    if (!error && request.limits.cpuSeconds) error = limit(RLIMIT_CPU, request.limits.cpuSeconds);
+    if (!error) {
+        ::execve(request.path, request.arguments, start.environment);
+        error = errno;
+    }
+    start.error = error;
+    ::_exit(127);
+}
+
+VORN_BORROWED_THREAD int runIntermediate(void* argument) {
+    auto& start = *static_cast<Start*>(argument);
+    start.id = ::clone(runProgram, start.programStack,
+                       CLONE_VM | CLONE_VFORK | CLONE_PIDFD | SIGCHLD, &start, &start.watch);
+    if (start.id < 0) start.error = errno;
+    ::_exit(0);
+}
+
+// The environment of this program with what a module needs in front. The array points into environ;
+// the two strings stand behind the array. Freed with free.
+char** moduleEnvironment(int32_t host) {
+    size_t count = 0;
+    while (environ && environ[count]) ++count;
+    auto* list = static_cast<char**>(std::malloc((count + 3) * sizeof(char*) + 2 * kVariableSize));
+    if (!list) return nullptr;
+    char* text = reinterpret_cast<char*>(list + count + 3);
+    size_t used = 0;
+    std::snprintf(list[used++] = text, kVariableSize, "%s%d", kHostVariable, host);
+    std::snprintf(list[used++] = text + kVariableSize, kVariableSize, "%s2", kArenaVariable);
+    for (size_t i = 0; i < count; ++i) {
+        if (std::strncmp(environ[i], kHostVariable, std::strlen(kHostVariable)) == 0) continue;
+        if (std::strncmp(environ[i], kArenaVariable, std::strlen(kArenaVariable)) == 0) continue;
+        list[used++] = environ[i];
+    }
+    list[used] = nullptr;
+    return list;
+}
+
+void cloneIntermediate(Start& start, char* intermediateStack) {
+    sigset_t all;
+    sigset_t before;
+    ::sigfillset(&all);
+    ::pthread_sigmask(SIG_SETMASK, &all,
+                      &before);  // no handler of this program may run in a borrowed task
+    // Without an end signal the task is invisible to the ordinary waits of this program.
+    const pid_t id =
+        ::clone(runIntermediate, intermediateStack, CLONE_VM | CLONE_VFORK | CLONE_FILES, &start);
+    if (id < 0)
+        start.error = errno;
+    else
+        while (::waitpid(id, nullptr, __WCLONE) < 0 && errno == EINTR) {
+        }
+    ::pthread_sigmask(SIG_SETMASK, &before, nullptr);
+}
+
+int32_t startWith(Start& start) {
+    const size_t size = 2 * kStackSize;
+    void* stacks = ::mmap(nullptr, size, PROT_READ | PROT_WRITE,
+                          MAP_PRIVATE | MAP_ANONYMOUS | MAP_STACK, -1, 0);
+    if (stacks == MAP_FAILED) return errno;
+    char* bottom = static_cast<char*>(stacks);
+    start.programStack = bottom + kStackSize;
+    cloneIntermediate(start, bottom + size);
+    ::munmap(stacks, size);
+    if (start.error && start.watch >= 0) ::close(start.watch);
+    return start.error;
+}
+
+int openProcess(pid_t id) { return static_cast<int>(::syscall(SYS_pidfd_open, id, 0u)); }
+
+}  // namespace
+
+int32_t startProcess(const ProcessStart& request, Process& process) {
+    process = Process{};
+    const int host = openProcess(::getpid());
+    if (host < 0) return errno;
+    char** environment = moduleEnvironment(host);
+    Start start{&request, environment, host, nullptr, 0, -1, -1};
+    const int32_t error = environment ? startWith(start) : ENOMEM;
+    std::free(environment);
+    ::close(host);
+    if (error == 0) process = Process{start.watch, start.id};
+    return error;
+}
+
+bool hasEnded(const Process& process) {
+    pollfd wait{process.watch, POLLIN, 0};
+    return ::poll(&wait, 1, 0) > 0 && wait.revents != 0;
+}
+
+void killProcess(const Process& process) {
+    if (process.watch >= 0) ::syscall(SYS_pidfd_send_signal, process.watch, SIGKILL, nullptr, 0u);
+}
+
+void releaseProcess(Process& process) {
+    if (process.watch < 0) return;
+    // A program whose intermediate has ended belongs to the system's reaper; where this program is
+    // that reaper (as the first process of a container is), it is reaped here.
+    siginfo_t info{};
+    ::waitid(static_cast<idtype_t>(P_PIDFD), static_cast<id_t>(process.watch), &info,
+             WEXITED | WNOHANG | __WALL);
+    ::close(process.watch);
+    process = Process{};
+}
+
+int32_t currentThreadId() { return static_cast<int32_t>(::syscall(SYS_gettid)); }
+
+bool watchHost(int32_t hostThread, int32_t& watch) {
+    watch = kNoDescriptor;
+    const char* given = std::getenv("VORN_HOST");
+    if (!given) {  // started by something else than this library: the thread's number has to do
+        const int opened = openProcess(hostThread);
+        if (opened < 0) return errno != ESRCH;
+        watch = opened;
+        return true;
+    }
+    watch = static_cast<int32_t>(std::strtol(given, nullptr, 10));
+    ::fcntl(watch, F_SETFD, FD_CLOEXEC);
+    return !hasEnded(Process{watch, -1});
+}
+
+}  // namespace vorn::platform
