@@ -91,6 +91,7 @@ bool SharedStuffAttach(SharedStuff& stuff, int argc, char** argv) {
     }
     stuff.writePointer = stuff.base + stuff.writeOffset;
     stuff.readPointer = stuff.base + stuff.readOffset;
+    stuff.linkDown = false;
     return true;
 }
 

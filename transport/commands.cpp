@@ -1,5 +1,7 @@
 // Commands that stand alone: abort, terminate, module-specific ones, and the acknowledgements that
 // answer them.
+#include <vorn/host.h>
+
 #include <cstdarg>
 #include <cstring>
 

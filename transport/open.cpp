@@ -1,4 +1,6 @@
 // Opening and closing: the life of a module connection.
+#include <vorn/host.h>
+
 #include <cstdarg>
 #include <cstring>
 

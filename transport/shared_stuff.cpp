@@ -49,7 +49,7 @@ void* VORN_L_StartWritingSharedStuff(SharedStuff* stuff, uint32_t size) {
 }
 
 void VORN_L_EndWritingSharedStuff(SharedStuff* stuff) {
-    vorn::SemPost(*stuff->semaphores, stuff->postAfterWrite);
+    if (stuff->semaphores) vorn::SemPost(*stuff->semaphores, stuff->postAfterWrite);
 }
 
 void* VORN_L_ImageHandleStartReading(VORN_Image* image) {

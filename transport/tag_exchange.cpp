@@ -1,5 +1,7 @@
 #include "transport/tag_exchange.h"
 
+#include <vorn/host.h>
+
 #include <cstdarg>
 #include <cstring>
 
