@@ -26,12 +26,15 @@ void unmapBlock(void* base, size_t size);
 
 // A semaphore with count 0. kNoDescriptor on failure.
 int32_t createSemaphore();
+// True when the descriptor is open.
+bool isSemaphore(int32_t semaphore);
 void postSemaphore(int32_t semaphore);
 bool tryWaitSemaphore(int32_t semaphore);
 
-// Blocks until the semaphore was taken (true) or the watched process has ended with the count still
-// at 0 (false). kNoDescriptor as `watched` watches nothing.
-bool waitSemaphore(int32_t semaphore, int32_t watched);
+// Blocks until the semaphore was taken (true), or the watched process has ended or the stop
+// semaphore is posted with the count still at 0 (false; the stop stays posted). kNoDescriptor
+// watches nothing.
+bool waitSemaphore(int32_t semaphore, int32_t watched, int32_t stop);
 
 void closeDescriptor(int32_t descriptor);
 

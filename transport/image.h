@@ -34,6 +34,9 @@ struct VORN_Image {
     SharedStuff stuff{};
     vorn::platform::Process process;
     std::atomic<bool> hasProcess{false};  // false: the handle holds no module program
+    // Posted by the emergency stop. It lives as long as the handle, so that the stop never meets a
+    // connection that another thread is taking down.
+    int32_t stop = -1;
     vorn::platform::ProcessLimits limits;
     bool ackOutstanding = false;
     uint32_t moduleVersion = 0;

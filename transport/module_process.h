@@ -1,11 +1,17 @@
-// Whether a handle still holds a module program, see VORN_L_ShutDownHandle. Doesn't ask the
-// operating system.
+// The module program that serves a handle.
 #pragma once
 
 #include <vorn/types.h>
 
 namespace vorn {
 
+// Starts the program (found also without the ".exe" that the protocol appends) with the command
+// line that names the connection's objects. False: error 17, or 19 with the system's number; the
+// link is down.
+bool ModuleLaunch(VORN_Image& image, const char* moduleFileName);
+
+// Whether the handle still holds a module program, see VORN_L_ShutDownHandle. Doesn't ask the
+// operating system.
 bool ModuleIsRunning(const VORN_Image& image);
 
 }  // namespace vorn

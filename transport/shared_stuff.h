@@ -28,7 +28,8 @@ struct SemaphoreSet {
     Entry entry[kSemaphoreCount];
     int32_t reservation;
     int32_t peerThread;  // number of the peer's main thread
-    int32_t watched;     // what every wait also ends on, or platform::kNoDescriptor
+    int32_t watched;     // the peer's program: every wait also ends on its end
+    int32_t stop;        // every wait also ends when this is posted (a host's emergency stop)
 };
 
 }  // namespace vorn

@@ -50,7 +50,8 @@ VORN_API uint32_t VORN_L_TagListSize(const VORN_TagItem* list, const uint32_t* l
 VORN_API void VORN_L_TagCopyList(const VORN_TagItem* list, void* destination, VORN_Bool swap);
 
 /* Writes one item from what VORN_L_DetermineUserTagSize gave; for TAG_Taglist, the items of the
- * list at `data`. Pad bytes are cleared. The result is the place behind it. */
+ * list at `data`. `data` of a DATA item lies behind its count, which is read too. Pad bytes are
+ * cleared. The result is the place behind it. */
 VORN_API void* VORN_L_TagCopy(void* destination, uint32_t id, int32_t size, const void* data);
 
 /* A new tracked block with one item (or a spliced list) that goes on at `continuation`, or ends
@@ -86,8 +87,8 @@ VORN_API int32_t VORN_L_TagVaDestroy(VORN_TagItem* list, ...);
 
 /* Value getters. LONG and DOUBLE give 0 for an item of another length. The others give a new copy
  * that the caller frees, NULL when memory is short: a string is always terminated (an item without
- * data gives an empty string); a string list is one block (pointers, then strings) and its count is
- * checked against the item. */
+ * data gives an empty string); a string list is one block (pointers, then strings), and NULL too when
+ * the item doesn't hold as many strings as it says. */
 VORN_API int32_t VORN_L_TagGetLongVal(const VORN_TagItem* item);
 VORN_API double VORN_L_TagGetDoubleVal(const VORN_TagItem* item);
 VORN_API void* VORN_L_TagGetData(const VORN_TagItem* item);

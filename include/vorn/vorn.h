@@ -9,5 +9,6 @@
 #include <vorn/support.h>
 #include <vorn/tags.h>
 #include <vorn/types.h>
+#include <vorn/unv.h>
 
 #endif

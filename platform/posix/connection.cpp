@@ -85,6 +85,8 @@ int32_t createSemaphore() {
     return aboveStandardStreams(::eventfd(0, EFD_SEMAPHORE | EFD_CLOEXEC | EFD_NONBLOCK));
 }
 
+bool isSemaphore(int32_t semaphore) { return ::fcntl(semaphore, F_GETFD) >= 0; }
+
 void postSemaphore(int32_t semaphore) {
     const uint64_t one = 1;
     // Refused only when a peer has filled the count: then the post is not missing either.
@@ -104,15 +106,18 @@ bool tryWaitSemaphore(int32_t semaphore) {
     return taken == static_cast<ssize_t>(sizeof count);
 }
 
-bool waitSemaphore(int32_t semaphore, int32_t watched) {
+bool waitSemaphore(int32_t semaphore, int32_t watched, int32_t stop) {
     for (;;) {
         if (tryWaitSemaphore(semaphore)) return true;
-        pollfd waits[2] = {{semaphore, POLLIN, 0},
-                           {watched, POLLIN, 0}};  // poll ignores kNoDescriptor
-        if (::poll(waits, 2, -1) < 0 && errno != EINTR) return false;
+        // poll ignores kNoDescriptor
+        pollfd waits[3] = {{semaphore, POLLIN, 0}, {watched, POLLIN, 0}, {stop, POLLIN, 0}};
+        if (::poll(waits, 3, -1) < 0) {
+            if (errno != EINTR) return false;
+            continue;
+        }
         if (waits[0].revents & (POLLERR | POLLNVAL)) return false;
         // What the peer posted last still counts after its end.
-        if (waits[1].revents != 0) return tryWaitSemaphore(semaphore);
+        if (waits[1].revents != 0 || waits[2].revents != 0) return tryWaitSemaphore(semaphore);
     }
 }
 

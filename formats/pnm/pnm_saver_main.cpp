@@ -1,0 +1,3 @@
+#include "formats/pnm/pnm_saver.h"
+
+int main(int argc, char** argv) { return formats::runSaver<pnm::PnmSaver>(argc, argv); }

@@ -1,0 +1,69 @@
+// The inner loops of every transfer, as tables of function pointers: one table per family, filled
+// with the plain loops. A faster version of a loop takes the plain one's place in such a table;
+// nothing else has to know.
+//
+// Size flags, the first index of every table: bit 0 is set when the destination has 16-bit samples,
+// bit 1 when the source has.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+namespace vorn {
+
+inline constexpr int kSizeFlags = 4;
+
+constexpr uint32_t sizeFlagsOf(int32_t sourceBytes, int32_t destinationBytes) {
+    return (destinationBytes == 2 ? 1u : 0u) | (sourceBytes == 2 ? 2u : 0u);
+}
+
+// Copies `count` samples, changing their size. Steps are bytes.
+using CopyKernel = void (*)(const uint8_t* source,
+                            ptrdiff_t sourceStep,
+                            uint8_t* destination,
+                            ptrdiff_t destinationStep,
+                            int32_t count);
+
+// Steps of 1 to 4 samples are constants inside their loop; entry 0 takes any step.
+inline constexpr int kStepForms = 5;
+
+struct CopyKernels {
+    CopyKernel form[kSizeFlags][kStepForms][kStepForms];
+};
+
+// Converts `count` pixels whose channels lie side by side (step = sample size). Channels that the
+// conversion doesn't have are not looked at.
+using ConvertKernel = void (*)(const uint8_t* const source[3],
+                               uint8_t* const destination[3],
+                               int32_t count);
+
+struct ConvertKernels {
+    ConvertKernel rgbToGray[kSizeFlags];
+    ConvertKernel yuv601ToGray[kSizeFlags];
+    ConvertKernel grayToYuv601[kSizeFlags];
+    ConvertKernel yuv601ToRgb[kSizeFlags];
+    ConvertKernel rgbToYuv601[kSizeFlags];
+};
+
+// Looks up `count` indices in a table whose entries lie side by side; beyond it there are zeros.
+using LookupKernel = void (*)(const uint8_t* indices,
+                              ptrdiff_t indexStep,
+                              const uint8_t* table,
+                              int32_t entries,
+                              uint8_t* destination,
+                              ptrdiff_t destinationStep,
+                              int32_t count);
+
+struct LookupKernels {
+    LookupKernel form[kSizeFlags];
+};
+
+// The tables that transfers use.
+const CopyKernels& copyKernels();
+const ConvertKernels& convertKernels();
+const LookupKernels& lookupKernels();
+
+// The copy loop for these steps.
+CopyKernel copyKernelFor(uint32_t sizeFlags, ptrdiff_t sourceStep, ptrdiff_t destinationStep);
+
+}  // namespace vorn

@@ -1,0 +1,165 @@
+#include "config/home_directory.h"
+
+#include <gtest/gtest.h>
+#include <vorn/host.h>
+
+#include <thread>
+
+#include "platform/path.h"
+#include "tests/scratch_home.h"
+
+namespace {
+
+std::string lastMessage;
+
+class HomeDirectory : public testing::Test {
+  protected:
+    void SetUp() override {
+        lastMessage.clear();
+        VORN_H_SetMessageHandler([](VORN_Word, const char* text, const char* caption) {
+            lastMessage = text;
+            EXPECT_EQ(caption, nullptr);
+        });
+        vorn::platform::replaceDriveRoots(roots_);
+    }
+    void TearDown() override {
+        vorn::platform::replaceDriveRoots(nullptr);
+        VORN_H_SetMessageHandler(nullptr);
+    }
+
+    // What VORN_Initialize reports, or "" when it fails.
+    static std::string initialize(bool quiet = false) {
+        const char* directory = nullptr;
+        const bool found = VORN_Initialize(&directory, quiet);
+        EXPECT_EQ(found, directory != nullptr);
+        return found ? directory : "";
+    }
+
+    // A home directory on a drive: complete but for what is removed from it.
+    std::string makeHome(const std::string& name) {
+        drives_.write(name + "/Errors", "");
+        drives_.makeDirectory(name + "/Loaders");
+        drives_.makeDirectory(name + "/Savers");
+        return drives_.path(name);
+    }
+
+    void setDrive(char letter, const std::string& name) {
+        rootPaths_[letter - 'C'] = drives_.makeDirectory(name);
+        roots_[letter - 'C'] = rootPaths_[letter - 'C'].c_str();
+    }
+
+    ScratchDirectory drives_;
+    std::string rootPaths_[24];
+    const char* roots_[24] = {};
+};
+
+TEST_F(HomeDirectory, VariableLosesTrailingBlanksAndOneSeparator) {
+    ScratchHome home;
+    for (const char* ending : {"", "/", "  ", "/  "}) {
+        home.variable.set(home.path() + ending);
+        EXPECT_EQ(GetHomeDirectory(), home.path()) << ending;
+        EXPECT_EQ(initialize(), home.path()) << ending;
+        EXPECT_EQ(std::getenv("VORN"), home.path()) << ending;
+    }
+    home.variable.set(home.path() + "//");
+    EXPECT_EQ(initialize(), home.path() + "/");
+    EXPECT_EQ(lastMessage, "");
+}
+
+TEST_F(HomeDirectory, MessageNamesTheMissingEntry) {
+    ScratchHome home;
+    const std::string tail =
+        " in VORN directory '" + home.path() + "'.  Consult\nyour user manual for details.";
+    home.remove("Savers");
+    EXPECT_EQ(initialize(), "");
+    EXPECT_EQ(lastMessage, "Can't find 'Savers' directory" + tail);
+    home.remove("Loaders");
+    home.write("Loaders", "a file");
+    EXPECT_EQ(initialize(), "");
+    EXPECT_EQ(lastMessage, "Can't find 'Loaders' directory" + tail);
+    home.remove("Errors");
+    home.makeDirectory("Errors");
+    EXPECT_EQ(initialize(), "");
+    EXPECT_EQ(lastMessage, "Can't find 'Errors' file" + tail);
+
+    lastMessage.clear();
+    EXPECT_EQ(initialize(true), "");
+    EXPECT_EQ(lastMessage, "");
+}
+
+TEST_F(HomeDirectory, OneBesideTheProgramComesBeforeTheDrives) {
+    const ScopedVariable unset("VORN", std::nullopt);
+    const std::string home = makeHome("apps/VORN");
+    const std::string program = drives_.makeDirectory("apps/bin") + "/tell_home";
+    std::filesystem::copy_file(TELL_HOME, program);
+    const std::string command = program + " >" + drives_.path("answer");
+
+    ASSERT_EQ(std::system(command.c_str()), 0);
+    EXPECT_EQ(drives_.read("answer"), home);
+    drives_.remove("apps/VORN/Loaders");
+    ASSERT_EQ(std::system(command.c_str()), 0);
+    EXPECT_NE(drives_.read("answer"), home);
+}
+
+TEST_F(HomeDirectory, DrivesAreSearchedInOrder) {
+    const ScopedVariable unset("VORN", std::nullopt);
+    setDrive('D', "d");
+    setDrive('F', "f");
+    EXPECT_EQ(initialize(), "");
+    EXPECT_EQ(lastMessage.substr(0, 27), "Can't find VORN directory. ");
+
+    makeHome("f/VORN");
+    makeHome("d/OXLEAF/VORN");
+    makeHome("d/MOSSGATE/VORN");
+    EXPECT_EQ(initialize(), drives_.path("d/MOSSGATE/VORN"));
+    EXPECT_EQ(std::getenv("VORN"), drives_.path("d/MOSSGATE/VORN"));
+}
+
+TEST_F(HomeDirectory, IncompleteDirectoryOnADriveEndsTheSearch) {
+    const ScopedVariable unset("VORN", std::nullopt);
+    setDrive('C', "c");
+    makeHome("c/VORN");
+    makeHome("c/OXLEAF/VORN");
+    drives_.remove("c/VORN/Savers");
+    EXPECT_EQ(initialize(true), "");
+    EXPECT_EQ(std::getenv("VORN"), nullptr);
+}
+
+TEST_F(HomeDirectory, GetterSearchesOnFirstNeed) {
+    ScopedVariable unset("VORN", std::nullopt);
+    setDrive('C', "c");
+    const std::string home = makeHome("c/VORN");
+    EXPECT_EQ(GetHomeDirectory(), home);
+    EXPECT_EQ(std::getenv("VORN"), home);
+}
+
+TEST_F(HomeDirectory, EmptyVariableIsCheckedByTheHostAndUnsetForTheGetter) {
+    const ScopedVariable empty("VORN", "");
+    EXPECT_EQ(initialize(), "");
+    EXPECT_NE(lastMessage.find("in VORN directory ''"), std::string::npos);
+
+    setDrive('C', "c");
+    makeHome("c/VORN");
+    lastMessage.clear();
+    EXPECT_EQ(GetHomeDirectory(), drives_.path("c/torvex"));
+    EXPECT_EQ(lastMessage, "");
+}
+
+TEST_F(HomeDirectory, NothingFoundPublishesTheLastResort) {
+    const ScopedVariable unset("VORN", std::nullopt);
+    setDrive('C', "c");
+    EXPECT_EQ(GetHomeDirectory(), drives_.path("c/torvex"));
+    EXPECT_EQ(std::getenv("VORN"), drives_.path("c/torvex"));
+}
+
+TEST_F(HomeDirectory, ReportedPathOutlivesTheThreadAndLaterCalls) {
+    ScratchHome home, other;
+    home.variable.set(home.path() + "/");
+    const char* directory = nullptr;
+    std::thread([&] { VORN_Initialize(&directory, 1); }).join();
+    home.variable.set(other.path());
+    EXPECT_EQ(GetHomeDirectory(), other.path());
+    EXPECT_EQ(directory, home.path());
+}
+
+}  // namespace

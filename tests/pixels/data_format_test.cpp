@@ -1,0 +1,245 @@
+#include "pixels/data_format.h"
+
+#include <gtest/gtest.h>
+#include <vorn/host.h>
+#include <vorn/library.h>
+
+#include <limits>
+#include <vector>
+
+#include "support/memory.h"
+#include "tests/pixels/picture.h"
+
+namespace vorn::test {
+namespace {
+
+VORN_DataFormat format(int layout, int width, int channels, int bytes = 1) {
+    VORN_DataFormat made{};
+    made.layout = layout;
+    made.width = width;
+    made.height = 1;
+    made.channels = channels;
+    made.bytesPerChannel = bytes;
+    return made;
+}
+
+template <class Array>
+std::vector<int64_t> values(const Array& array, int count) {
+    return {array, array + count};
+}
+
+using Values = std::vector<int64_t>;
+
+TEST(DataFormat, FillsInChunkyCells) {
+    VORN_DataFormat made = format(DF_Chunky3x8, 10, 3);
+    made.pixelStep[3] = 77;
+    made.bitsPerChannel[7] = 5;
+    VORN_L_DataFormatMacroSetup(&made);
+    EXPECT_EQ(values(made.pixelStep, 4), Values({3, 3, 3, 77}));
+    EXPECT_EQ(values(made.lineStep, 4), Values({30, 30, 30, 0}));
+    EXPECT_EQ(values(made.channelPlace, 4), Values({0, 1, 2, 0}));
+    EXPECT_EQ(values(made.bitsPerChannel, 8), Values({8, 8, 8, 0, 0, 0, 0, 5}));
+
+    VORN_DataFormat wide = format(DF_Chunky4x16, 10, 2);
+    wide.channelPlace[0] = 100;
+    VORN_L_DataFormatMacroSetup(&wide);
+    EXPECT_EQ(wide.bytesPerChannel, 2);
+    EXPECT_EQ(values(wide.pixelStep, 2), Values({8, 8}));
+    EXPECT_EQ(values(wide.lineStep, 2), Values({80, 80}));
+    EXPECT_EQ(values(wide.channelPlace, 2), Values({100, 102}));
+}
+
+TEST(DataFormat, FillsInLineInterleavedRuns) {
+    VORN_DataFormat made = format(DF_LineInterleaved16, 10, 2);
+    VORN_L_DataFormatMacroSetup(&made);
+    EXPECT_EQ(made.bytesPerChannel, 2);
+    EXPECT_EQ(values(made.pixelStep, 2), Values({2, 2}));
+    EXPECT_EQ(values(made.lineStep, 2), Values({40, 40}));
+    EXPECT_EQ(values(made.channelPlace, 2), Values({0, 20}));
+    EXPECT_EQ(values(made.bitsPerChannel, 2), Values({16, 16}));
+}
+
+TEST(DataFormat, KeepsExplicitStepsAndSignificantBits) {
+    for (int layout : {0, 7, -1}) {
+        VORN_DataFormat made = format(layout, 10, 2, 2);
+        made.pixelStep[0] = -6;
+        made.bitsPerChannel[1] = 12;
+        VORN_L_DataFormatMacroSetup(&made);
+        EXPECT_EQ(values(made.pixelStep, 2), Values({-6, 0}));
+        EXPECT_EQ(values(made.bitsPerChannel, 3), Values({16, 12, 0}));
+    }
+}
+
+TEST(DataFormat, NeverTouchesMoreThanEightChannels) {
+    struct {
+        VORN_DataFormat made;
+        uint8_t behind[64];
+    } record{format(DF_LineInterleaved8, 2'000'000'000, 2'000'000'000), {}};
+    VORN_L_DataFormatMacroSetup(&record.made);
+    EXPECT_EQ(values(record.behind, 64), Values(64, 0));
+    EXPECT_FALSE(VORN_L_CheckDataFormat(&record.made));
+    record.made.channels = -5;
+    VORN_L_DataFormatMacroSetup(&record.made);
+    EXPECT_FALSE(VORN_L_CheckDataFormat(&record.made));
+}
+
+TEST(DataFormat, SetsUpAddressesBehindTheFirstChannel) {
+    uint8_t pixels[30];
+    VORN_ChunkyBuffer buffer{};
+    buffer.layout = DF_Chunky3x8;
+    buffer.width = 10;
+    buffer.channels = 3;
+    VORN_L_ChunkyBufferMacroSetup(&buffer);
+    EXPECT_EQ(buffer.channelPlace[2], nullptr) << "nothing lies behind an absent channel";
+    buffer.channelPlace[0] = pixels;
+    VORN_L_ChunkyBufferMacroSetup(&buffer);
+    EXPECT_EQ(buffer.channelPlace[2], pixels + 2);
+    EXPECT_EQ(buffer.lineStep[1], 30);
+}
+
+TEST(DataFormat, ChecksSizes) {
+    const auto passes = [](int width, int height, int channels, int bytes) {
+        VORN_DataFormat made = format(0, width, channels, bytes);
+        made.height = height;
+        return VORN_L_CheckDataFormat(&made) != 0;
+    };
+    EXPECT_TRUE(passes(65536, 65536, 8, 2));
+    EXPECT_TRUE(passes(1, 1, 1, 1));
+    EXPECT_FALSE(passes(65537, 1, 1, 1));
+    EXPECT_FALSE(passes(1, 65537, 1, 1));
+    EXPECT_FALSE(passes(0, 1, 1, 1));
+    EXPECT_FALSE(passes(1, 0, 1, 1));
+    EXPECT_FALSE(passes(1, 1, 9, 1));
+    EXPECT_FALSE(passes(1, 1, 0, 1));
+    EXPECT_FALSE(passes(1, 1, 1, 3));
+    EXPECT_FALSE(passes(1, 1, 1, 0));
+}
+
+TEST(LinesInside, CountsTheLastSampleAndNotOneMore) {
+    VORN_DataFormat made = format(DF_LineInterleaved16, 10, 2);
+    VORN_L_DataFormatMacroSetup(&made);
+    EXPECT_TRUE(linesInside(made, 3, 120));
+    EXPECT_FALSE(linesInside(made, 3, 119));
+    EXPECT_FALSE(linesInside(made, 4, 120));
+    EXPECT_TRUE(linesInside(made, 0, 0));
+    EXPECT_FALSE(linesInside(made, -1, 120));
+    made.bytesPerChannel = 9;
+    EXPECT_FALSE(linesInside(made, 1, 120));
+}
+
+TEST(LinesInside, FollowsNegativeStepsBelowTheBlock) {
+    VORN_DataFormat made = format(0, 10, 1);
+    made.pixelStep[0] = -1;
+    made.lineStep[0] = -10;
+    made.channelPlace[0] = 29;
+    EXPECT_TRUE(linesInside(made, 3, 30));
+    EXPECT_FALSE(linesInside(made, 4, 30));
+    EXPECT_FALSE(linesInside(made, 3, 29));
+    made.channelPlace[0] = 28;
+    EXPECT_FALSE(linesInside(made, 3, 30));
+}
+
+TEST(LinesInside, SurvivesStepsThatWouldOverflow) {
+    constexpr int32_t kMost = std::numeric_limits<int32_t>::max();
+    constexpr int32_t kLeast = std::numeric_limits<int32_t>::min();
+    VORN_DataFormat made = format(0, 65536, 1, 2);
+    for (int32_t step : {kMost, kLeast}) {
+        made.pixelStep[0] = step;
+        made.lineStep[0] = step;
+        made.channelPlace[0] = 0xFFFFFFFFu;
+        EXPECT_FALSE(linesInside(made, kMost, 98304));
+        EXPECT_FALSE(linesInside(made, 1, 98304));
+    }
+    made.pixelStep[0] = 0;
+    made.lineStep[0] = 0;
+    EXPECT_FALSE(linesInside(made, kMost, 98304));
+    made.channelPlace[0] = 98302;
+    EXPECT_TRUE(linesInside(made, kMost, 98304)) << "all lines are the same sample";
+}
+
+struct PaletteDeleter {
+    void operator()(VORN_Palette* palette) const { VORN_H_FreePaletteData(palette); }
+};
+using PalettePointer = std::unique_ptr<VORN_Palette, PaletteDeleter>;
+
+PalettePointer paletteOf(const Picture& entries) {
+    return PalettePointer(VORN_H_CreatePaletteData(&entries.record, VORN_CS_RGB));
+}
+
+TEST(Palette, HoldsChunkyEntriesByDefault) {
+    Random random(1);
+    Picture entries = Picture::standard(DF_LineInterleaved8, 256, 1, 3);
+    entries.fill(random);
+    entries.record.layout = 0;
+    const PalettePointer palette = paletteOf(entries);
+    ASSERT_NE(palette, nullptr);
+    EXPECT_EQ(palette->byteCount, 132u + 768u);
+    EXPECT_EQ(palette->colorSpace, 2u);
+    EXPECT_EQ(palette->format.layout, DF_Chunky3x8);
+    EXPECT_EQ(palette->format.width, 256);
+    EXPECT_EQ(palette->format.height, 1);
+    const auto* bytes = reinterpret_cast<const uint8_t*>(palette.get() + 1);
+    for (int i = 0; i < 256; i++) {
+        for (int c = 0; c < 3; c++) {
+            ASSERT_EQ(bytes[i * 3 + c], entries.get(c, i, 0));
+        }
+    }
+}
+
+// Whatever the buffer's code says, the entries fit the record and none covers another.
+TEST(Palette, TakesRunsWhereCellsWouldNotFit) {
+    Random random(2);
+    for (int bytes = 1; bytes <= 2; bytes++) {
+        for (int channels = 1; channels <= 8; channels++) {
+            for (int layout = -1; layout <= 7; layout++) {
+                Picture entries = Picture::standard(lineInterleavedLayout(bytes), 5, 1, channels);
+                entries.fill(random);
+                entries.record.layout = layout;
+                const PalettePointer palette = paletteOf(entries);
+                ASSERT_NE(palette, nullptr);
+                const auto size = static_cast<uint32_t>(5 * channels * bytes);
+                EXPECT_EQ(palette->byteCount, 132 + size);
+                EXPECT_TRUE(linesInside(palette->format, 1, size));
+                EXPECT_EQ(palette->format.bytesPerChannel, bytes);
+                const VORN_ChunkyBuffer inside = bufferAt(palette->format, palette.get() + 1);
+                for (int c = 0; c < channels; c++) {
+                    for (int i = 0; i < 5; i++) {
+                        const uint8_t* at = inside.channelPlace[c] + i * inside.pixelStep[c];
+                        ASSERT_EQ(at[bytes - 1], entries.get(c, i, 0) >> (8 * (bytes - 1)))
+                            << layout << ", " << channels << " channels of " << bytes;
+                    }
+                }
+            }
+        }
+    }
+}
+
+TEST(Palette, RefusesMissingAndImpossibleEntries) {
+    EXPECT_EQ(VORN_H_CreatePaletteData(nullptr, VORN_CS_RGB), nullptr);
+    EXPECT_EQ(VORN_ErrorPairCode(VORN_H_ImageGetError(nullptr)), 60);
+    Picture entries = Picture::standard(DF_LineInterleaved8, 4, 1, 3);
+    entries.record.channels = 9;
+    EXPECT_EQ(paletteOf(entries), nullptr);
+    entries.record.channels = 3;
+    VORN_L_SetErrorCode(nullptr, 0, 0);
+    failAllocation(1);
+    EXPECT_EQ(paletteOf(entries), nullptr);
+    failAllocation(0);
+    EXPECT_EQ(VORN_ErrorPairCode(VORN_H_ImageGetError(nullptr)), 17);
+}
+
+TEST(ImageBuffer, IsClearedAndKnowsItsType) {
+    VORN_ImageBuffer* buffer = VORN_H_AllocateImageBuffer(5);
+    ASSERT_NE(buffer, nullptr);
+    EXPECT_EQ(buffer->type, 5);
+    EXPECT_EQ(buffer->chunky.width, 0);
+    EXPECT_EQ(buffer->chunky.channelPlace[7], nullptr);
+    VORN_H_FreeImageBuffer(buffer);
+    failAllocation(1);
+    EXPECT_EQ(VORN_H_AllocateChunkyImageBuffer(), nullptr);
+    failAllocation(0);
+    EXPECT_EQ(VORN_ErrorPairCode(VORN_H_ImageGetError(nullptr)), 17);
+}
+
+}  // namespace
+}  // namespace vorn::test

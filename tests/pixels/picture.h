@@ -1,0 +1,58 @@
+// Pixel memory with guards around it, in any layout, for tests that compare every byte.
+#pragma once
+
+#include <vorn/library.h>
+
+#include <cstdint>
+#include <random>
+#include <vector>
+
+namespace vorn::test {
+
+using Random = std::mt19937;
+
+inline int pick(Random& random, int low, int high) {
+    return std::uniform_int_distribution<int>(low, high)(random);
+}
+
+struct Shape {
+    int width = 1;
+    int height = 1;
+    int channels = 1;
+    int bytes = 1;
+};
+
+class Picture {
+  public:
+    // Memory for a record whose places are offsets into it; `size` bytes hold all samples.
+    Picture(const VORN_DataFormat& format, size_t size);
+
+    // A standard layout.
+    static Picture standard(int layout, int width, int height, int channels);
+    // Cells with the channels in any order, gaps, negative steps.
+    static Picture interleaved(Random& random, const Shape& shape);
+    // Every channel for itself, with steps of its own.
+    static Picture planes(Random& random, const Shape& shape);
+    // One of the above.
+    static Picture any(Random& random, const Shape& shape);
+
+    void fill(Random& random);
+    void drop(int channel) { record.channelPlace[channel] = nullptr; }
+
+    // A copy whose record looks at the copy's memory.
+    Picture clone() const;
+
+    int get(int channel, int x, int y) const;
+    void set(int channel, int x, int y, int value);
+    bool has(int channel) const {
+        return channel < record.channels && record.channelPlace[channel] != nullptr;
+    }
+
+    VORN_ChunkyBuffer record{};
+    std::vector<uint8_t> memory;
+
+  private:
+    uint8_t* at(int channel, int x, int y) const;
+};
+
+}  // namespace vorn::test

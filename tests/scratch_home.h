@@ -1,0 +1,86 @@
+// Directories and environment variables that last as long as a test.
+#pragma once
+
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <optional>
+#include <random>
+#include <string>
+
+class ScratchDirectory {
+  public:
+    ScratchDirectory()
+        : path_(std::filesystem::temp_directory_path() /
+                ("vorn-test-" + std::to_string(std::random_device{}()))) {
+        std::filesystem::create_directories(path_);
+    }
+    ~ScratchDirectory() { std::filesystem::remove_all(path_); }
+    ScratchDirectory(const ScratchDirectory&) = delete;
+    ScratchDirectory& operator=(const ScratchDirectory&) = delete;
+
+    std::string path(const std::string& name = "") const {
+        return name.empty() ? path_.string() : (path_ / name).string();
+    }
+
+    // Directories above the file are made too.
+    std::string write(const std::string& name, const std::string& text) const {
+        std::filesystem::create_directories((path_ / name).parent_path());
+        std::ofstream(path_ / name, std::ios::binary) << text;
+        return path(name);
+    }
+
+    std::string read(const std::string& name) const {
+        std::ifstream file(path_ / name, std::ios::binary);
+        return {std::istreambuf_iterator<char>(file), {}};
+    }
+
+    std::string makeDirectory(const std::string& name) const {
+        std::filesystem::create_directories(path_ / name);
+        return path(name);
+    }
+
+    void remove(const std::string& name) const { std::filesystem::remove_all(path_ / name); }
+
+  private:
+    std::filesystem::path path_;
+};
+
+// Sets a variable, or removes it (nullopt), and puts back what was there.
+class ScopedVariable {
+  public:
+    ScopedVariable(const char* name, const std::optional<std::string>& value) : name_(name) {
+        if (const char* present = std::getenv(name)) {
+            before_ = present;
+        }
+        set(value);
+    }
+    ~ScopedVariable() { set(before_); }
+    ScopedVariable(const ScopedVariable&) = delete;
+    ScopedVariable& operator=(const ScopedVariable&) = delete;
+
+    void set(const std::optional<std::string>& value) {
+        if (value.has_value()) {
+            ::setenv(name_, value->c_str(), 1);
+        } else {
+            ::unsetenv(name_);
+        }
+    }
+
+  private:
+    const char* name_;
+    std::optional<std::string> before_;
+};
+
+// A complete home directory with an empty "Errors", and the variable "VORN" that names it.
+class ScratchHome : public ScratchDirectory {
+  public:
+    ScratchHome() {
+        write("Errors", "");
+        makeDirectory("Loaders");
+        makeDirectory("Savers");
+    }
+
+    ScopedVariable variable{"VORN", path()};
+};

@@ -1,0 +1,68 @@
+#include <gtest/gtest.h>
+#include <vorn/host.h>
+#include <vorn/library.h>
+
+#include <string>
+#include <vector>
+
+#include "support/memory.h"
+
+namespace {
+
+std::vector<std::string> fields(const std::string& text) {
+    std::vector<std::string> result;
+    char** list = VORN_L_StringToStringList(text.c_str());
+    for (char** entry = list; entry != nullptr && *entry != nullptr; ++entry) {
+        result.emplace_back(*entry);
+    }
+    VORN_H_FreeStringList(list);
+    return result;
+}
+
+using Strings = std::vector<std::string>;
+
+TEST(StringList, TextIsSplitAtCommas) {
+    EXPECT_EQ(fields("RGB,CMYK,Gray"), (Strings{"RGB", "CMYK", "Gray"}));
+    EXPECT_EQ(fields("RGB"), (Strings{"RGB"}));
+    EXPECT_EQ(fields(" a ,b,"), (Strings{" a ", "b"}));
+    EXPECT_EQ(fields(",a,,b"), (Strings{"", "a", "", "b"}));
+    EXPECT_EQ(VORN_L_StringToStringList(""), nullptr);
+}
+
+TEST(StringList, TextBeyondTheLimitsIsRefused) {
+    EXPECT_EQ(fields(std::string(32766, ',') + "x").size(), 32767u);
+    EXPECT_EQ(VORN_L_StringToStringList((std::string(32767, ',') + "x").c_str()), nullptr);
+    EXPECT_EQ(fields("a," + std::string(32767, 'b')).size(), 2u);
+    EXPECT_EQ(VORN_L_StringToStringList(("a," + std::string(32768, 'b')).c_str()), nullptr);
+}
+
+TEST(StringList, CopiesItsStrings) {
+    char first[] = "one";
+    const char* const strings[] = {first, "two"};
+    char** list = VORN_H_CreateStringList(strings, 2);
+    ASSERT_NE(list, nullptr);
+    first[0] = 'X';
+    EXPECT_STREQ(list[0], "one");
+    EXPECT_STREQ(list[1], "two");
+    EXPECT_EQ(list[2], nullptr);
+    VORN_H_FreeStringList(list);
+
+    char** empty = VORN_H_CreateStringList(nullptr, 0);
+    ASSERT_NE(empty, nullptr);
+    EXPECT_EQ(empty[0], nullptr);
+    VORN_H_FreeStringList(empty);
+}
+
+// The leak checker sees what a failure leaves behind.
+TEST(StringList, FailsAsAWholeWhenMemoryIsShort) {
+    const char* const strings[] = {"one", "two"};
+    for (unsigned n = 1; n <= 3; ++n) {
+        vorn::failAllocation(n);
+        EXPECT_EQ(VORN_H_CreateStringList(strings, 2), nullptr) << n;
+        vorn::failAllocation(n);
+        EXPECT_EQ(VORN_L_StringToStringList("one,two"), nullptr) << n;
+    }
+    vorn::failAllocation(0);
+}
+
+}  // namespace

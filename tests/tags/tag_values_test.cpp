@@ -1,0 +1,78 @@
+#include <gtest/gtest.h>
+
+#include "support/memory.h"
+#include "tests/tags/tag_builder.h"
+
+namespace {
+
+vorn::Owned<char> text(const VORN_TagItem* item) {
+    return vorn::Owned<char>(VORN_L_TagGetString(item));
+}
+
+TEST(TagValues, NumbersOfAnotherLengthAreZero) {
+    TagBuilder longs, doubles;
+    EXPECT_EQ(VORN_L_TagGetDoubleVal(longs.addLong(ITAG_Width, 5).end()), 0.0);
+    EXPECT_EQ(VORN_L_TagGetLongVal(doubles.add(ITAG_Aspect, "12345678", 8).end()), 0);
+}
+
+TEST(TagValues, StringsAreAlwaysTerminated) {
+    TagBuilder whole, cut, empty;
+    EXPECT_STREQ(text(whole.addText(ITAG_Artist, "abc").end()).get(), "abc");
+    EXPECT_STREQ(text(cut.add(ITAG_Artist, "abcd", 4).end()).get(), "abc");
+    EXPECT_STREQ(text(empty.add(ITAG_Artist, nullptr, 0).end()).get(), "");
+}
+
+TEST(TagValues, StringListIsOneBlock) {
+    TagBuilder builder;
+    builder.add(MTAG_Sizes, "\2\0\0\0ab\0cde", 11).addText(ITAG_Artist, "behind");
+    char** list = VORN_L_TagGetStringList(builder.end());
+    ASSERT_NE(list, nullptr);
+    EXPECT_STREQ(list[0], "ab");
+    EXPECT_STREQ(list[1], "cde");
+    EXPECT_EQ(list[2], nullptr);
+    VORN_L_TagFreeData(list);
+}
+
+TEST(TagValues, StringListThatSaysMoreThanItHoldsIsRefused) {
+    const struct {
+        const char* bytes;
+        size_t size;
+    } items[] = {
+        {"", 0},              // no count
+        {"\1\0\0\0", 4},      // no string
+        {"\3\0\0\0ab\0", 8},  // the padding is an empty string, the third is missing
+        {"\xFF\xFF\xFF\xFF"
+         "ab\0",
+         8},                  // a count that no item can hold
+        {"\1\0\0\0abcd", 8},  // no NUL
+    };
+    for (const auto& bad : items) {
+        TagBuilder builder;
+        builder.add(MTAG_Sizes, bad.bytes, bad.size).addText(ITAG_Artist, "behind");
+        EXPECT_EQ(VORN_L_TagGetStringList(builder.end()), nullptr) << &bad - items;
+    }
+    TagBuilder none;
+    char** list = VORN_L_TagGetStringList(none.add(MTAG_Sizes, "\0\0\0\0", 4).end());
+    ASSERT_NE(list, nullptr);
+    EXPECT_EQ(list[0], nullptr);
+    VORN_L_TagFreeData(list);
+}
+
+TEST(TagValues, TextIsCopiedCutToTheBuffer) {
+    TagBuilder builder;
+    const VORN_TagItem* list =
+        builder.addText(ITAG_Artist, "abcdef").add(ITAG_Model, "wxyz", 4).end();
+    char buffer[8] = "-------";
+    EXPECT_EQ(VORN_L_CopyTagStringOrNull(list, ITAG_Artist, buffer, 0), nullptr);
+    EXPECT_STREQ(buffer, "-------");
+    EXPECT_EQ(VORN_L_CopyTagStringOrNull(list, ITAG_Artist, buffer, 4), buffer);
+    EXPECT_STREQ(buffer, "abc");
+    EXPECT_EQ(VORN_L_CopyTagStringOrNull(list, ITAG_Artist, buffer, 1), buffer);
+    EXPECT_STREQ(buffer, "");
+    EXPECT_EQ(VORN_L_CopyTagStringOrNull(list, ITAG_Model, buffer, 8), buffer);
+    EXPECT_STREQ(buffer, "wxyz");
+    EXPECT_EQ(VORN_L_CopyTagStringOrNull(list, ITAG_Make, buffer, 8), nullptr);
+    EXPECT_STREQ(buffer, "");
+}
+
+}  // namespace

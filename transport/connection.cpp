@@ -1,0 +1,82 @@
+#include "transport/connection.h"
+
+#include <cstring>
+
+#include "platform/connection.h"
+#include "transport/image.h"
+#include "transport/os_layer.h"
+
+namespace vorn {
+namespace {
+
+void clearRecord(SharedStuff& stuff) {
+    VORN_Image* owner = stuff.owner;
+    stuff.~SharedStuff();
+    new (&stuff) SharedStuff{};
+    stuff.owner = owner;
+    stuff.shm.reservation = platform::kNoDescriptor;
+    stuff.linkDown = true;
+}
+
+void setRoles(SharedStuff& stuff) {
+    stuff.waitBeforeWrite = 0;
+    stuff.postAfterWrite = 1;
+    stuff.waitBeforeRead = 2;
+    stuff.postAfterRead = 3;
+    stuff.spareForThisSide = 4;
+    stuff.spareForPeer = 5;
+}
+
+// The big area lies first and carries the pixels.
+void layOut(SharedStuff& stuff, bool loader) {
+    const auto big = static_cast<int32_t>(kBigAreaSize);
+    const auto small = static_cast<int32_t>(kSmallAreaSize);
+    stuff.readOffset = loader ? 0 : big;
+    stuff.readSize = loader ? big : small;
+    stuff.writeOffset = loader ? big : 0;
+    stuff.writeSize = loader ? small : big;
+    stuff.writePointer = stuff.base + stuff.writeOffset;
+    stuff.readPointer = stuff.base + stuff.readOffset;
+}
+
+}  // namespace
+
+bool SharedStuffCreate(VORN_Image& image, int32_t moduleType) {
+    SharedStuff& stuff = image.stuff;
+    clearRecord(stuff);
+    if (ShmCreate(kSharedAreaSize, stuff.shm)) stuff.base = ShmMap(stuff.shm);
+    if (stuff.base) stuff.semaphores = SemCreateSet();
+    if (!stuff.semaphores) {
+        SharedStuffClose(image);
+        return false;
+    }
+    setRoles(stuff);
+    const bool loader = moduleType == VORN_LOADER;
+    layOut(stuff, loader);
+    std::memset(stuff.writePointer, 0, static_cast<size_t>(stuff.writeSize));
+    std::memset(stuff.readPointer, 0, static_cast<size_t>(stuff.readSize));
+    SemaphoreSet& semaphores = *stuff.semaphores;
+    SemPost(semaphores, loader ? stuff.spareForPeer : stuff.spareForThisSide);
+    SemPost(semaphores, stuff.postAfterRead);
+    SemPost(semaphores, stuff.waitBeforeWrite);
+    while (platform::tryWaitSemaphore(image.stop)) {
+    }
+    semaphores.stop = image.stop;
+    stuff.linkDown = false;
+    return true;
+}
+
+void SharedStuffClose(VORN_Image& image) {
+    SharedStuff& stuff = image.stuff;
+    if (image.process.watch != platform::kNoDescriptor) {
+        if (!image.hasProcess.exchange(false)) platform::killProcess(image.process);
+        stuff.linkDown = true;
+        platform::releaseProcess(image.process);
+    }
+    if (stuff.base) ShmUnmap(stuff.shm, stuff.base);
+    if (stuff.shm.handle) ShmDestroy(stuff.shm);
+    if (stuff.semaphores) SemDestroySet(stuff.semaphores);
+    clearRecord(stuff);
+}
+
+}  // namespace vorn

@@ -1,0 +1,16 @@
+// Setting up and releasing a host's connection.
+#pragma once
+
+#include <vorn/library.h>
+
+namespace vorn {
+
+// Makes the shared block and the semaphores, lays out the two areas for the module type and brings
+// the link up. False: nothing is left, the link stays down.
+bool SharedStuffCreate(VORN_Image& image, int32_t moduleType);
+
+// Releases whatever there is of the connection. A module program that the emergency stop has cut
+// off is ended.
+void SharedStuffClose(VORN_Image& image);
+
+}  // namespace vorn

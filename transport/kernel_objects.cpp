@@ -1,0 +1,123 @@
+// The transport's primitives over objects that the kernel holds. Names follow the protocol: the
+// lowest free number wins, so two connections never share one.
+#include <cstdio>
+#include <new>
+
+#include "platform/connection.h"
+#include "support/memory.h"
+#include "transport/os_layer.h"
+
+namespace vorn {
+namespace {
+
+constexpr int kLastBlockName = 9998;
+constexpr int kLastSemaphoreName = 9999;
+
+bool shmCreate(uint32_t size, ShmDescriptor& shm) {
+    shm = ShmDescriptor{{}, 0, platform::kNoDescriptor};
+    auto taken = platform::Reservation::InUse;
+    for (int k = 1; k <= kLastBlockName && taken == platform::Reservation::InUse; ++k) {
+        std::snprintf(shm.name, sizeof shm.name, "%d", k);
+        taken = platform::reserveName(shm.name, shm.reservation);
+    }
+    if (taken != platform::Reservation::Reserved) return false;
+    const int32_t block = platform::createBlock(size);
+    if (block != platform::kNoDescriptor) {
+        shm.handle = block;
+        return true;
+    }
+    platform::releaseName(shm.reservation);
+    shm.reservation = platform::kNoDescriptor;
+    return false;
+}
+
+// A module inherits the block under the number that the host gave.
+bool shmOpen(ShmDescriptor& shm) {
+    shm.reservation = platform::kNoDescriptor;
+    if (shm.handle > 0 && platform::blockHolds(shm.handle, kSharedAreaSize)) return true;
+    shm.handle = 0;
+    return false;
+}
+
+uint8_t* shmMap(const ShmDescriptor& shm) {
+    return static_cast<uint8_t*>(platform::mapBlock(shm.handle, kSharedAreaSize));
+}
+
+void shmUnmap(const ShmDescriptor&, uint8_t* base) { platform::unmapBlock(base, kSharedAreaSize); }
+
+void shmDestroy(ShmDescriptor& shm) {
+    if (shm.handle > 0) platform::closeDescriptor(shm.handle);
+    platform::releaseName(shm.reservation);
+    shm = ShmDescriptor{{}, 0, platform::kNoDescriptor};
+}
+
+void shmClose(ShmDescriptor& shm) {
+    if (shm.handle > 0) platform::closeDescriptor(shm.handle);
+    shm.handle = 0;
+}
+
+// Sets are made by this function alone, always of six names in a row: the first name of a set
+// stands for all of them, and one reservation serves where six would cost six descriptors.
+bool reserveNames(SemaphoreSet& set) {
+    for (int first = 1; first + kSemaphoreCount - 1 <= kLastSemaphoreName;
+         first += kSemaphoreCount) {
+        for (int i = 0; i < kSemaphoreCount; ++i) {
+            std::snprintf(set.entry[i].name, sizeof set.entry[i].name, "%dVN", first + i);
+        }
+        const auto taken = platform::reserveName(set.entry[0].name, set.reservation);
+        if (taken != platform::Reservation::InUse) return taken == platform::Reservation::Reserved;
+    }
+    return false;
+}
+
+void semDestroySet(SemaphoreSet* set) {
+    for (auto& entry : set->entry) platform::closeDescriptor(entry.handle);
+    platform::releaseName(set->reservation);
+    FreeMemory(set);
+}
+
+SemaphoreSet* semCreateSet() {
+    SemaphoreSet* set = allocCleared<SemaphoreSet>().release();
+    if (!set) return nullptr;
+    set->reservation = set->watched = set->stop = platform::kNoDescriptor;
+    for (auto& entry : set->entry) entry.handle = platform::kNoDescriptor;
+    bool made = reserveNames(*set);
+    for (auto& entry : set->entry) {
+        if (made) entry.handle = platform::createSemaphore();
+        made = made && entry.handle != platform::kNoDescriptor;
+    }
+    if (made) return set;
+    semDestroySet(set);
+    return nullptr;
+}
+
+bool semOpenSet(SemaphoreSet* set) {
+    set->reservation = platform::kNoDescriptor;
+    for (const auto& entry : set->entry) {
+        if (entry.handle > 0 && platform::isSemaphore(entry.handle)) continue;
+        FreeMemory(set);
+        return false;
+    }
+    return true;
+}
+
+bool semWait(SemaphoreSet& set, uint32_t entry) {
+    return platform::waitSemaphore(set.entry[entry].handle, set.watched, set.stop);
+}
+
+bool semTryWait(SemaphoreSet& set, uint32_t entry) {
+    return platform::tryWaitSemaphore(set.entry[entry].handle);
+}
+
+void semPost(SemaphoreSet& set, uint32_t entry) {
+    platform::postSemaphore(set.entry[entry].handle);
+}
+
+}  // namespace
+
+const OsLayer kKernelObjects = {
+    shmCreate,  shmOpen,       shmMap,        shmUnmap, shmDestroy, shmClose, semCreateSet,
+    semOpenSet, semDestroySet, semDestroySet, semWait,  semTryWait, semPost,
+};
+
+}  // namespace vorn
