@@ -4,6 +4,7 @@
 #include "scale/bilinear_scaler.h"
 #include "scale/nearest_scaler.h"
 #include "scale/scaler.h"
+#include "support/text.h"
 
 namespace vorn {
 namespace {
@@ -25,13 +26,6 @@ constexpr NamedMethod kMethods[] = {
     {"fastest", make<NearestScaler>},
 };
 
-char lower(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; }
-
-bool sameName(const char* name, const char* known) {
-    while (*known != 0 && lower(*name) == *known) ++name, ++known;
-    return *known == 0 && *name == 0;
-}
-
 Scaler* scalerOf(VORN_Scaler* scaler) { return static_cast<Scaler*>(scaler); }
 
 }  // namespace
@@ -41,7 +35,7 @@ extern "C" {
 
 VORN_Scaler* VORN_S_AllocScaler(const char* name) {
     for (const vorn::NamedMethod& method : vorn::kMethods) {
-        if (name && vorn::sameName(name, method.name)) return method.make();
+        if (name && vorn::namesEqual(name, method.name)) return method.make();
     }
     return vorn::make<vorn::NearestScaler>();
 }

@@ -149,8 +149,8 @@ TEST_P(MethodTest, KeepsAConstantPictureConstant) {
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(All, MethodTest, testing::ValuesIn(kMethods), [](const auto& info) {
-    return std::string(info.param.name);
+INSTANTIATE_TEST_SUITE_P(All, MethodTest, testing::ValuesIn(kMethods), [](const auto& method) {
+    return std::string(method.param.name);
 });
 
 }  // namespace

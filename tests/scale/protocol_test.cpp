@@ -104,7 +104,9 @@ int32_t init(
     ScalerPointer scaler = allocate(name);
     const int32_t result = VORN_S_InitScale(scaler.get(), srcLines, dstLines, &source.record,
                                             &destination.record, nullptr, nullptr);
-    if (result < 0) EXPECT_EQ(VORN_S_CANT_GO_ON, VORN_S_SendData(scaler.get()));
+    if (result < 0) {
+        EXPECT_EQ(VORN_S_CANT_GO_ON, VORN_S_SendData(scaler.get()));
+    }
     return result;
 }
 

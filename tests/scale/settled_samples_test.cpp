@@ -59,8 +59,8 @@ TEST(BicubicScaler, ClampsTheOvershootAtAStep) {
         run.width = 32, run.lines = 2;
         const Image made = scaleThrough(image, run);
         for (int32_t x = 0; x < 32; ++x) {
-            if (x < 12) EXPECT_EQ(0, made.at(x, 0, 0)) << x;
-            if (x > 19) EXPECT_EQ(white, made.at(x, 0, 0)) << x;
+            if (x >= 12 && x < 20) continue;  // the ramp
+            EXPECT_EQ(x < 12 ? 0 : white, made.at(x, 0, 0)) << x;
         }
     }
 }
