@@ -193,7 +193,11 @@ TEST(PngLoader, RefusesFilesOfOtherFormats) {
 TEST(PngLoader, FindsDamageAnywhere) {
     const ScratchDirectory files;
     for (const bool interlaced : {false, true}) {
-        PngFile file{.interlaced = interlaced, .xResolution = 300, .yResolution = 300};
+        PngFile file{.width = 3,
+                     .height = 3,
+                     .interlaced = interlaced,
+                     .xResolution = 300,
+                     .yResolution = 300};
         file.texts = {text(PNG_TEXT_COMPRESSION_zTXt, "Title", "some text")};
         const std::string whole = file.bytes();
         for (size_t at = 8; at < whole.size(); ++at) {
