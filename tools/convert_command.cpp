@@ -32,7 +32,6 @@ struct Arguments {
 
 ConversionWishes wishesOf(const Arguments& arguments) {
     ConversionWishes wishes;
-    wishes.orientation = arguments.orientation;
     if (!arguments.colorSpace.empty()) {
         wishes.colorSpace = VORN_L_FindColorSpace(arguments.colorSpace.c_str());
     }
@@ -48,7 +47,6 @@ struct Loaded {
 };
 
 Loaded load(const Arguments& arguments, const Capabilities& saver, Onlookers& onlookers) {
-    const ConversionWishes wishes = wishesOf(arguments);
     const std::string loader = chooseLoader(arguments.in, arguments.loader);
     const Handle handle(loader, VORN_LOADER, arguments.in);
     VORN_Image* const image = handle.get();
@@ -56,13 +54,13 @@ Loaded load(const Arguments& arguments, const Capabilities& saver, Onlookers& on
     // A loader that says nothing about the orientation delivers the picture upright.
     if (!VORN_H_ImageVaOpen(image, ITAG_Filename, arguments.in.c_str(), ITAG_Orientation,
                             VORN_Word{0}, TAG_End) ||
-        !VORN_H_ImageVaSetTags(image, ITAG_Orientation, static_cast<VORN_Word>(wishes.orientation),
-                               TAG_End)) {
+        !VORN_H_ImageVaSetTags(image, ITAG_Orientation,
+                               static_cast<VORN_Word>(arguments.orientation), TAG_End)) {
         throw libraryFailure(arguments.in, image);
     }
     const ImageDescription description = describe(image, arguments.in, loader);
     std::string reason;
-    const auto plan = planConversion(description, saver, wishes, reason);
+    const auto plan = planConversion(description, saver, wishesOf(arguments), reason);
     if (!plan) {
         throw Failure{arguments.out, reason, kErrorArgument, 0};
     }
