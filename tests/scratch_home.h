@@ -1,11 +1,10 @@
 // Directories and environment variables that last as long as a test.
 #pragma once
 
-#include <gtest/gtest.h>
-
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <iterator>
 #include <optional>
 #include <random>
 #include <string>
@@ -30,6 +29,11 @@ class ScratchDirectory {
         std::filesystem::create_directories((path_ / name).parent_path());
         std::ofstream(path_ / name, std::ios::binary) << text;
         return path(name);
+    }
+
+    std::string read(const std::string& name) const {
+        std::ifstream file(path_ / name, std::ios::binary);
+        return {std::istreambuf_iterator<char>(file), {}};
     }
 
     std::string makeDirectory(const std::string& name) const {

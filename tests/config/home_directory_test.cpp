@@ -87,6 +87,20 @@ TEST_F(HomeDirectory, MessageNamesTheMissingEntry) {
     EXPECT_EQ(lastMessage, "");
 }
 
+TEST_F(HomeDirectory, OneBesideTheProgramComesBeforeTheDrives) {
+    const ScopedVariable unset("VORN", std::nullopt);
+    const std::string home = makeHome("apps/VORN");
+    const std::string program = drives_.makeDirectory("apps/bin") + "/tell_home";
+    std::filesystem::copy_file(TELL_HOME, program);
+    const std::string command = program + " >" + drives_.path("answer");
+
+    ASSERT_EQ(std::system(command.c_str()), 0);
+    EXPECT_EQ(drives_.read("answer"), home);
+    drives_.remove("apps/VORN/Loaders");
+    ASSERT_EQ(std::system(command.c_str()), 0);
+    EXPECT_NE(drives_.read("answer"), home);
+}
+
 TEST_F(HomeDirectory, DrivesAreSearchedInOrder) {
     const ScopedVariable unset("VORN", std::nullopt);
     setDrive('D', "d");

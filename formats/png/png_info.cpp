@@ -1,0 +1,125 @@
+#include "formats/png/png_info.h"
+
+#include <vorn/tags.h>
+
+#include <cmath>
+#include <cstring>
+#include <string>
+
+#include "formats/png/png_text.h"
+
+namespace png {
+namespace {
+
+constexpr double kMetresPerInch = 0.0254;
+// All fields together fit the area in which the description travels.
+constexpr size_t kLongestText = 4096;
+constexpr double kLargestResolution = 2147483647.0;
+
+// libpng calls this number a resolution per metre; 0 when it is none.
+int32_t dotsPerInch(png_uint_32 dotsPerMetre) {
+    return static_cast<int32_t>(std::lround(dotsPerMetre * kMetresPerInch));
+}
+
+png_uint_32 dotsPerMetre(int32_t dotsPerInch) {
+    return static_cast<png_uint_32>(
+        std::lround(std::min(dotsPerInch / kMetresPerInch, kLargestResolution)));
+}
+
+void describeResolution(const Session& session, formats::InfoTags& tags) {
+    png_uint_32 x = 0;
+    png_uint_32 y = 0;
+    int unit = PNG_RESOLUTION_UNKNOWN;
+    if (!png_get_pHYs(session.png(), session.info(), &x, &y, &unit) || x == 0 || y == 0) return;
+    if (unit == PNG_RESOLUTION_METER) {
+        if (dotsPerInch(x) == 0 || dotsPerInch(y) == 0) return;
+        tags.number(ITAG_XDPI, dotsPerInch(x));
+        tags.number(ITAG_YDPI, dotsPerInch(y));
+    } else if (x != y) {
+        // More pixels to a length means narrower pixels.
+        tags.number(ITAG_XAspect, static_cast<int32_t>(y));
+        tags.number(ITAG_YAspect, static_cast<int32_t>(x));
+    }
+}
+
+const png_text* findText(const png_text* texts, int count, const char* keyword) {
+    for (int i = 0; keyword && i < count; ++i) {
+        if (std::strcmp(texts[i].key, keyword) == 0 && texts[i].text) return &texts[i];
+    }
+    return nullptr;
+}
+
+std::string utf8Of(const png_text& text) {
+    const bool international = text.compression >= PNG_ITXT_COMPRESSION_NONE;
+    return international ? std::string(text.text) : utf8FromLatin1(text.text);
+}
+
+void describeTexts(const Session& session, formats::InfoTags& tags) {
+    png_textp texts = nullptr;
+    int count = 0;
+    png_get_text(session.png(), session.info(), &texts, &count);
+    for (const TextField& field : kTextFields) {
+        const png_text* text = findText(texts, count, field.keyword);
+        if (!text) text = findText(texts, count, field.alsoKnownAs);
+        if (!text) continue;
+        std::string value = utf8Of(*text);
+        cutUtf8(value, kLongestText);
+        if (!value.empty()) tags.text(field.id, std::move(value));
+    }
+}
+
+// A value above 0, or 0.
+int32_t positive(const formats::ImageToSave& image, uint32_t id) {
+    return std::max(image.number(id).value_or(0), 0);
+}
+
+void putText(Session& session, const char* keyword, std::string value) {
+    png_text text{};
+    std::string latin1;
+    const bool plain = latin1FromUtf8(value, latin1);
+    std::string& bytes = plain ? latin1 : value;
+    std::string key = keyword;
+    std::string none;
+    text.compression = plain ? PNG_TEXT_COMPRESSION_NONE : PNG_ITXT_COMPRESSION_NONE;
+    text.key = key.data();
+    text.text = bytes.data();
+    text.lang = none.data();
+    text.lang_key = none.data();
+    session.run([&] { png_set_text(session.png(), session.info(), &text, 1); });
+}
+
+}  // namespace
+
+void describe(const Session& session, formats::InfoTags& tags) {
+    describeResolution(session, tags);
+    describeTexts(session, tags);
+}
+
+void putResolution(Session& session, const formats::ImageToSave& image) {
+    int32_t x = positive(image, ITAG_XDPI);
+    int32_t y = positive(image, ITAG_YDPI);
+    const bool inInches = x > 0 || y > 0;
+    if (inInches) {
+        x = x > 0 ? x : y;
+        y = y > 0 ? y : x;
+    } else {
+        x = positive(image, ITAG_YAspect);
+        y = positive(image, ITAG_XAspect);
+    }
+    if (x == 0 || y == 0) return;
+    session.run([&] {
+        png_set_pHYs(session.png(), session.info(),
+                     inInches ? dotsPerMetre(x) : static_cast<png_uint_32>(x),
+                     inInches ? dotsPerMetre(y) : static_cast<png_uint_32>(y),
+                     inInches ? PNG_RESOLUTION_METER : PNG_RESOLUTION_UNKNOWN);
+    });
+}
+
+void putTexts(Session& session, const formats::ImageToSave& image) {
+    for (const TextField& field : kTextFields) {
+        std::string value = image.text(field.id);
+        if (!value.empty()) putText(session, field.keyword, std::move(value));
+    }
+}
+
+}  // namespace png

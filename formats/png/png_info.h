@@ -1,0 +1,19 @@
+// What a PNG file says beside its pixels, between libpng's records and VORN's tags.
+#pragma once
+
+#include <vector>
+
+#include "formats/common/description.h"
+#include "formats/common/image_to_save.h"
+#include "formats/png/png_session.h"
+
+namespace png {
+
+// Adds resolution and text fields of a file that was read to its description.
+void describe(const Session& session, formats::InfoTags& tags);
+
+// Puts the resolution and the text fields of an image into the file that is being written.
+void putResolution(Session& session, const formats::ImageToSave& image);
+void putTexts(Session& session, const formats::ImageToSave& image);
+
+}  // namespace png

@@ -1,0 +1,277 @@
+#include <gtest/gtest.h>
+
+#include "tests/transport/scripted_peer.h"
+
+namespace {
+
+const VORN_TagItem* listOf(const Bytes& bytes) {
+    return reinterpret_cast<const VORN_TagItem*>(bytes.data());
+}
+
+TEST(ErrorTag, IsRelayedToTheHandle) {
+    const struct {
+        Bytes message;
+        bool carries;
+        int32_t code, subcode;
+    } cases[] = {
+        {MessageBytes().error(9, 4).end(), true, 9, 4},
+        {MessageBytes().error(0, 4).end(), true, 99, 0},  // no error: the handle's stays
+        {MessageBytes().item(MTAG_ErrorCode, 12).word(9).end(), true, 9, 0},
+        {MessageBytes().item(MTAG_ErrorCode, 8).end(), true, 6, 0},
+        {MessageBytes().number(ITAG_Width, 1).end(), false, 99, 0},
+    };
+    for (const auto& c : cases) {
+        ScriptedPeer peer;
+        VORN_L_SetErrorCode(peer.image(), 99, 0);
+        EXPECT_EQ(VORN_L_HandleErrorCode(peer.image(), listOf(c.message)), c.carries);
+        const VORN_ErrorPair error = VORN_H_ImageGetError(peer.image());
+        EXPECT_EQ(VORN_ErrorPairCode(error), c.code);
+        EXPECT_EQ(VORN_ErrorPairSubcode(error), c.subcode);
+    }
+}
+
+TEST(Acknowledgement, IsWaitedForOnlyWhenItIsOwed) {
+    ScriptedPeer peer;
+    EXPECT_TRUE(VORN_L_WaitForAck(peer.image()));
+    VORN_L_SetErrorCode(peer.image(), 9, 0);
+    EXPECT_FALSE(VORN_L_WaitForAck(peer.image()));
+}
+
+TEST(Acknowledgement, EndsTheLeftOversBeforeIt) {
+    ScriptedPeer peer;
+    peer.image()->ackOutstanding = true;
+    const Bytes pixels(64);
+    peer.sends(MessageBytes().number(ITAG_ReadHeight, 1).data(ITAG_Data, pixels.data(), 64).end())
+        .sends(acknowledgement(2));
+    EXPECT_TRUE(peer.play([&] { return VORN_L_WaitForAck(peer.image()); }));
+    EXPECT_EQ(peer.image()->moduleVersion, 2u);
+    EXPECT_FALSE(peer.image()->ackOutstanding);
+}
+
+TEST(Acknowledgement, BringsTheModulesError) {
+    ScriptedPeer peer;
+    peer.takes().sends(
+        MessageBytes().number(MTAG_Ack, 2).error(2002, 7).number(MTAG_Version, 3).end());
+    EXPECT_FALSE(peer.play([&] { return VORN_L_SendCMDAbort(peer.image()); }));
+    EXPECT_EQ(peer.errorCode(), 2002);
+    const Bytes abort = {4, 0, 0, 0, 8, 0, 0, 0, 6, 0, 0, 1, 12, 0,
+                         0, 0, 2, 0, 0, 0, 0, 0, 0, 0, 8, 0, 0,  0};
+    EXPECT_EQ(peer.taken().at(0), abort);
+}
+
+TEST(Terminate, NeverChangesTheHandlesError) {
+    ScriptedPeer peer;
+    VORN_L_SetErrorCode(peer.image(), 27, 1);
+    peer.takes();
+    EXPECT_TRUE(peer.play([&] {
+        const bool sent = VORN_L_SendCMDTerminate(peer.image());
+        VORN_L_WaitForTerminate(peer.image());
+        return sent;
+    }));
+    EXPECT_EQ(peer.errorCode(), 27);
+    EXPECT_EQ(peer.taken().at(0)[16], 1);
+    peer.image()->stuff.linkDown = true;
+    VORN_L_WaitForTerminate(peer.image());
+    EXPECT_EQ(peer.errorCode(), 27);
+}
+
+TEST(ModuleCommand, ExchangesOneAnswerAndItsAcknowledgement) {
+    ScriptedPeer peer;
+    peer.takes().sends(MessageBytes().number(ITAG_PageNumber, 12).end()).sends(acknowledgement());
+    VORN_TagItem* answer =
+        peer.play([&] { return VORN_H_ModuleVaSendCommand(peer.image(), CMD_Module, TAG_End); });
+    ASSERT_NE(answer, nullptr);
+    EXPECT_EQ(VORN_L_TagGetLongVal(answer), 12);
+    FreeMemory(answer);
+    EXPECT_EQ(peer.taken().at(0).size(), 28u);
+    EXPECT_FALSE(peer.image()->ackOutstanding);
+}
+
+TEST(ModuleCommand, FailsWithTheModulesErrorOrANumberThatIsNone) {
+    ScriptedPeer peer;
+    EXPECT_EQ(VORN_H_ModuleVaSendCommand(peer.image(), 0x2FFF, TAG_End), nullptr);
+    EXPECT_EQ(peer.errorCode(), 0);
+    // A module without a command callback answers with its acknowledgement alone.
+    peer.takes().sends(MessageBytes().number(MTAG_Ack, 3).error(53, 0).end());
+    EXPECT_EQ(
+        peer.play([&] { return VORN_H_ModuleVaSendCommand(peer.image(), CMD_Module, TAG_End); }),
+        nullptr);
+    EXPECT_EQ(peer.errorCode(), 53);
+    EXPECT_FALSE(peer.image()->ackOutstanding);
+}
+
+VORN_DataFormat format(int32_t layout, int32_t width, int32_t height, int32_t channels) {
+    VORN_DataFormat format{};
+    format.layout = layout;
+    format.width = width;
+    format.height = height;
+    format.channels = channels;
+    return format;
+}
+
+bool openWith(ScriptedPeer& peer, const Bytes& answer, const Bytes& second = acknowledgement()) {
+    peer.takes().sends(answer);
+    if (!second.empty()) peer.sends(second);
+    return peer.play([&] { return VORN_L_WaitForInfo(peer.image()); });
+}
+
+TEST(ImageInfo, IsMergedAndCompleted) {
+    ScriptedPeer peer;
+    VORN_H_ImageVaSetTags(peer.image(), ITAG_PageNumber, VORN_Word(4), TAG_End);
+    auto announced = format(DF_Chunky3x16, 10, 20, 3);
+    announced.bitsPerChannel[1] = 12;
+    EXPECT_TRUE(openWith(peer, MessageBytes()
+                                   .number(ITAG_Width, 1)
+                                   .data(ITAG_DataFormat, &announced, sizeof announced)
+                                   .number(ITAG_XAspect, 4)
+                                   .number(ITAG_YAspect, 3)
+                                   .end()));
+    const auto tag = [&](uint32_t id) {
+        return VORN_L_TagGetLongVal(VORN_L_TagFind(peer.image()->imageTags, id));
+    };
+    EXPECT_EQ(tag(ITAG_Width), 10);
+    EXPECT_EQ(tag(ITAG_Height), 20);
+    EXPECT_EQ(tag(ITAG_ImageChannelSize), 2);
+    EXPECT_EQ(tag(ITAG_ImageChannels), 3);
+    EXPECT_EQ(tag(ITAG_Alpha), 0);
+    EXPECT_DOUBLE_EQ(VORN_L_TagGetDoubleVal(VORN_L_TagFind(peer.image()->imageTags, ITAG_Aspect)),
+                     4.0 / 3);
+    VORN_DataFormat kept;
+    std::memcpy(&kept, VORN_L_TagFind(peer.image()->imageTags, ITAG_DataFormat) + 1, sizeof kept);
+    EXPECT_EQ(kept.lineStep[2], 60);
+    const VORN_TagItem* bits = VORN_L_TagFind(peer.image()->imageTags, VORN_ID_BITS_PER_CHANNEL);
+    EXPECT_EQ(reinterpret_cast<const uint8_t*>(bits + 1)[0], 16);
+    EXPECT_EQ(reinterpret_cast<const uint8_t*>(bits + 1)[1], 12);
+    // The request carried the side list behind the image list and ended with two zero words.
+    const Bytes& request = peer.taken().at(0);
+    EXPECT_EQ(VORN_L_TagGetLongVal(VORN_L_TagFind(peer.takenList(), ITAG_PageNumber)), 4);
+    EXPECT_EQ(Bytes(request.end() - 8, request.end()), Bytes(8));
+}
+
+TEST(ImageInfo, DerivesTheAspectThatIsMissing) {
+    const auto parts = [](double aspect) {
+        ScriptedPeer peer;
+        EXPECT_TRUE(openWith(peer, MessageBytes().real(ITAG_Aspect, aspect).end()));
+        int32_t x = -1;
+        int32_t y = -1;
+        vorn::findLong(peer.image()->imageTags, ITAG_XAspect, x);
+        vorn::findLong(peer.image()->imageTags, ITAG_YAspect, y);
+        return std::pair(x, y);
+    };
+    EXPECT_EQ(parts(1.5), std::pair(150, 100));
+    for (const double none : {0.004, 0.0, -2.0, 1e300, std::numeric_limits<double>::quiet_NaN()}) {
+        EXPECT_EQ(parts(none), std::pair(-1, -1)) << none;
+    }
+    ScriptedPeer peer;
+    EXPECT_TRUE(
+        openWith(peer, MessageBytes().number(ITAG_XAspect, 4).number(ITAG_YAspect, 0).end()));
+    EXPECT_EQ(VORN_L_TagFind(peer.image()->imageTags, ITAG_Aspect), nullptr);
+}
+
+TEST(ImageInfo, RefusesFormatsThatAreNone) {
+    auto huge = format(DF_Chunky3x8, 65537, 1, 3);
+    auto many = format(DF_LineInterleaved8, 1, 1, 9);
+    auto endless = format(DF_LineInterleaved16, 1, 1, 0x7FFFFFFF);
+    for (const auto* wrong : {&huge, &many, &endless}) {
+        ScriptedPeer peer;
+        EXPECT_FALSE(
+            openWith(peer, MessageBytes().data(ITAG_DataFormat, wrong, sizeof *wrong).end()));
+        EXPECT_EQ(peer.errorCode(), 31);
+    }
+    ScriptedPeer peer;
+    EXPECT_FALSE(openWith(peer, MessageBytes().data(ITAG_DataFormat, &huge, 124).end()));
+    EXPECT_EQ(peer.errorCode(), 31);
+}
+
+TEST(ImageInfo, NeedsAnAnswerAndThenAnAcknowledgement) {
+    const Bytes info = MessageBytes().number(ITAG_Width, 1).end();
+    const Bytes refusal = MessageBytes().number(MTAG_Ack, 2).error(2001, 0).end();
+    const struct {
+        Bytes first, second;
+        int32_t error;
+    } cases[] = {
+        {acknowledgement(), {}, 5},  // nothing but the acknowledgement
+        {info, info, 5},             // none at all
+        {MessageBytes().error(8, 1).end(), acknowledgement(),
+         8},                    // an error, then the acknowledgement
+        {refusal, {}, 2001},    // both in one
+        {info, refusal, 2001},  // the second opening step failed
+    };
+    for (const auto& c : cases) {
+        ScriptedPeer peer;
+        EXPECT_FALSE(openWith(peer, c.first, c.second));
+        EXPECT_EQ(peer.errorCode(), c.error);
+    }
+}
+
+TEST(ImageInfo, CannotChangeWhatTheHandleIs) {
+    ScriptedPeer peer;
+    EXPECT_TRUE(openWith(peer, MessageBytes()
+                                   .number(MTAG_ModuleType, 2)
+                                   .text(MTAG_ModuleName, "/bin/other")
+                                   .number(MTAG_ModuleType, 7)
+                                   .number(ITAG_Output, 1)
+                                   .text(ITAG_Artist, "me")
+                                   .end()));
+    EXPECT_EQ(VORN_L_ImageGetModType(peer.image()), VORN_LOADER);
+    EXPECT_EQ(VORN_L_TagFind(peer.image()->imageTags, MTAG_ModuleName), nullptr);
+    EXPECT_EQ(VORN_L_TagFind(peer.image()->imageTags, ITAG_Output), nullptr);
+    EXPECT_NE(VORN_L_TagFind(peer.image()->imageTags, ITAG_Artist), nullptr);
+}
+
+TEST(ImageInfo, OfAnotherModuleTypeIsErrorThirty) {
+    ScriptedPeer peer(3);
+    EXPECT_FALSE(VORN_L_WaitForInfo(peer.image()));
+    EXPECT_EQ(peer.errorCode(), 30);
+}
+
+bool startWriting(ScriptedPeer& peer, const Bytes& answer) {
+    peer.takes().sends(answer);
+    return peer.play([&] { return VORN_L_StartWritingImage(peer.image()); });
+}
+
+int32_t told(const ScriptedPeer& peer, uint32_t id) {
+    return VORN_L_TagGetLongVal(VORN_L_TagFind(peer.takenList(), id));
+}
+
+TEST(StartWriting, TellsTheSaverWhatTheBlocksWillHold) {
+    ScriptedPeer peer(VORN_SAVER);
+    VORN_Image* image = peer.image();
+    VORN_H_ImageVaSetTags(image, ITAG_Channels, VORN_Word(4), ITAG_ColorSpace,
+                          VORN_Word(VORN_CS_RGB), ITAG_Width, VORN_Word(640), ITAG_Height,
+                          VORN_Word(480), ITAG_XAspect, VORN_Word(4), ITAG_YAspect, VORN_Word(2),
+                          TAG_End);
+    image->colorConversion = 1;
+    image->targetColorSpace = VORN_CS_GRAY;
+    image->axesSwapped = true;
+    EXPECT_TRUE(startWriting(peer, MessageBytes().end()));
+    EXPECT_EQ(told(peer, MTAG_Command), CMD_SaveData);
+    EXPECT_EQ(told(peer, ITAG_Channels), 2);
+    EXPECT_EQ(told(peer, ITAG_ColorSpace), VORN_CS_GRAY);
+    EXPECT_EQ(told(peer, ITAG_Width), 480);
+    EXPECT_EQ(told(peer, ITAG_XAspect), 2);
+    EXPECT_DOUBLE_EQ(VORN_L_TagGetDoubleVal(VORN_L_TagFind(peer.takenList(), ITAG_Aspect)), 0.5);
+    // The handle's own tags stay as the host set them.
+    EXPECT_EQ(VORN_L_TagGetLongVal(VORN_L_TagFind(image->imageTags, ITAG_Channels)), 4);
+}
+
+TEST(StartWriting, LeavesAPlainCopyAlone) {
+    ScriptedPeer peer(VORN_SAVER);
+    const double aspect = 1.5;
+    VORN_H_ImageVaSetTags(peer.image(), ITAG_Channels, VORN_Word(4), ITAG_ColorSpace,
+                          VORN_Word(VORN_CS_CMYK), ITAG_Aspect, VORN_Word(&aspect), TAG_End);
+    peer.image()->targetColorSpace = VORN_CS_CMYK;
+    EXPECT_TRUE(startWriting(peer, MessageBytes().end()));
+    EXPECT_EQ(told(peer, ITAG_Channels), 4);
+    EXPECT_EQ(told(peer, ITAG_XAspect), 150);
+    EXPECT_EQ(told(peer, ITAG_YAspect), 100);
+}
+
+TEST(StartWriting, FailsOnAnErrorOrAnAcknowledgement) {
+    for (const Bytes& answer : {MessageBytes().error(0, 0).end(), acknowledgement()}) {
+        ScriptedPeer peer(VORN_SAVER);
+        EXPECT_FALSE(startWriting(peer, answer));
+    }
+}
+
+}  // namespace

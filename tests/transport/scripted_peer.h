@@ -1,0 +1,136 @@
+// A module's end of a connection inside the test: it plays a script of messages on a thread of its
+// own, so that sanitizers see both sides and every byte can be chosen.
+#pragma once
+
+#include <vorn/host.h>
+#include <vorn/library.h>
+
+#include <cstring>
+#include <functional>
+#include <string>
+#include <thread>
+#include <utility>
+#include <vector>
+
+#include "tags/tag_walk.h"
+#include "transport/connection.h"
+#include "transport/image.h"
+#include "transport/os_layer.h"
+
+using Bytes = std::vector<uint8_t>;
+
+// A message as its bytes, written item by item or wrong on purpose.
+class MessageBytes {
+  public:
+    MessageBytes& item(uint32_t id, uint32_t length, const Bytes& data = {}) {
+        word(id);
+        word(length);
+        bytes_.insert(bytes_.end(), data.begin(), data.end());
+        return *this;
+    }
+    MessageBytes& number(uint32_t id, int32_t value) {
+        item(id, 12);
+        return word(static_cast<uint32_t>(value));
+    }
+    MessageBytes& data(uint32_t id, const void* data, size_t size) {
+        const auto* first = static_cast<const uint8_t*>(data);
+        const size_t padded = (size + 3) & ~size_t{3};
+        item(id, static_cast<uint32_t>(8 + padded), Bytes(first, first + size));
+        bytes_.resize(bytes_.size() + padded - size);
+        return *this;
+    }
+    MessageBytes& text(uint32_t id, const std::string& text) {
+        return data(id, text.c_str(), text.size() + 1);
+    }
+    MessageBytes& real(uint32_t id, double value) { return data(id, &value, sizeof value); }
+    MessageBytes& error(int32_t code, int32_t subcode) {
+        const int32_t pair[2] = {code, subcode};
+        return data(MTAG_ErrorCode, pair, sizeof pair);
+    }
+    MessageBytes& word(uint32_t value) {
+        for (int shift = 0; shift < 32; shift += 8)
+            bytes_.push_back(static_cast<uint8_t>(value >> shift));
+        return *this;
+    }
+    Bytes end() {
+        item(TAG_End, 8);
+        return bytes_;
+    }
+    Bytes unfinished() const { return bytes_; }
+
+  private:
+    Bytes bytes_;
+};
+
+inline Bytes acknowledgement(int32_t version = 3) {
+    return MessageBytes().number(MTAG_Ack, 1).number(MTAG_Version, version).end();
+}
+
+class ScriptedPeer {
+  public:
+    explicit ScriptedPeer(int32_t type = VORN_LOADER)
+        : image_(VORN_L_ImageVaCreateHandle(0, MTAG_ModuleType, VORN_Word(type), TAG_End)) {
+        vorn::SharedStuffCreate(*image_, type);
+    }
+    ~ScriptedPeer() {
+        join();
+        vorn::SharedStuffClose(*image_);
+        VORN_L_ImageDestroyHandle(image_);
+    }
+    ScriptedPeer(const ScriptedPeer&) = delete;
+    ScriptedPeer& operator=(const ScriptedPeer&) = delete;
+
+    VORN_Image* image() { return image_; }
+
+    // Steps of the script, in order.
+    ScriptedPeer& takes() {
+        steps_.push_back([this] { take(); });
+        return *this;
+    }
+    ScriptedPeer& sends(Bytes message) {
+        steps_.push_back([this, message = std::move(message)] { send(message); });
+        return *this;
+    }
+
+    // Plays the steps while `host` runs, and waits for their end.
+    template <class Host>
+    auto play(Host host) {
+        thread_ = std::thread([this] {
+            for (const auto& step : steps_) step();
+        });
+        auto result = host();
+        join();
+        steps_.clear();
+        return result;
+    }
+
+    // The host's messages that the script took.
+    const std::vector<Bytes>& taken() const { return taken_; }
+    const VORN_TagItem* takenList(size_t index = 0) const {
+        return reinterpret_cast<const VORN_TagItem*>(taken_.at(index).data());
+    }
+
+    int32_t errorCode() const { return VORN_ErrorPairCode(VORN_H_ImageGetError(image_)); }
+
+  private:
+    void take() {
+        vorn::SemWait(*image_->stuff.semaphores, 1);
+        const auto* list = reinterpret_cast<const VORN_TagItem*>(image_->stuff.writePointer);
+        const auto* bytes = image_->stuff.writePointer;
+        taken_.emplace_back(bytes, bytes + VORN_L_TagListSize(list, nullptr) + 8);
+        vorn::SemPost(*image_->stuff.semaphores, 0);
+    }
+    void send(const Bytes& message) {
+        vorn::SemWait(*image_->stuff.semaphores, 3);
+        std::memcpy(image_->stuff.readPointer, message.data(), message.size());
+        vorn::SemPost(*image_->stuff.semaphores, 2);
+    }
+    void join() {
+        if (thread_.joinable()) thread_.join();
+    }
+
+    VORN_Image* image_;
+    std::vector<std::function<void()>> steps_;
+    std::vector<Bytes> taken_;
+    std::thread thread_;
+};
