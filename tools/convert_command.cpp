@@ -62,7 +62,7 @@ Loaded load(const Arguments& arguments, const Capabilities& saver, Onlookers& on
     std::string reason;
     const auto plan = planConversion(description, saver, wishesOf(arguments), reason);
     if (!plan) {
-        throw Failure{arguments.out, reason, kErrorArgument, 0};
+        throw Failure{arguments.out, reason, kErrorCannotSave, 0};
     }
     VORN_H_ImageVaSetTags(image, ITAG_ColorSpace, static_cast<VORN_Word>(plan->colorSpace),
                           TAG_End);
@@ -143,7 +143,8 @@ void addConvertCommand(CLI::App& program, ExitStatus&) {
         ->check(CLI::Range(0, 7));
     command
         ->add_option("--set", arguments->settings,
-                     "NAME=VALUE: set a field (Artist=Me, XDPI=300); without VALUE, drop it")
+                     "Set a field: Artist=Me, XDPI=300; without VALUE, drop it")
+        ->type_name("NAME=VALUE")
         ->allow_extra_args(false);
     command->add_flag("--quiet", arguments->quiet, "No progress bar");
     command->callback([arguments] { convert(*arguments); });
