@@ -1,8 +1,8 @@
 #include "errors/error_strings.h"
 
 #include <algorithm>
-#include <cstdlib>
 
+#include "support/text.h"
 #include "support/text_file.h"
 
 namespace vorn {
@@ -28,12 +28,6 @@ size_t countLines(std::string_view text) {
         takeLine(text);
     }
     return lines;
-}
-
-int32_t leadingNumber(std::string_view text) {
-    char digits[kLongestLine + 1] = {};
-    text.copy(digits, kLongestLine);
-    return static_cast<int32_t>(std::strtol(digits, nullptr, 10));
 }
 
 // The line's text without its number, which is left alone when the line has none.

@@ -13,9 +13,9 @@ constexpr int32_t kHeight = 800;
 
 int fail(const char* file, VORN_Image* image) {
     const VORN_ErrorPair error = VORN_H_ImageGetError(image);
-    std::fprintf(stderr, "landscape: %s: %s\n", file,
-                 VORN_H_ImageGetErrorString(VORN_ErrorPairCode(error),
-                                            VORN_ErrorPairSubcode(error)));
+    std::fprintf(
+        stderr, "landscape: %s: %s\n", file,
+        VORN_H_ImageGetErrorString(VORN_ErrorPairCode(error), VORN_ErrorPairSubcode(error)));
     return 1;
 }
 
@@ -33,13 +33,31 @@ VORN_ImageBuffer describeMemory(uint8_t* pixels) {
 
 int save(VORN_Image* image, const char* file, uint8_t* pixels) {
     const VORN_ImageBuffer buffer = describeMemory(pixels);
-    const VORN_Word description[] = {
-        ITAG_Width, kWidth, ITAG_Height, kHeight, ITAG_Channels, 3, ITAG_ImageChannels, 3,
-        ITAG_ImageChannelSize, 1, ITAG_Alpha, 0, ITAG_ColorSpace, VORN_CS_RGB, ITAG_Orientation, 0,
-        ITAG_XDPI, 150, ITAG_YDPI, 150,
-        ITAG_Description, reinterpret_cast<VORN_Word>("A mountain lake in the evening"),
-        ITAG_Software, reinterpret_cast<VORN_Word>("landscape"),
-        TAG_End};
+    const VORN_Word description[] = {ITAG_Width,
+                                     kWidth,
+                                     ITAG_Height,
+                                     kHeight,
+                                     ITAG_Channels,
+                                     3,
+                                     ITAG_ImageChannels,
+                                     3,
+                                     ITAG_ImageChannelSize,
+                                     1,
+                                     ITAG_Alpha,
+                                     0,
+                                     ITAG_ColorSpace,
+                                     VORN_CS_RGB,
+                                     ITAG_Orientation,
+                                     0,
+                                     ITAG_XDPI,
+                                     150,
+                                     ITAG_YDPI,
+                                     150,
+                                     ITAG_Description,
+                                     reinterpret_cast<VORN_Word>("A mountain lake in the evening"),
+                                     ITAG_Software,
+                                     reinterpret_cast<VORN_Word>("landscape"),
+                                     TAG_End};
     if (!VORN_H_ImageVaOpen(image, ITAG_Filename, file, TAG_End) ||
         !VORN_H_ImageSetTags(image, description) ||
         !VORN_H_ImageVaWriteData(image, &buffer, TAG_End)) {

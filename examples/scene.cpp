@@ -37,8 +37,8 @@ Vector inHaze(Vector color, Vector direction, float distance) {
 }
 
 Vector groundColor(Vector place, Vector normal) {
-    const float grain =
-        0.6F * fractalNoise(place.x * 9, place.z * 9, 5) + 0.4F * noise(place.x * 140, place.z * 60);
+    const float grain = 0.6F * fractalNoise(place.x * 9, place.z * 9, 5) +
+                        0.4F * noise(place.x * 140, place.z * 60);
     Vector color = mixed({0.20F, 0.165F, 0.15F}, {0.33F, 0.27F, 0.24F}, grain);
     const float meadow = smoothStep(0.62F, 0.86F, normal.y) * smoothStep(1.5F, 0.35F, place.y);
     color = mixed(color, mixed({0.055F, 0.10F, 0.025F}, {0.25F, 0.25F, 0.07F}, grain), meadow);
@@ -83,8 +83,8 @@ Vector water(const Terrain& terrain, Vector place, Vector direction, float dista
     const float facing = std::clamp(-dot(direction, normal), 0.0F, 1.0F);
     const float share = 0.06F + 0.90F * std::pow(1 - facing, 4.0F);
     const float depth = -terrain.height(place.x, place.z);
-    const Vector body = mixed({0.16F, 0.17F, 0.15F}, {0.02F, 0.055F, 0.08F},
-                              smoothStep(0.0F, 0.25F, depth));
+    const Vector body =
+        mixed({0.16F, 0.17F, 0.15F}, {0.02F, 0.055F, 0.08F}, smoothStep(0.0F, 0.25F, depth));
     const Vector mirror = landOrSky(terrain, place, mirrored, distance);
     return inHaze(mixed(body, mirror, share), direction, distance * 0.6F);
 }

@@ -32,7 +32,8 @@ float ridges(float x, float z) {
 }
 
 float groundHeight(float x, float z) {
-    const float range = ridges(x * 0.16F, z * 0.16F) * (0.55F + 0.45F * noise(x * 0.07F, z * 0.07F));
+    const float range =
+        ridges(x * 0.16F, z * 0.16F) * (0.55F + 0.45F * noise(x * 0.07F, z * 0.07F));
     const float lake = smoothStep(3.0F, 15.0F, std::hypot(x * 0.75F + 0.6F, z - 7.0F));
     const float shore = 0.5F * fractalNoise(x * 0.35F, z * 0.35F, 6) - 0.42F;
     return shore + lake * range * kHighest - (1 - lake) * 0.35F;
@@ -90,14 +91,14 @@ float Terrain::height(float x, float z) const {
     const float u = column - static_cast<float>(c);
     const float v = row - static_cast<float>(r);
     const float* const cell = &heights_[r * kCells + c];
-    return std::lerp(std::lerp(cell[0], cell[1], u),
-                     std::lerp(cell[kCells], cell[kCells + 1], u), v);
+    return std::lerp(std::lerp(cell[0], cell[1], u), std::lerp(cell[kCells], cell[kCells + 1], u),
+                     v);
 }
 
 Vector Terrain::normal(float x, float z, float distance) const {
     const float e = std::max(0.03F, 0.003F * distance);
-    return normalized({height(x - e, z) - height(x + e, z), 2 * e,
-                       height(x, z - e) - height(x, z + e)});
+    return normalized(
+        {height(x - e, z) - height(x + e, z), 2 * e, height(x, z - e) - height(x, z + e)});
 }
 
 float Terrain::hit(Vector origin, Vector direction, float farthest) const {

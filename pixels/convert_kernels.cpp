@@ -127,6 +127,18 @@ void rgbToYuv601(const uint8_t* const source[3], uint8_t* const destination[3], 
     }
 }
 
+// Indices may lie in memory that another program can write to: each is fetched once, so that what
+// was compared is what is used.
+template <class Index>
+int32_t fetchIndex(const uint8_t* indexAt) {
+    const volatile uint8_t* bytes = indexAt;
+    int32_t index = bytes[0];
+    if constexpr (kWide<Index>) {
+        index |= bytes[1] << 8;
+    }
+    return index;
+}
+
 template <class Index, class Destination>
 void lookUp(const uint8_t* indices,
             ptrdiff_t indexStep,
@@ -136,7 +148,7 @@ void lookUp(const uint8_t* indices,
             ptrdiff_t destinationStep,
             int32_t count) {
     for (ptrdiff_t x = 0; x < count; x++) {
-        const auto index = loadSample<Index>(indices + x * indexStep);
+        const int32_t index = fetchIndex<Index>(indices + x * indexStep);
         const auto sample = index < entries ? at<Destination>(table, index) : Destination{0};
         storeSample(destination + x * destinationStep, sample);
     }

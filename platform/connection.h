@@ -31,10 +31,17 @@ bool isSemaphore(int32_t semaphore);
 void postSemaphore(int32_t semaphore);
 bool tryWaitSemaphore(int32_t semaphore);
 
+// What a waiter remembers from one wait on a semaphore to the next. Starts as zeros.
+struct WaitHistory {
+    uint32_t misses = 0;  // tries in a row that did not pay
+    uint32_t skip = 0;    // waits that are not worth a try before the next one
+};
+
 // Blocks until the semaphore was taken (true), or the watched process has ended or the stop
 // semaphore is posted with the count still at 0 (false; the stop stays posted). kNoDescriptor
-// watches nothing.
-bool waitSemaphore(int32_t semaphore, int32_t watched, int32_t stop);
+// watches nothing. Before it blocks, the waiter tries for a few microseconds, as waking it up would
+// cost more; it does so only while that has lately paid, and never on a single processor.
+bool waitSemaphore(int32_t semaphore, int32_t watched, int32_t stop, WaitHistory& history);
 
 void closeDescriptor(int32_t descriptor);
 

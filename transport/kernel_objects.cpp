@@ -102,7 +102,8 @@ bool semOpenSet(SemaphoreSet* set) {
 }
 
 bool semWait(SemaphoreSet& set, uint32_t entry) {
-    return platform::waitSemaphore(set.entry[entry].handle, set.watched, set.stop);
+    return platform::waitSemaphore(set.entry[entry].handle, set.watched, set.stop,
+                                   set.entry[entry].waits);
 }
 
 bool semTryWait(SemaphoreSet& set, uint32_t entry) {

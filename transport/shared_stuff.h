@@ -6,6 +6,8 @@
 #include <atomic>
 #include <cstdint>
 
+#include "platform/connection.h"
+
 namespace vorn {
 
 inline constexpr uint32_t kSharedAreaSize = 0x20000;
@@ -24,6 +26,7 @@ struct SemaphoreSet {
     struct Entry {
         char name[12];
         int32_t handle;
+        platform::WaitHistory waits;
     };
     Entry entry[kSemaphoreCount];
     int32_t reservation;

@@ -1,0 +1,13 @@
+// The directories that hold the modules.
+#pragma once
+
+#include <vorn/types.h>
+
+namespace vorn {
+
+// The loaders' (1) or savers' (2) directory below the home directory, as it is really written
+// there. Null for another type. The string is the calling thread's, made on first need and then
+// kept.
+const char* moduleDirectory(int32_t type);
+
+}  // namespace vorn

@@ -1,0 +1,73 @@
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <csignal>
+
+#include "tests/tools/tool.h"
+
+namespace {
+
+// A home whose only loader stops in the middle of a picture until the test goes on.
+class Interrupt : public testing::Test {
+  protected:
+    Interrupt() {
+        const std::filesystem::path built = VORN_BUILT_HOME;
+        std::filesystem::create_symlink(VORN_WAITING_LOADER, home_.path("Loaders/waiting"));
+        for (const char* name : {"Errors", "Savers/pnm", "Savers/pnm.cap"}) {
+            home_.remove(name);
+            std::filesystem::create_symlink(built / name, home_.path(name));
+        }
+        EXPECT_EQ(::mkfifo(pipe_.c_str(), 0600), 0);
+    }
+
+    ~Interrupt() override { ::close(reader_); }
+
+    Program start(const std::string& then) {
+        return Program(
+            {VORN_TOOL, "convert", in_, out_, "--loader", "waiting"},
+            {.environment = {"WAITING_LOADER_PIPE=" + pipe_, "WAITING_LOADER_THEN=" + then,
+                             "WAITING_LOADER_TOLD=" + told_}});
+    }
+
+    // Opening a pipe waits for the other end.
+    void waitForTheMiddle() { reader_ = ::open(pipe_.c_str(), O_RDONLY | O_CLOEXEC); }
+
+    // Reading it then waits for the loader's end.
+    void expectLoaderToEnd() {
+        char byte = 0;
+        EXPECT_EQ(::read(reader_, &byte, 1), 0);
+    }
+
+    ScratchHome home_;
+    ScratchDirectory scratch_;
+    std::string pipe_ = scratch_.path("pipe");
+    std::string told_ = scratch_.path("told");
+    std::string in_ = scratch_.write("in", "a picture");
+    std::string out_ = scratch_.write("out.pgm", "as it was");
+    int reader_ = -1;
+};
+
+TEST_F(Interrupt, EndsATransferInOrder) {
+    Program program = start("send");
+    waitForTheMiddle();
+    program.signal(SIGINT);
+    expectFailure(program.wait(), in_, "27, 0");
+    expectLoaderToEnd();
+    EXPECT_TRUE(std::filesystem::exists(told_)) << "the terminal's signal is not for the module";
+    EXPECT_EQ(contentsOf(out_), "as it was");
+}
+
+// Two different signals: one that comes twice before it is taken counts once.
+TEST_F(Interrupt, StopsAModuleThatHangsWhenItComesTwice) {
+    Program program = start("hang");
+    waitForTheMiddle();
+    program.signal(SIGTERM);
+    program.signal(SIGHUP);
+    expectFailure(program.wait(), in_, "27, 0");
+    expectLoaderToEnd();
+    EXPECT_EQ(contentsOf(out_), "as it was");
+}
+
+}  // namespace

@@ -1,0 +1,42 @@
+#include <gtest/gtest.h>
+
+#include "tests/tools/tool.h"
+
+namespace {
+
+class Progress : public testing::Test {
+  protected:
+    Ended convert(bool onTerminal, const std::vector<std::string>& options = {}) {
+        std::vector<std::string> arguments = {"convert", in_, scratch_.path("out.pgm")};
+        arguments.insert(arguments.end(), options.begin(), options.end());
+        return vorn(arguments, {.errorIsTerminal = onTerminal});
+    }
+
+    ScratchDirectory scratch_;
+    std::string in_ =
+        scratch_.write("in.pgm", anymap("P5", 10, 1000, 255, std::vector<unsigned>(10000)));
+};
+
+TEST_F(Progress, GoesFromNothingToAllAndLeavesAnEmptyLine) {
+    const Ended ended = convert(true);
+    EXPECT_EQ(ended.status, 0);
+    EXPECT_NE(ended.err.find("  0 %"), std::string::npos);
+    EXPECT_NE(ended.err.find(" 50 %"), std::string::npos);
+    EXPECT_NE(ended.err.find("100 %"), std::string::npos);
+    EXPECT_TRUE(ended.err.ends_with("\r\x1b[K")) << "taken away again";
+    EXPECT_EQ(ended.err.find('\n'), std::string::npos) << "all on one line";
+}
+
+TEST_F(Progress, IsNotShownWithoutATerminalOrWhenNotWanted) {
+    expectDone(convert(false));
+    expectDone(convert(true, {"--quiet"}));
+}
+
+TEST_F(Progress, MakesRoomForAnErrorLine) {
+    const Ended ended =
+        vorn({"convert", in_, scratch_.path("none/out.pgm")}, {.errorIsTerminal = true});
+    EXPECT_EQ(ended.status, 1);
+    EXPECT_NE(ended.err.find("\r\x1b[Kvorn: "), std::string::npos) << ended.err;
+}
+
+}  // namespace

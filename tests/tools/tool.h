@@ -1,0 +1,25 @@
+// The tool, run as users run it, and the pictures that it is given.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "tests/scratch_home.h"
+#include "tests/support/program.h"
+
+Ended vorn(std::vector<std::string> arguments, const ProgramOptions& options = {});
+
+// Expects that the run has done what it should, without a word on standard error.
+void expectDone(const Ended& ended);
+
+// Expects one line "vorn: FILE: text (code, subcode)" on standard error, and exit status 1.
+void expectFailure(const Ended& ended, const std::string& file, const std::string& numbers);
+
+std::string contentsOf(const std::string& path);
+
+// A raw anymap: "P5" or "P6" of 8 or 16 bits.
+std::string anymap(
+    const char* kind, int width, int height, int largest, const std::vector<unsigned>& samples);
+
+// A PNG of 3 x 2 palette indices: 0 1 2 / 2 1 0, with red, green and blue as the palette.
+std::string palettePng();

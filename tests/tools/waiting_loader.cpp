@@ -1,0 +1,60 @@
+// A loader for tests. It sends the first half of a picture, tells the test by opening the named
+// pipe WAITING_LOADER_PIPE, and then does what WAITING_LOADER_THEN says: "send" the rest of a very
+// high picture, or "hang". The pipe stays open as long as the program lives. When it has been told
+// to stop sending, it says so with the file WAITING_LOADER_TOLD.
+#include <fcntl.h>
+#include <unistd.h>
+#include <vorn/vorn.h>
+
+#include <cstdlib>
+#include <string_view>
+
+namespace {
+
+constexpr int32_t kWidth = 100;
+constexpr int32_t kHeight = 65536;
+
+int32_t openImage(const VORN_TagItem*) {
+    VORN_DataFormat format{};
+    format.layout = DF_LineInterleaved8;
+    format.width = kWidth;
+    format.height = kHeight;
+    format.channels = 1;
+    format.bytesPerChannel = 1;
+    struct {
+        VORN_DataBlock head{sizeof(VORN_DataFormat)};
+        VORN_DataFormat format;
+    } block;
+    block.format = format;
+    return VORN_M_SetVaImageInfo(ITAG_DataFormat, reinterpret_cast<VORN_Word>(&block),
+                                 ITAG_ColorSpace, VORN_Word{VORN_CS_GRAY}, TAG_End);
+}
+
+int32_t beginImage() { return 1; }
+
+void readImage() {
+    static const uint8_t line[kWidth] = {};
+    for (int32_t y = 0; y < kHeight; ++y) {
+        if (y == 100) {
+            ::open(std::getenv("WAITING_LOADER_PIPE"), O_WRONLY);
+            while (std::string_view(std::getenv("WAITING_LOADER_THEN")) == "hang") {
+                ::pause();
+            }
+        }
+        if (!VORN_M_SendImageData(kWidth, 1, y, line, kWidth)) {
+            ::close(::open(std::getenv("WAITING_LOADER_TOLD"), O_WRONLY | O_CREAT, 0600));
+            return;
+        }
+    }
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    VORN_M_SetVaModuleTags(SHTAG_Version, VORN_Word{VORN_PROTOCOL_VERSION}, SHTAG_LoaderOpen,
+                           reinterpret_cast<VORN_Word>(&openImage), SHTAG_LoaderBegin,
+                           reinterpret_cast<VORN_Word>(&beginImage), SHTAG_LoaderRead,
+                           reinterpret_cast<VORN_Word>(&readImage), SHTAG_End);
+    VORN_M_ShellMain(argc, argv);
+    return 0;
+}
