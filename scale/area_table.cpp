@@ -1,0 +1,62 @@
+#include "scale/area_table.h"
+
+#include <algorithm>
+
+namespace vorn {
+namespace {
+
+// Walks along one destination item. A weight is rounded to the nearest whole number, and what the
+// rounding added or took away is made good in the next weight of the item: so the sum is exact, and
+// an image of one value keeps that value.
+class AreaWalk {
+  public:
+    AreaWalk(int32_t n, int32_t m, unsigned shift) : n_(n), m_(m), left_(m), shift_(shift) {}
+
+    // The next span; its weights go to `weights`, whose new end is the result.
+    uint32_t* next(AreaSpan& span, uint32_t* weights) {
+        span = {item_, 0};
+        int64_t error = 0;  // in units of 1 / n of a weight
+        for (int32_t due = n_; due > 0; ++span.count) {
+            const int32_t length = std::min(left_, due);
+            const int64_t exact = (int64_t{length} << shift_) + error;
+            const int64_t weight = (2 * exact + n_) / (2 * int64_t{n_});
+            error = exact - weight * n_;
+            *weights++ = static_cast<uint32_t>(weight);
+            due -= length;
+            left_ -= length;
+            if (left_ == 0) ++item_, left_ = m_;
+        }
+        return weights;
+    }
+
+  private:
+    int32_t n_;
+    int32_t m_;
+    int32_t item_ = 0;  // the source item at hand
+    int32_t left_;      // units that are left of it
+    unsigned shift_;
+};
+
+}  // namespace
+
+// The shift is the smallest that tells n source items apart.
+bool AreaTable::build(int32_t n, int32_t m) {
+    const auto items = static_cast<size_t>(m);
+    const size_t mostWeights = static_cast<size_t>(n) + items;
+    spans.reset(static_cast<AreaSpan*>(AllocMemory(items * sizeof(AreaSpan), 0)));
+    weights.reset(static_cast<uint32_t*>(AllocMemory(mostWeights * sizeof(uint32_t), 0)));
+    if (!spans || !weights) return false;
+    shift = 0;
+    while ((int64_t{1} << shift) < n) ++shift;
+    AreaWalk walk(n, m, shift);
+    uint32_t* end = weights.get();
+    for (size_t i = 0; i < items; ++i) end = walk.next(spans.get()[i], end);
+    return true;
+}
+
+void AreaTable::release() {
+    spans.reset();
+    weights.reset();
+}
+
+}  // namespace vorn
