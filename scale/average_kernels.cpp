@@ -27,10 +27,10 @@ void finish(Sample* out,
             int32_t width,
             unsigned totalShift) {
     const Total half = (Total{1} << totalShift) >> 1;
-    const uint32_t* weight = samples.weights.get();
     for (int32_t x = 0; x < width; ++x, out += kChannels) {
         const AreaSpan& span = samples.spans.get()[x];
         const uint32_t* sum = sums + static_cast<ptrdiff_t>(span.first) * kChannels;
+        const uint32_t* weight = samples.weights.get() + span.weights;
         Total total[kChannels] = {};
         for (int32_t k = 0; k < span.count; ++k, ++weight, sum += kChannels) {
             for (int c = 0; c < kChannels; ++c) total[c] += Total{sum[c]} * *weight;

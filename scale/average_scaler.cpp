@@ -9,10 +9,9 @@ bool AverageScaler::prepare() {
     if (!sampleAreas_.build(srcWidth_, dstWidth_) || !lineAreas_.build(srcLines_, dstLines_)) {
         return false;
     }
-    lineWeights_ = lineAreas_.weights.get();
-    // One more than are used: kernels load four sums at a time, also where they want three.
-    const size_t sums = static_cast<size_t>(srcWidth_) * lines_.channels() + 1;
-    sums_.reset(static_cast<uint32_t*>(AllocMemory(sums * sizeof(uint32_t), 0)));
+    // More than are used: kernels load the sums of whole runs, as if all pixels had four channels.
+    constexpr size_t kSlack = kAreaRun * kMaxGroupChannels;
+    sums_ = allocCleared<uint32_t>(static_cast<size_t>(srcWidth_) * lines_.channels() + kSlack);
     return sums_ != nullptr;
 }
 
@@ -62,11 +61,12 @@ void AverageScaler::addLines(int32_t count) {
 // `first` counts from the ring's current line.
 template <class Sample>
 void AverageScaler::addLines(const ChannelGroup& group, int32_t first, int32_t count) {
+    const uint32_t* weights = lineAreas_.weights.get() + lineAreas_.spans.get()[nextLine_].weights;
     WeightedLines<Sample> lines;
     for (; lines.count < count; ++lines.count) {
         const int32_t k = first + lines.count;
         lines.lines[lines.count] = sourceLine<Sample>(group, k);
-        lines.weights[lines.count] = lineWeights_[linesAdded_ + k];
+        lines.weights[lines.count] = weights[linesAdded_ + k];
     }
     averageKernels<Sample>().addLines(
         sumsOf(group), lines, linesAdded_ + first == 0,
@@ -79,7 +79,6 @@ void AverageScaler::makeLine() {
     } else {
         finishLine<uint16_t>();
     }
-    lineWeights_ += linesAdded_;
     linesAdded_ = 0;
     ++nextLine_;
 }

@@ -30,7 +30,6 @@ class AverageScaler final : public BandScaler {
     int32_t nextLine_ = 0;     // the destination line to make next
     int32_t currentLine_ = 0;  // the source line at the ring's read side
     int32_t linesAdded_ = 0;   // how many lines of the destination line's span are in the sums
-    const uint32_t* lineWeights_ = nullptr;  // those of the span
 };
 
 }  // namespace vorn

@@ -12,9 +12,10 @@ std::vector<std::vector<uint32_t>> weightsOf(int32_t n, int32_t m) {
     AreaTable table;
     EXPECT_TRUE(table.build(n, m));
     std::vector<std::vector<uint32_t>> weights;
-    const uint32_t* next = table.weights.get();
-    for (int32_t i = 0; i < m; next += table.spans.get()[i++].count) {
-        weights.emplace_back(next, next + table.spans.get()[i].count);
+    for (int32_t i = 0; i < m; ++i) {
+        const AreaSpan& span = table.spans.get()[i];
+        const uint32_t* begin = table.weights.get() + span.weights;
+        weights.emplace_back(begin, begin + span.count);
     }
     return weights;
 }
@@ -32,16 +33,15 @@ TEST(AreaTable, CutsAtTheItemsOfBothGrids) {
 void checkTable(int32_t n, int32_t m) {
     AreaTable table;
     ASSERT_TRUE(table.build(n, m));
-    const uint32_t* weight = table.weights.get();
     int32_t end = 0;
     for (int32_t i = 0; i < m; ++i) {
         const AreaSpan& span = table.spans.get()[i];
         ASSERT_TRUE(span.first == end || span.first == end - 1) << n << " to " << m;
         end = span.first + span.count;
+        const uint32_t* weight = table.weights.get() + span.weights;
         ASSERT_EQ(uint64_t{1} << table.shift,
                   std::accumulate(weight, weight + span.count, uint64_t{0}))
             << n << " to " << m << " item " << i;
-        weight += span.count;
     }
     ASSERT_EQ(n, end) << n << " to " << m;
 }
