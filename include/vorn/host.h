@@ -156,20 +156,27 @@ VORN_API VORN_Bool VORN_H_ImageVaGetTags(VORN_Image* image, ...);
  */
 
 /* Reads the whole image into the memory that the buffer describes, converting layout, sample size,
- * colour space and orientation on the way. Call it once per VORN_H_ImageOpen. Tags:
- * ITAG_MeterCallback, ITAG_MeterCallbackUserData, ITAG_MeterTicks (16), ITAG_AbortCallback,
- * ITAG_AbortCallbackUserData. Errors: 26, 30, 34 (size and type), 60 (buffer type), 32 (no data
- * format), 17, 2, 4, 5 (the module breaks the protocol), 3, 27 (aborted), the module's own. After a
- * failure the buffer holds the lines that were converted before it. */
+ * colour space and orientation on the way. Call it once per VORN_H_ImageOpen. The buffer's size
+ * alone decides whether the image is scaled: it must be the image's, in the orientation that the
+ * host asked for, or scaling is needed (error 74 in a build without scalers). Where the host has
+ * named no colour space, samples are delivered as they are: the indices of a "CMAPPED" image, too.
+ * Tags: ITAG_MeterCallback, ITAG_MeterCallbackUserData, ITAG_MeterTicks (16), ITAG_AbortCallback,
+ * ITAG_AbortCallbackUserData. The abort callback is asked before each block of lines and after each
+ * call of the meter, which then stops the read at its next step. Errors: 26, 30, 34 (size and
+ * type), 60 (buffer type), 32 (no data format), 17, 2, 4, 5 (the module breaks the protocol), 3, 27
+ * (aborted), 74, the module's own. After a failure the buffer holds the lines that were converted
+ * before it. */
 VORN_API VORN_Bool VORN_H_ImageReadData(VORN_Image* image,
                                         const VORN_ImageBuffer* buffer,
                                         const VORN_Word* tags);
 VORN_API VORN_Bool VORN_H_ImageVaReadData(VORN_Image* image, const VORN_ImageBuffer* buffer, ...);
 
-/* Writes the whole image. The picture described by the handle's tags (ITAG_Width, ITAG_Height,
- * ITAG_Channels, ITAG_ColorSpace, ITAG_Orientation, ...) must have the buffer's size: there is no
- * scaling on this path. Tags and errors as for reading, and 29: a line is too wide for the shared
- * area. */
+/* Writes the whole image: the mirror image of reading. A picture that is read in one orientation
+ * and written back in it is the same picture again. The picture described by the handle's tags
+ * (ITAG_Width, ITAG_Height, ITAG_Channels, ITAG_ColorSpace, ITAG_Orientation, ...) must have the
+ * buffer's size: there is no scaling on this path (and no error number for it). Tags and errors as
+ * for reading, and 29: a line is too wide for the shared area; 60 also when colours have to be
+ * looked up and the tags hold no palette. */
 VORN_API VORN_Bool VORN_H_ImageWriteData(VORN_Image* image,
                                          const VORN_ImageBuffer* buffer,
                                          const VORN_Word* tags);
@@ -183,7 +190,7 @@ VORN_API void VORN_H_FreeImageBuffer(VORN_ImageBuffer* buffer); /* NULL is ignor
 /* A palette (for ITAG_Palette) from line 0 of a buffer: width entries in its channels, of the given
  * colour space. Layout code 0 becomes chunky, other codes stay; where the chosen cells would not
  * fit the entries exactly (other than 3 channels for 3-sample cells, 4 for 4-sample cells) the
- * line-interleaved layout is taken. NULL: error 60 (no buffer), 17. */
+ * line-interleaved layout is taken. NULL: error 60 (no buffer, or impossible sizes), 17. */
 VORN_API VORN_Palette* VORN_H_CreatePaletteData(const VORN_ChunkyBuffer* entries,
                                                 int32_t colorSpace);
 VORN_API void VORN_H_FreePaletteData(VORN_Palette* palette); /* NULL is ignored */
