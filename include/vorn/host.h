@@ -93,6 +93,32 @@ VORN_API void VORN_H_ImageSetDefaultLoader(const char* name);
 VORN_API char** VORN_H_CreateStringList(const char* const* strings, int32_t count);
 VORN_API void VORN_H_FreeStringList(char** list); /* NULL is ignored */
 
+/* ---- Settings of modules
+ * ---------------------------------------------------------------------------------------------
+ *
+ * What a user has set for a module is one text of lines, each typically "Keyword=value" (the module
+ * reads it with VORN_u_ParseGUIResults, vorn/library.h). It is kept between runs, for the user, in
+ * one file below $XDG_CONFIG_HOME/vorn, or ~/.config/vorn where that variable is not set to an
+ * absolute path: savers/png.txt for all applications together, paint/savers/png.txt for the
+ * application "Paint". Names of modules and applications are compared without regard to case; any
+ * text is a name (bytes that file names should not hold are written as %2e). None of these calls
+ * sets an error. A store replaces the text in one step: nobody ever sees, and no crash or full disk
+ * ever leaves, half a text; of two programs that store at once, one wins. */
+
+/* Names the application for the calling thread's later calls; "" or NULL takes the name back. At
+ * most 79 bytes are kept. The result is the thread's own copy. */
+VORN_API const char* VORN_H_RegisterAppName(const char* name);
+
+/* Stores the parameters of a module (type 2: of a saver; any other: of a loader) for the thread's
+ * application, if it has told its name, and for all. True when at least one copy was stored. Line
+ * feeds are stored as commas, so a comma inside a value comes back as a line feed. */
+VORN_API VORN_Bool VORN_H_ModuleStoreParameters(const char* module, int32_t type, const char* text);
+
+/* The application's copy, else the one for all: a new text, of whatever length, freed with
+ * VORN_H_ModuleFreeParameters. NULL: neither was stored, or memory is short. */
+VORN_API char* VORN_H_ModuleGetParameters(const char* module, int32_t type);
+VORN_API void VORN_H_ModuleFreeParameters(char* text); /* NULL is ignored */
+
 /* ---- Modules and images
  * ---------------------------------------------------------------------------------------------- */
 
