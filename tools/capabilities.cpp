@@ -152,7 +152,7 @@ std::string saverForFile(const std::string& file) {
         extension.size() > 1
             ? "No saver is installed for files that end in " + extension
             : std::string("The name has no ending that tells the saver; name one with --saver");
-    throw Failure{file, reason, kErrorArgument, 0};
+    throw Failure{file, reason, kErrorNoSaver, 0};
 }
 
 const char* colorSpaceName(int32_t colorSpace) {

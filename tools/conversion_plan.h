@@ -13,9 +13,8 @@ namespace vorn::tool {
 
 // What the user asks for.
 struct ConversionWishes {
-    std::optional<int32_t> colorSpace;
-    std::optional<int32_t> depth;  // 8 or 16
-    int32_t orientation = 0;
+    std::optional<int32_t> colorSpace = std::nullopt;
+    std::optional<int32_t> depth = std::nullopt;  // 8 or 16
 };
 
 struct ConversionPlan {

@@ -32,7 +32,6 @@ struct Arguments {
 
 ConversionWishes wishesOf(const Arguments& arguments) {
     ConversionWishes wishes;
-    wishes.orientation = arguments.orientation;
     if (!arguments.colorSpace.empty()) {
         wishes.colorSpace = VORN_L_FindColorSpace(arguments.colorSpace.c_str());
     }
@@ -48,7 +47,6 @@ struct Loaded {
 };
 
 Loaded load(const Arguments& arguments, const Capabilities& saver, Onlookers& onlookers) {
-    const ConversionWishes wishes = wishesOf(arguments);
     const std::string loader = chooseLoader(arguments.in, arguments.loader);
     const Handle handle(loader, VORN_LOADER, arguments.in);
     VORN_Image* const image = handle.get();
@@ -56,15 +54,15 @@ Loaded load(const Arguments& arguments, const Capabilities& saver, Onlookers& on
     // A loader that says nothing about the orientation delivers the picture upright.
     if (!VORN_H_ImageVaOpen(image, ITAG_Filename, arguments.in.c_str(), ITAG_Orientation,
                             VORN_Word{0}, TAG_End) ||
-        !VORN_H_ImageVaSetTags(image, ITAG_Orientation, static_cast<VORN_Word>(wishes.orientation),
-                               TAG_End)) {
+        !VORN_H_ImageVaSetTags(image, ITAG_Orientation,
+                               static_cast<VORN_Word>(arguments.orientation), TAG_End)) {
         throw libraryFailure(arguments.in, image);
     }
     const ImageDescription description = describe(image, arguments.in, loader);
     std::string reason;
-    const auto plan = planConversion(description, saver, wishes, reason);
+    const auto plan = planConversion(description, saver, wishesOf(arguments), reason);
     if (!plan) {
-        throw Failure{arguments.out, reason, kErrorArgument, 0};
+        throw Failure{arguments.out, reason, kErrorCannotSave, 0};
     }
     VORN_H_ImageVaSetTags(image, ITAG_ColorSpace, static_cast<VORN_Word>(plan->colorSpace),
                           TAG_End);
@@ -145,7 +143,8 @@ void addConvertCommand(CLI::App& program, ExitStatus&) {
         ->check(CLI::Range(0, 7));
     command
         ->add_option("--set", arguments->settings,
-                     "NAME=VALUE: set a field (Artist=Me, XDPI=300); without VALUE, drop it")
+                     "Set a field: Artist=Me, XDPI=300; without VALUE, drop it")
+        ->type_name("NAME=VALUE")
         ->allow_extra_args(false);
     command->add_flag("--quiet", arguments->quiet, "No progress bar");
     command->callback([arguments] { convert(*arguments); });

@@ -38,10 +38,12 @@ void printFailure(const Failure& failure);
 // The library's text of an error, without the line end that a system's part may bring.
 std::string errorText(int32_t code, int32_t subcode);
 
-// Numbers of the library that the tool itself gives as a reason.
+// Numbers that the tool itself gives as a reason; the file "Errors" has texts for all of them.
+inline constexpr int32_t kErrorProtocol = 5;
 inline constexpr int32_t kErrorMemory = 17;
 inline constexpr int32_t kErrorOpenFile = 20;
 inline constexpr int32_t kErrorAborted = 27;
-inline constexpr int32_t kErrorArgument = 60;
+inline constexpr int32_t kErrorCannotSave = 2004;
+inline constexpr int32_t kErrorNoSaver = 3001;
 
 }  // namespace vorn::tool

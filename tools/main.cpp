@@ -20,9 +20,9 @@ int run(int argc, char** argv) {
     CLI::App program("Looks at pictures and converts them, through the installed modules.", "vorn");
     ExitStatus status = kDone;
     program.require_subcommand(1);
-    program.set_help_all_flag("--help-all", "Help for all commands");
     program.set_version_flag("--version",
-                             "vorn, library version " + std::to_string(VORN_H_GetVersion()));
+                             "vorn, library version " + std::to_string(VORN_H_GetVersion()),
+                             "Print the library's version and exit");
     program.failure_message(
         [](const CLI::App*, const CLI::Error& error) { return usageMessage(error.what()); });
     addInfoCommand(program, status);

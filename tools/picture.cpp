@@ -91,7 +91,7 @@ VORN_ImageBuffer Picture::buffer(int32_t channels) const {
 void Picture::copyPalette(VORN_Image* image, const std::string& file) {
     PaletteView view;
     if (!findPalette(image, view)) {
-        throw Failure{file, "The loader sent indices without a palette", kErrorArgument, 0};
+        throw numberedFailure(file, kErrorProtocol, 0);
     }
     palette_.resize(1 + (view.byteCount + 3) / 4);
     palette_[0] = view.byteCount;

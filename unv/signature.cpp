@@ -38,7 +38,7 @@ class Pattern {
             return textByte();
         }
         if (take('[')) return choice();
-        if (rest_.substr(0, 2) == "??") {
+        if (rest_.substr(0, 2) == "..") {
             rest_.remove_prefix(2);
             return ByteSet().set();
         }

@@ -12,7 +12,7 @@ namespace vorn {
 // signature is `offset:pattern`; a pattern is made of
 //
 //     89          a byte, as two hexadecimal digits
-//     ??          any byte
+//     ..          any byte
 //     'PNG'       the bytes of a text
 //     [09-0D20]   one byte out of ranges and single bytes
 //

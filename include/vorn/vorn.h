@@ -5,6 +5,7 @@
 #include <vorn/host.h>
 #include <vorn/library.h>
 #include <vorn/module.h>
+#include <vorn/scaler.h>
 #include <vorn/support.h>
 #include <vorn/tags.h>
 #include <vorn/types.h>

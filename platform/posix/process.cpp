@@ -83,6 +83,7 @@ VORN_BORROWED_THREAD int runProgram(void* argument) {
     auto& start = *static_cast<Start*>(argument);
     const ProcessStart& request = *start.request;
     resetSignals();
+    ::setsid();  // what a terminal sends to its programs (Ctrl-C) is for the host to deal with
     int32_t error = arrangeDescriptors(start);
     // No core dumps: a dump delays the news of a module's death by seconds.
     if (!error) error = limit(RLIMIT_CORE, 0);

@@ -14,7 +14,7 @@ struct Ended {
 
 struct ProgramOptions {
     // NAME=VALUE. Without `cleanEnvironment` they are added to this program's environment.
-    std::vector<std::string> environment;
+    std::vector<std::string> environment = {};
     bool cleanEnvironment = false;
     // Standard error is a terminal of 100 columns.
     bool errorIsTerminal = false;

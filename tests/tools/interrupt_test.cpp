@@ -27,7 +27,8 @@ class Interrupt : public testing::Test {
     Program start(const std::string& then) {
         return Program(
             {VORN_TOOL, "convert", in_, out_, "--loader", "waiting"},
-            {.environment = {"WAITING_LOADER_PIPE=" + pipe_, "WAITING_LOADER_THEN=" + then}});
+            {.environment = {"WAITING_LOADER_PIPE=" + pipe_, "WAITING_LOADER_THEN=" + then,
+                             "WAITING_LOADER_TOLD=" + told_}});
     }
 
     // Opening a pipe waits for the other end.
@@ -42,6 +43,7 @@ class Interrupt : public testing::Test {
     ScratchHome home_;
     ScratchDirectory scratch_;
     std::string pipe_ = scratch_.path("pipe");
+    std::string told_ = scratch_.path("told");
     std::string in_ = scratch_.write("in", "a picture");
     std::string out_ = scratch_.write("out.pgm", "as it was");
     int reader_ = -1;
@@ -53,6 +55,7 @@ TEST_F(Interrupt, EndsATransferInOrder) {
     program.signal(SIGINT);
     expectFailure(program.wait(), in_, "27, 0");
     expectLoaderToEnd();
+    EXPECT_TRUE(std::filesystem::exists(told_)) << "the terminal's signal is not for the module";
     EXPECT_EQ(contentsOf(out_), "as it was");
 }
 

@@ -41,13 +41,13 @@ TEST(Modules, DescribesModulesByTheirCapabilityFilesAlone) {
     home.write("Savers/dots.cap", "Extensions=dot, dots\nExtension=d\nColorSpaces=CMAPPED\n");
     const Ended ended = vorn({"modules"});
     expectDone(ended);
-    EXPECT_EQ(ended.out, "Loaders in " + home.path("loaders") +
+    EXPECT_EQ(ended.out, "Loaders in " + home.path("Loaders") +
                              "\n"
-                             "  plain                          RGB  8 bit  no capability file\n"
+                             "  plain                        RGB  8 bit  no capability file\n"
                              "  thing  A\\x1b[31m thing  tng  RGB  8 bit  animation\n"
                              "\n"
                              "Savers in " +
-                             home.path("savers") +
+                             home.path("Savers") +
                              "\n"
                              "  dots    dot dots  CMAPPED  8 bit\n");
 }

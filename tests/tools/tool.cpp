@@ -1,5 +1,10 @@
 #include "tests/tools/tool.h"
 
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <filesystem>
+#include <fstream>
 #include <sstream>
 
 Ended vorn(std::vector<std::string> arguments, const ProgramOptions& options) {

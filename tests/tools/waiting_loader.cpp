@@ -1,6 +1,7 @@
 // A loader for tests. It sends the first half of a picture, tells the test by opening the named
 // pipe WAITING_LOADER_PIPE, and then does what WAITING_LOADER_THEN says: "send" the rest of a very
-// high picture, or "hang". The pipe stays open as long as the program lives.
+// high picture, or "hang". The pipe stays open as long as the program lives. When it has been told
+// to stop sending, it says so with the file WAITING_LOADER_TOLD.
 #include <fcntl.h>
 #include <unistd.h>
 #include <vorn/vorn.h>
@@ -41,6 +42,7 @@ void readImage() {
             }
         }
         if (!VORN_M_SendImageData(kWidth, 1, y, line, kWidth)) {
+            ::close(::open(std::getenv("WAITING_LOADER_TOLD"), O_WRONLY | O_CREAT, 0600));
             return;
         }
     }

@@ -49,7 +49,9 @@ TEST(Handle, OutOfMemoryAtAnyAllocationIsErrorSeventeen) {
                                               VORN_Word("f"), TAG_End);
         });
         EXPECT_EQ(image == nullptr, failed);
-        if (failed) EXPECT_EQ(VORN_ErrorPairCode(VORN_H_ImageGetError(nullptr)), 17);
+        if (failed) {
+            EXPECT_EQ(VORN_ErrorPairCode(VORN_H_ImageGetError(nullptr)), 17);
+        }
         VORN_L_ImageDestroyHandle(image);
     });
     failAtEachAllocation([](auto withFailure) {
@@ -57,10 +59,13 @@ TEST(Handle, OutOfMemoryAtAnyAllocationIsErrorSeventeen) {
                                                        MTAG_ModuleName, VORN_Word("x"), TAG_End);
         const auto [reset, failed] = withFailure([&] { return VORN_L_ImageResetHandle(image); });
         EXPECT_EQ(reset == nullptr, failed);
-        if (failed) EXPECT_EQ(VORN_ErrorPairCode(VORN_H_ImageGetError(image)), 17);
+        if (failed) {
+            EXPECT_EQ(VORN_ErrorPairCode(VORN_H_ImageGetError(image)), 17);
+        }
         // Without a tracker nothing can be added, and that is said.
-        if (!image->tracker)
+        if (!image->tracker) {
             EXPECT_FALSE(VORN_H_ImageVaSetTags(image, ITAG_Width, VORN_Word(1), TAG_End));
+        }
         VORN_L_ImageDestroyHandle(image);
     });
 }

@@ -16,6 +16,7 @@
 #include "transport/connection.h"
 #include "transport/image.h"
 #include "transport/os_layer.h"
+#include "transport/tag_exchange.h"
 
 using Bytes = std::vector<uint8_t>;
 

@@ -44,6 +44,7 @@ TEST(SharedArea, TakesAMessageOfTheWholeAreaAndNoByteMore) {
 TEST(SharedArea, IsTakenOnceByTwoStartsOfReading) {
     ScriptedPeer peer;
     SharedStuff& stuff = peer.image()->stuff;
+    VORN_L_SetErrorCode(nullptr, 0, 0);
     VORN_L_EndReadingSharedStuff(&stuff);  // without a start: nothing
     EXPECT_EQ(VORN_L_AttemptStartReadingSharedStuff(&stuff), nullptr);
     EXPECT_EQ(threadError(), 0);

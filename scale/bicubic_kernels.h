@@ -1,0 +1,33 @@
+// Line kernels of the cubic filter.
+//
+// Source lines are filtered to rows of the destination's width. A row holds values of a 16-bit
+// scale in 32 bits: the filter's negative lobes push some of them slightly outside.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+#include "scale/bicubic_plan.h"
+#include "scale/packed_lines.h"
+
+namespace vorn {
+
+template <class Sample>
+struct BicubicKernels {
+    // Filters a line of plan.inSize pixels to plan.outSize pixels. One form for each number of
+    // channels in a group.
+    using Horizontal = void (*)(int32_t* row, const Sample* line, const BicubicPlan& plan);
+    Horizontal horizontal[kMaxGroupChannels + 1];
+
+    // Weighs `rowCount` rows of `count` values each; cuts and clamps to samples.
+    void (*vertical)(Sample* out,
+                     const int32_t* const* rows,
+                     const int16_t* weights,
+                     int32_t rowCount,
+                     size_t count);
+};
+
+template <class Sample>
+const BicubicKernels<Sample>& bicubicKernels();
+
+}  // namespace vorn

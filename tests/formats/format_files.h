@@ -1,0 +1,91 @@
+// Loaders and savers driven the way their programs' callbacks drive them, without a host.
+#pragma once
+
+#include <gtest/gtest.h>
+#include <vorn/library.h>
+
+#include <fstream>
+#include <iterator>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "formats/common/loader.h"
+#include "formats/common/saver.h"
+#include "tests/scratch_home.h"
+
+struct LoadedImage {
+    formats::Description image;
+    std::vector<uint8_t> samples;
+};
+
+template <class Loader>
+LoadedImage load(const std::string& path) {
+    Loader loader;
+    LoadedImage loaded{loader.open(formats::InputFile(path)), {}};
+    const auto lineBytes = static_cast<size_t>(loaded.image.lineBytes());
+    loaded.samples.resize(lineBytes * static_cast<size_t>(loaded.image.height));
+    for (size_t at = 0; at < loaded.samples.size(); at += lineBytes)
+        loader.readLine(&loaded.samples[at]);
+    return loaded;
+}
+
+// The code of the Failure that the body throws, 0 when it throws none.
+template <class Body>
+int32_t failureOf(Body body) {
+    try {
+        body();
+    } catch (const formats::Failure& failure) {
+        return failure.code;
+    }
+    return 0;
+}
+
+template <class Loader>
+int32_t loadFailure(const std::string& path) {
+    return failureOf([&] { load<Loader>(path); });
+}
+
+// A host's message: the stored form of a user tag list.
+class Message {
+  public:
+    explicit Message(std::vector<VORN_Word> words) {
+        words.push_back(TAG_End);
+        const auto id = static_cast<uint32_t>(words[0]);
+        items_.resize(VORN_L_UserTagListSize(id, &words[1]) / sizeof(VORN_TagItem) + 1);
+        VORN_L_CopyUserTags(id, &words[1], items_.data(), 0);
+    }
+
+    const VORN_TagItem* list() const { return items_.data(); }
+
+  private:
+    std::vector<VORN_TagItem> items_;
+};
+
+inline VORN_Word word(const std::string& text) { return reinterpret_cast<VORN_Word>(text.c_str()); }
+
+// Saves lines that lie one after another as the saver wants them.
+template <class Saver>
+void save(const std::string& path,
+          std::vector<VORN_Word> description,
+          const std::vector<uint8_t>& samples) {
+    description.insert(description.end(), {ITAG_Filename, word(path)});
+    const Message message(std::move(description));
+    formats::OutputFile file(path);
+    Saver saver;
+    const formats::ImageToSave image = formats::imageToSave(message.list());
+    const formats::LineLayout layout = saver.open(image, file);
+    const auto lineBytes =
+        static_cast<size_t>(image.width * layout.channels * layout.bytesPerChannel);
+    ASSERT_EQ(samples.size(), lineBytes * static_cast<size_t>(image.height));
+    for (size_t at = 0; at < samples.size(); at += lineBytes) saver.writeLine(&samples[at]);
+    saver.finish();
+    file.commit();
+}
+
+inline std::string contentOf(const std::string& path) {
+    std::ifstream in(path, std::ios::binary);
+    return {std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
+}
+
+inline std::vector<uint8_t> bytesOf(const std::string& text) { return {text.begin(), text.end()}; }

@@ -1,0 +1,249 @@
+#include "formats/png/png_loader.h"
+
+#include <cstring>
+#include <map>
+
+#include "tests/formats/format_files.h"
+#include "tests/formats/png_writer.h"
+
+namespace {
+
+using png::PngLoader;
+
+// The words of a description, by id.
+std::map<uint32_t, VORN_Word> tagsOf(const formats::Description& image) {
+    std::map<uint32_t, VORN_Word> tags;
+    const auto& words = image.tags.words();
+    for (size_t i = 0; i + 1 < words.size(); i += 2)
+        tags[static_cast<uint32_t>(words[i])] = words[i + 1];
+    return tags;
+}
+
+std::string textOf(const formats::Description& image, uint32_t id) {
+    const auto tags = tagsOf(image);
+    const auto found = tags.find(id);
+    return found == tags.end() ? "(none)" : reinterpret_cast<const char*>(found->second);
+}
+
+unsigned sampleAt(const LoadedImage& loaded, size_t index) {
+    if (loaded.image.bytesPerChannel == 1) return loaded.samples[index];
+    return loaded.samples[2 * index] | static_cast<unsigned>(loaded.samples[2 * index + 1]) << 8;
+}
+
+// Compares the samples of a file whose channels come out as they stand in it.
+void expectSamples(const LoadedImage& loaded, const PngFile& file) {
+    const bool whole = file.depth >= 8 || file.colorType == PNG_COLOR_TYPE_PALETTE;
+    const unsigned scale = whole ? 1 : 255 / ((1u << file.depth) - 1);
+    size_t index = 0;
+    for (png_uint_32 y = 0; y < file.height; ++y) {
+        for (png_uint_32 x = 0; x < file.width; ++x) {
+            for (int c = 0; c < file.channels(); ++c)
+                ASSERT_EQ(sampleAt(loaded, index++), file.sample(x, y, c) * scale) << x << ' ' << y;
+        }
+    }
+}
+
+std::vector<png_color> colors(size_t count) {
+    std::vector<png_color> palette;
+    for (size_t i = 0; i < count; ++i)
+        palette.push_back({static_cast<png_byte>(i), static_cast<png_byte>(255 - i),
+                           static_cast<png_byte>(i * 7)});
+    return palette;
+}
+
+struct Kind {
+    int colorType, depth, channels, colorSpace;
+};
+const Kind kKinds[] = {
+    {PNG_COLOR_TYPE_GRAY, 1, 1, VORN_CS_GRAY},
+    {PNG_COLOR_TYPE_GRAY, 2, 1, VORN_CS_GRAY},
+    {PNG_COLOR_TYPE_GRAY, 4, 1, VORN_CS_GRAY},
+    {PNG_COLOR_TYPE_GRAY, 8, 1, VORN_CS_GRAY},
+    {PNG_COLOR_TYPE_GRAY, 16, 1, VORN_CS_GRAY},
+    {PNG_COLOR_TYPE_GRAY_ALPHA, 8, 2, VORN_CS_GRAY},
+    {PNG_COLOR_TYPE_GRAY_ALPHA, 16, 2, VORN_CS_GRAY},
+    {PNG_COLOR_TYPE_RGB, 8, 3, VORN_CS_RGB},
+    {PNG_COLOR_TYPE_RGB, 16, 3, VORN_CS_RGB},
+    {PNG_COLOR_TYPE_RGB_ALPHA, 8, 4, VORN_CS_RGB},
+    {PNG_COLOR_TYPE_RGB_ALPHA, 16, 4, VORN_CS_RGB},
+    {PNG_COLOR_TYPE_PALETTE, 1, 1, VORN_CS_CMAPPED},
+    {PNG_COLOR_TYPE_PALETTE, 2, 1, VORN_CS_CMAPPED},
+    {PNG_COLOR_TYPE_PALETTE, 4, 1, VORN_CS_CMAPPED},
+    {PNG_COLOR_TYPE_PALETTE, 8, 1, VORN_CS_CMAPPED},
+};
+
+TEST(PngLoader, ReadsEveryColourTypeAndDepthPlainAndInterlaced) {
+    const ScratchDirectory files;
+    for (const Kind& kind : kKinds) {
+        for (const bool interlaced : {false, true}) {
+            SCOPED_TRACE(testing::Message() << kind.colorType << ' ' << kind.depth << interlaced);
+            PngFile file{
+                .colorType = kind.colorType, .depth = kind.depth, .interlaced = interlaced};
+            if (kind.colorType == PNG_COLOR_TYPE_PALETTE) file.palette = colors(1u << kind.depth);
+            const LoadedImage got = load<PngLoader>(files.write("a", file.bytes()));
+            EXPECT_EQ(got.image.channels, kind.channels);
+            EXPECT_EQ(got.image.colorSpace, kind.colorSpace);
+            EXPECT_EQ(got.image.bytesPerChannel, kind.depth == 16 ? 2 : 1);
+            EXPECT_EQ(got.image.significantBits, kind.depth);
+            EXPECT_EQ(got.image.alpha, kind.channels % 2 == 0);
+            expectSamples(got, file);
+        }
+    }
+}
+
+TEST(PngLoader, HandsOnThePalette) {
+    const ScratchDirectory files;
+    const PngFile file{.colorType = PNG_COLOR_TYPE_PALETTE, .palette = colors(200)};
+    const LoadedImage got = load<PngLoader>(files.write("a", file.bytes()));
+    const auto* palette = reinterpret_cast<const VORN_Palette*>(tagsOf(got.image)[ITAG_Palette]);
+    ASSERT_NE(palette, nullptr);
+    EXPECT_EQ(palette->colorSpace, uint32_t{VORN_CS_RGB});
+    EXPECT_EQ(palette->byteCount, 132u + 600u);
+    EXPECT_EQ(palette->format.width, 200);
+    const auto* entries = reinterpret_cast<const uint8_t*>(palette + 1);
+    for (size_t i = 0; i < 200; ++i) {
+        for (size_t c = 0; c < 3; ++c) {
+            const png_byte wanted[] = {file.palette[i].red, file.palette[i].green,
+                                       file.palette[i].blue};
+            ASSERT_EQ(entries[palette->format.channelPlace[c] +
+                              i * static_cast<size_t>(palette->format.pixelStep[c])],
+                      wanted[c]);
+        }
+    }
+}
+
+TEST(PngLoader, TurnsTransparencyIntoAlpha) {
+    const ScratchDirectory files;
+    PngFile indexed{.colorType = PNG_COLOR_TYPE_PALETTE, .palette = colors(4)};
+    indexed.entryAlpha = {0, 77};
+    const LoadedImage fromPalette = load<PngLoader>(files.write("a", indexed.bytes()));
+    ASSERT_EQ(fromPalette.image.channels, 4);
+    EXPECT_TRUE(fromPalette.image.alpha);
+    EXPECT_EQ(fromPalette.image.colorSpace, VORN_CS_RGB);
+    EXPECT_EQ(tagsOf(fromPalette.image).count(ITAG_Palette), 0u);
+    for (png_uint_32 x = 0; x < indexed.width; ++x) {
+        const unsigned entry = indexed.sample(x, 0, 0);
+        const uint8_t* pixel = &fromPalette.samples[4 * x];
+        EXPECT_EQ(pixel[1], 255 - entry);
+        EXPECT_EQ(pixel[3], entry == 0 ? 0 : entry == 1 ? 77 : 255);
+    }
+
+    PngFile grey{.colorType = PNG_COLOR_TYPE_GRAY, .depth = 2};
+    grey.transparent = {{.index = 0, .red = 0, .green = 0, .blue = 0, .gray = 3}};
+    const LoadedImage fromGrey = load<PngLoader>(files.write("b", grey.bytes()));
+    ASSERT_EQ(fromGrey.image.channels, 2);
+    EXPECT_EQ(fromGrey.image.significantBits, 2);
+    for (png_uint_32 x = 0; x < grey.width; ++x) {
+        EXPECT_EQ(fromGrey.samples[2 * x], grey.sample(x, 0, 0) * 85);
+        EXPECT_EQ(fromGrey.samples[2 * x + 1], grey.sample(x, 0, 0) == 3 ? 0 : 255);
+    }
+}
+
+png_text text(int compression, const char* keyword, const char* value) {
+    png_text made{};
+    made.compression = compression;
+    made.key = const_cast<char*>(keyword);
+    made.text = const_cast<char*>(value);
+    return made;
+}
+
+TEST(PngLoader, ReadsTextsOfAllThreeKinds) {
+    const ScratchDirectory files;
+    const std::string longText(5000, 'x');
+    PngFile file;
+    file.texts = {text(PNG_TEXT_COMPRESSION_NONE, "Author", "Andr\xE9"),
+                  text(PNG_TEXT_COMPRESSION_zTXt, "Description", longText.c_str()),
+                  text(PNG_TEXT_COMPRESSION_NONE, "Comment", "not this one"),
+                  text(PNG_ITXT_COMPRESSION_NONE, "Title", "\xE7\x8C\xAB"),
+                  text(PNG_ITXT_COMPRESSION_zTXt, "PageName", "p\xC3\xA9"),
+                  text(PNG_TEXT_COMPRESSION_NONE, "Source", "a camera"),
+                  text(PNG_TEXT_COMPRESSION_NONE, "Software", ""),
+                  text(PNG_TEXT_COMPRESSION_NONE, "Creation Time", "yesterday")};
+    const auto image = load<PngLoader>(files.write("a", file.bytes())).image;
+    EXPECT_EQ(textOf(image, ITAG_Artist), "Andr\xC3\xA9");
+    EXPECT_EQ(textOf(image, ITAG_Description), longText.substr(0, 4096));
+    EXPECT_EQ(textOf(image, ITAG_DocumentName), "\xE7\x8C\xAB");
+    EXPECT_EQ(textOf(image, ITAG_PageName), "p\xC3\xA9");
+    EXPECT_EQ(textOf(image, ITAG_Model), "a camera");
+    EXPECT_EQ(textOf(image, ITAG_Software), "(none)");
+    EXPECT_EQ(textOf(image, ITAG_DateTime), "yesterday");
+}
+
+TEST(PngLoader, ReadsResolutionAndAspect) {
+    const ScratchDirectory files;
+    const auto tagsWith = [&](png_uint_32 x, png_uint_32 y, int unit) {
+        const PngFile file{.xResolution = x, .yResolution = y, .resolutionUnit = unit};
+        return tagsOf(load<PngLoader>(files.write("a", file.bytes())).image);
+    };
+    auto tags = tagsWith(11811, 2835, PNG_RESOLUTION_METER);
+    EXPECT_EQ(tags[ITAG_XDPI], 300u);
+    EXPECT_EQ(tags[ITAG_YDPI], 72u);
+    tags = tagsWith(4, 3, PNG_RESOLUTION_UNKNOWN);
+    EXPECT_EQ(tags[ITAG_XAspect], 3u);
+    EXPECT_EQ(tags[ITAG_YAspect], 4u);
+    EXPECT_TRUE(tagsWith(1, 1, PNG_RESOLUTION_METER).empty());
+}
+
+TEST(PngLoader, RefusesFilesOfOtherFormats) {
+    const ScratchDirectory files;
+    for (const char* other : {"", "\x89PNG", "just a text", "P6 1 1 255 rgb"})
+        EXPECT_EQ(loadFailure<PngLoader>(files.write("a", other)), formats::kNotThisFormat);
+}
+
+TEST(PngLoader, FindsDamageAnywhere) {
+    const ScratchDirectory files;
+    for (const bool interlaced : {false, true}) {
+        PngFile file{.width = 3,
+                     .height = 3,
+                     .interlaced = interlaced,
+                     .xResolution = 300,
+                     .yResolution = 300};
+        file.texts = {text(PNG_TEXT_COMPRESSION_zTXt, "Title", "some text")};
+        const std::string whole = file.bytes();
+        for (size_t at = 8; at < whole.size(); ++at) {
+            EXPECT_EQ(loadFailure<PngLoader>(files.write("cut", whole.substr(0, at))),
+                      formats::kDamaged)
+                << at;
+            std::string changed = whole;
+            changed[at] = static_cast<char>(changed[at] ^ 0x10);
+            EXPECT_EQ(loadFailure<PngLoader>(files.write("changed", changed)), formats::kDamaged)
+                << at;
+        }
+    }
+}
+
+// The head of a PNG file with its checksum in order.
+std::string headOf(png_uint_32 width, png_uint_32 height, bool interlaced) {
+    PngFile file{.width = 1, .height = 1, .interlaced = interlaced};
+    std::string bytes = file.bytes();
+    for (int i = 0; i < 4; ++i) {
+        bytes[static_cast<size_t>(16 + i)] = static_cast<char>(width >> (24 - 8 * i));
+        bytes[static_cast<size_t>(20 + i)] = static_cast<char>(height >> (24 - 8 * i));
+    }
+    png_uint_32 crc = 0xFFFFFFFF;
+    for (size_t at = 12; at < 29; ++at) {
+        crc ^= static_cast<uint8_t>(bytes[at]);
+        for (int bit = 0; bit < 8; ++bit) crc = crc >> 1 ^ (crc & 1 ? 0xEDB88320 : 0);
+    }
+    for (int i = 0; i < 4; ++i)
+        bytes[static_cast<size_t>(29 + i)] = static_cast<char>(~crc >> (24 - 8 * i));
+    return bytes;
+}
+
+TEST(PngLoader, RefusesPicturesThatAreTooLarge) {
+    const ScratchDirectory files;
+    EXPECT_EQ(loadFailure<PngLoader>(files.write("a", headOf(65537, 1, false))),
+              formats::kUnsupported);
+    EXPECT_EQ(loadFailure<PngLoader>(files.write("a", headOf(1, 2000000, false))),
+              formats::kUnsupported);
+    EXPECT_EQ(loadFailure<PngLoader>(files.write("a", headOf(0, 1, false))), formats::kDamaged);
+    EXPECT_EQ(failureOf([&] {
+                  PngLoader loader;
+                  loader.open(formats::InputFile(files.write("a", headOf(65536, 65536, true))));
+                  uint8_t line = 0;
+                  loader.readLine(&line);
+              }),
+              formats::kOutOfMemory);
+}
+
+}  // namespace

@@ -1,0 +1,82 @@
+#include <gtest/gtest.h>
+
+#include "platform/environment.h"
+#include "scale/bicubic_plan.h"
+#include "tests/scale/reference_bicubic.h"
+#include "tests/scale/scale_run.h"
+
+namespace vorn_test {
+namespace {
+
+TEST(BicubicBlur, IsReadAsANumberOfTheCLocaleAndClamped) {
+    const struct {
+        const char* text;
+        double blur;
+    } kCases[] = {{nullptr, 1}, {"", 1},           {"soft", 1},   {"nan", 1},     {"-nan(1)", 1},
+                  {"0.5", 0.5}, {" \t+.25", 0.25}, {"2,5", 2},    {"1.5e1x", 15}, {"0x1p-1", 0.5},
+                  {"300", 256}, {"-1", 0},         {"-", 1},      {"+-1", 1},     {"inf", 256},
+                  {"-inf", 0},  {"1e999", 256},    {"1e-999", 0}, {"-1e999", 0}};
+    for (const auto& c : kCases) {
+        EXPECT_EQ(c.blur, vorn::parseBlur(c.text)) << (c.text ? c.text : "(unset)");
+    }
+}
+
+TEST(BicubicPlan, TakesSingleSamplesWhenReducingWithoutBlur) {
+    vorn::BicubicPlan plan;
+    ASSERT_TRUE(plan.build(1000, 100, 0.0));
+    EXPECT_EQ(1, plan.maxCount);
+}
+
+TEST(BicubicPlan, HasFourContributorsAwayFromTheEdges) {
+    vorn::BicubicPlan plan;
+    ASSERT_TRUE(plan.build(100, 200, 1.0));
+    EXPECT_EQ(2, plan.contributions.get()[0].count);
+    for (int32_t i = 4; i < 196; ++i) EXPECT_EQ(4, plan.contributions.get()[i].count) << i;
+}
+
+TEST(BicubicPlan, WeightsAddUpToOneUnit) {
+    for (const double blur : {0.0, 0.3, 1.0, 2.5, 256.0}) {
+        for (const int32_t in : {2, 3, 50, 167}) {
+            for (const int32_t out : {2, 5, 50, 1000}) {
+                vorn::BicubicPlan plan;
+                ASSERT_TRUE(plan.build(in, out, blur));
+                for (int32_t i = 0; i < out; ++i) {
+                    const vorn::Contribution& entry = plan.contributions.get()[i];
+                    int32_t sum = 0;
+                    for (int32_t k = 0; k < entry.count; ++k) {
+                        sum += plan.weights.get()[entry.weights + static_cast<size_t>(k)];
+                    }
+                    ASSERT_EQ(16384, sum) << in << " to " << out << " blur " << blur;
+                    ASSERT_LE(entry.first + entry.count, in);
+                }
+            }
+        }
+    }
+}
+
+class BicubicBlurTest : public testing::Test {
+  protected:
+    void TearDown() override { vorn::platform::publishVariable("VORN_BICUBIC_BLUR", ""); }
+};
+
+TEST_F(BicubicBlurTest, FollowsTheEnvironmentAtEveryInit) {
+    Random random(11);
+    for (const char* text : {"0", "0.1", "0.6", "1", "1.7", "40", "256"}) {
+        ASSERT_TRUE(vorn::platform::publishVariable("VORN_BICUBIC_BLUR", text));
+        for (int32_t bytes = 1; bytes <= 2; ++bytes) {
+            for (int32_t i = 0; i < 8; ++i) {
+                const Image image =
+                    randomImage(random, between(random, 2, 40), between(random, 2, 30), 3, bytes);
+                ScaleRun run;
+                run.method = "bcscale";
+                run.width = between(random, 2, 60), run.lines = between(random, 2, 60);
+                const Image made = scaleThrough(image, run);
+                EXPECT_TRUE(referenceBicubic(image, run.width, run.lines, std::atof(text)) == made)
+                    << "blur " << text << " " << image.width << "x" << image.lines << " " << run;
+            }
+        }
+    }
+}
+
+}  // namespace
+}  // namespace vorn_test

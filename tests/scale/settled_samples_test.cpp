@@ -1,0 +1,80 @@
+// Small pictures whose result can be worked out by hand.
+#include <gtest/gtest.h>
+
+#include "tests/scale/scale_run.h"
+
+namespace vorn_test {
+namespace {
+
+using Line = std::vector<int32_t>;
+
+// One line scaled to `width`, and the same samples as a column scaled to as many lines.
+Line scaledLine(const char* method, const Line& line, int32_t width, int32_t bytes = 1) {
+    const auto length = static_cast<int32_t>(line.size());
+    Image across(length, 1, 1, bytes), down(1, length, 1, bytes);
+    across.samples = down.samples = line;
+    ScaleRun acrossRun, downRun;
+    acrossRun.method = downRun.method = method;
+    acrossRun.width = downRun.lines = width;
+    const Line made = scaleThrough(across, acrossRun).samples;
+    EXPECT_EQ(made, scaleThrough(down, downRun).samples);
+    return made;
+}
+
+TEST(NearestScaler, TakesTheSampleAboveWhenReducingAndBelowWhenEnlarging) {
+    EXPECT_EQ((Line{0, 2}), scaledLine("qdscale", {0, 1, 2, 3}, 2));
+    EXPECT_EQ((Line{0, 2}), scaledLine("qdscale", {0, 1, 2}, 2));
+    EXPECT_EQ((Line{0, 2, 4}), scaledLine("fastest", {0, 1, 2, 3, 4}, 3));
+    EXPECT_EQ((Line{0, 0, 1, 1}), scaledLine("fastest", {0, 1}, 4));
+    EXPECT_EQ((Line{0, 0, 1, 2}), scaledLine("fastest", {0, 1, 2}, 4));
+    EXPECT_EQ((Line{0, 2, 4, 6, 8}), scaledLine("fastest", {0, 1, 2, 3, 4, 5, 6, 7, 8, 9}, 5));
+}
+
+TEST(AverageScaler, WeighsByAreaAndRoundsHalfUp) {
+    EXPECT_EQ((Line{15, 35}), scaledLine("avscale", {10, 20, 30, 40}, 2));
+    EXPECT_EQ((Line{11}), scaledLine("avscale", {10, 11}, 1));
+    EXPECT_EQ((Line{(3 * 9 + 200 + 2) / 4, (200 + 3 * 90 + 2) / 4}),
+              scaledLine("bestdown", {9, 200, 90}, 2));
+    EXPECT_EQ((Line{10, 16, 21}), scaledLine("bestdown", {10, 21}, 3));
+    EXPECT_EQ((Line{65535, 65535, 65535}),
+              scaledLine("bestdown", {65535, 65535, 65535, 65535, 65535}, 3, 2));
+}
+
+TEST(BilinearScaler, LaysTheFirstAndLastSamplesOnEachOther) {
+    EXPECT_EQ((Line{10, 16, 21}), scaledLine("blscale", {10, 21}, 3));
+    EXPECT_EQ((Line{7, 7, 7, 7}), scaledLine("blscale", {7}, 4));
+    EXPECT_EQ((Line{5}), scaledLine("blscale", {5, 9, 200}, 1));
+    EXPECT_EQ((Line{65535, 65535, 65535}), scaledLine("blscale", {65535, 65535}, 3, 2));
+    const Line enlarged = scaledLine("blscale", {0, 250}, 50);  // the last step is exact
+    EXPECT_EQ(250, enlarged.back());
+}
+
+TEST(BicubicScaler, ClampsTheOvershootAtAStep) {
+    for (int32_t bytes = 1; bytes <= 2; ++bytes) {
+        const int32_t white = bytes == 1 ? 255 : 65535;
+        Image image(8, 2, 1, bytes);
+        for (int32_t x = 0; x < 8; ++x) image.at(x, 0, 0) = image.at(x, 1, 0) = x < 4 ? 0 : white;
+        ScaleRun run;
+        run.method = "BestUp";
+        run.width = 32, run.lines = 2;
+        const Image made = scaleThrough(image, run);
+        for (int32_t x = 0; x < 32; ++x) {
+            if (x >= 12 && x < 20) continue;  // the ramp
+            EXPECT_EQ(x < 12 ? 0 : white, made.at(x, 0, 0)) << x;
+        }
+    }
+}
+
+TEST(ScalerNames, AreFoundWithoutRegardToCaseAndDefaultToTheNearestSample) {
+    const Line source{0, 90, 30, 60};
+    for (const char* name : {"qdscale", "FASTEST", "no such scaler", "bestu", "bestupp", ""}) {
+        EXPECT_EQ((Line{0, 30}), scaledLine(name, source, 2)) << name;
+    }
+    EXPECT_EQ((Line{0, 30}), scaledLine(nullptr, source, 2));
+    EXPECT_EQ((Line{45, 45}), scaledLine("AvScale", source, 2));
+    EXPECT_EQ((Line{45, 45}), scaledLine("BESTDOWN", source, 2));
+    EXPECT_EQ((Line{0, 60}), scaledLine("BlScale", source, 2));
+}
+
+}  // namespace
+}  // namespace vorn_test
