@@ -119,6 +119,12 @@ VORN_API VORN_Bool VORN_H_ModuleStoreParameters(const char* module, int32_t type
 VORN_API char* VORN_H_ModuleGetParameters(const char* module, int32_t type);
 VORN_API void VORN_H_ModuleFreeParameters(char* text); /* NULL is ignored */
 
+/* Frames per second that a saver of animations will write: the number behind "FrameRate=", where
+ * its parameters begin so, else 15. What stands behind a "." in the name doesn't count, nor what
+ * stands behind its first 31 bytes. The savers AVI, AVI16 and AVI32 share the parameters of "AVI",
+ * in which the rate stands among the compression options. */
+VORN_API double VORN_H_GetSaveFrameRate(const char* saverName);
+
 /* ---- Modules and images
  * ---------------------------------------------------------------------------------------------- */
 
