@@ -125,6 +125,18 @@ VORN_API void VORN_H_ModuleFreeParameters(char* text); /* NULL is ignored */
  * in which the rate stands among the compression options. */
 VORN_API double VORN_H_GetSaveFrameRate(const char* saverName);
 
+/* Shows a module's settings dialog and waits until it is closed. The dialog lies in a dynamic
+ * library beside the module (vorn/module.h says how it is written), which is loaded for this call
+ * only; the module is not started. What the user has set is stored by the dialog. Tags (all of them
+ * are passed on to the dialog): MTAG_ParentWindow, the window that owns the dialog, and MTAG_Quiet,
+ * not 0 for no message. True when the dialog was completed. False: error 73 with a message box, "No
+ * Parameters for this saver.", unless quiet (the module has no dialog), or the dialog's own error
+ * and no message. */
+VORN_API VORN_Bool VORN_H_ImageModuleActivateGUI(const char* moduleName,
+                                                 int32_t type,
+                                                 const VORN_Word* tags);
+VORN_API VORN_Bool VORN_H_ImageVaModuleActivateGUI(const char* moduleName, int32_t type, ...);
+
 /* ---- Modules and images
  * ---------------------------------------------------------------------------------------------- */
 
