@@ -27,6 +27,7 @@ class File {
     int32_t write(const void* buffer, size_t count, size_t& moved);
     int32_t seek(int64_t position);
     int32_t size(int64_t& bytes) const;
+    int32_t flush();  // to the disk, so that not even the system's end can lose the bytes
     int32_t commit();
 
   private:

@@ -93,6 +93,50 @@ VORN_API void VORN_H_ImageSetDefaultLoader(const char* name);
 VORN_API char** VORN_H_CreateStringList(const char* const* strings, int32_t count);
 VORN_API void VORN_H_FreeStringList(char** list); /* NULL is ignored */
 
+/* ---- Settings of modules
+ * ---------------------------------------------------------------------------------------------
+ *
+ * What a user has set for a module is one text of lines, each typically "Keyword=value" (the module
+ * reads it with VORN_u_ParseGUIResults, vorn/library.h). It is kept between runs, for the user, in
+ * one file below $XDG_CONFIG_HOME/vorn, or ~/.config/vorn where that variable is not set to an
+ * absolute path: savers/png.txt for all applications together, paint/savers/png.txt for the
+ * application "Paint". Names of modules and applications are compared without regard to case; any
+ * text is a name (bytes that file names should not hold are written as %2e). None of these calls
+ * sets an error. A store replaces the text in one step: nobody ever sees, and no crash or full disk
+ * ever leaves, half a text; of two programs that store at once, one wins. */
+
+/* Names the application for the calling thread's later calls; "" or NULL takes the name back. At
+ * most 79 bytes are kept. The result is the thread's own copy. */
+VORN_API const char* VORN_H_RegisterAppName(const char* name);
+
+/* Stores the parameters of a module (type 2: of a saver; any other: of a loader) for the thread's
+ * application, if it has told its name, and for all. True when at least one copy was stored. Line
+ * feeds are stored as commas, so a comma inside a value comes back as a line feed. */
+VORN_API VORN_Bool VORN_H_ModuleStoreParameters(const char* module, int32_t type, const char* text);
+
+/* The application's copy, else the one for all: a new text, of whatever length, freed with
+ * VORN_H_ModuleFreeParameters. NULL: neither was stored, or memory is short. */
+VORN_API char* VORN_H_ModuleGetParameters(const char* module, int32_t type);
+VORN_API void VORN_H_ModuleFreeParameters(char* text); /* NULL is ignored */
+
+/* Frames per second that a saver of animations will write: the number behind "FrameRate=", where
+ * its parameters begin so, else 15. What stands behind a "." in the name doesn't count, nor what
+ * stands behind its first 31 bytes. The savers AVI, AVI16 and AVI32 share the parameters of "AVI",
+ * in which the rate stands among the compression options. */
+VORN_API double VORN_H_GetSaveFrameRate(const char* saverName);
+
+/* Shows a module's settings dialog and waits until it is closed. The dialog lies in a dynamic
+ * library beside the module (vorn/module.h says how it is written), which is loaded for this call
+ * only; the module is not started. What the user has set is stored by the dialog. Tags (all of them
+ * are passed on to the dialog): MTAG_ParentWindow, the window that owns the dialog, and MTAG_Quiet,
+ * not 0 for no message. True when the dialog was completed. False: error 73 with a message box, "No
+ * Parameters for this saver.", unless quiet (the module has no dialog), or the dialog's own error
+ * and no message. */
+VORN_API VORN_Bool VORN_H_ImageModuleActivateGUI(const char* moduleName,
+                                                 int32_t type,
+                                                 const VORN_Word* tags);
+VORN_API VORN_Bool VORN_H_ImageVaModuleActivateGUI(const char* moduleName, int32_t type, ...);
+
 /* ---- Modules and images
  * ---------------------------------------------------------------------------------------------- */
 

@@ -143,6 +143,10 @@ int32_t File::size(int64_t& bytes) const {
     return 0;
 }
 
+int32_t File::flush() {
+    return retry([&] { return ::fsync(descriptor_); }) < 0 ? errno : 0;
+}
+
 int32_t File::commit() {
     if (!target_) return 0;  // a device or pipe, written directly
     if (!temporary_) {
