@@ -219,16 +219,6 @@ TEST(ReadImage, RefusesBeforeTheLoaderIsAsked) {
     EXPECT_FALSE(peer.image()->ackOutstanding);
 }
 
-TEST(ReadImage, TellsThatItCannotScale) {
-    Picture host = Picture::standard(DF_LineInterleaved8, 4, 4, 1);
-    ScriptedPeer peer;
-    announce(peer.image(), ModulePicture(DF_LineInterleaved8, 8, 4, 1).format);
-    peer.takes().sends(emptyReply()).takes().sends(emptyReply()).sends(acknowledgement());
-    EXPECT_FALSE(read(peer, host));
-    EXPECT_EQ(peer.errorCode(), 74);
-    EXPECT_FALSE(peer.image()->ackOutstanding);
-}
-
 // Palette indices 0, 1 and (beyond the two entries) 2.
 class ReadIndexed : public testing::Test {
   protected:
