@@ -5,6 +5,8 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "platform/path.h"
+
 namespace vorn::platform {
 
 class File {
@@ -32,7 +34,7 @@ class File {
 
   private:
     int32_t openNamed();
-    int32_t nameBeside(char* out, size_t size, unsigned attempt) const;
+    int32_t nameBeside(char (&out)[kMaxPath], unsigned attempt) const;
 
     int descriptor_ = -1;
     char* target_ = nullptr;     // set while a replacement is not committed
