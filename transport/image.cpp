@@ -101,7 +101,8 @@ VORN_Image* VORN_L_ImageVaCreateHandle(VORN_Word unused, ...) {
 VORN_Image* VORN_L_ImageResetHandle(VORN_Image* image) {
     if (!image) return nullptr;
     image->errors = vorn::ErrorRecord{};
-    image->prepared = false;
+    image->prepared = image->axesSwapped =
+        false;  // no size or turn of the last image answers for the next
     VORN_Tracker* oldTracker = image->tracker;
     const bool rebuilt = vorn::rebuildLists(*image, image->imageTags, image->sideTags);
     FreeTracker(oldTracker);

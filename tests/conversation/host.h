@@ -53,7 +53,8 @@ class Module {
 
 class Loader : public Module {
   public:
-    explicit Loader(const std::string& name = "loader") : Module((install(name), name), VORN_LOADER) {}
+    explicit Loader(const std::string& name = "loader")
+        : Module((install(name), name), VORN_LOADER) {}
 
     bool read(const Picture& target) {
         const VORN_ImageBuffer buffer = bufferOf(target);
@@ -89,12 +90,12 @@ class Saver : public Module {
                   const std::string& wishes = "",
                   int orientation = 0) {
         const VORN_ChunkyBuffer& record = picture.record;
-        VORN_H_ImageVaSetTags(
-            image(), ITAG_Width, VORN_Word(record.width), ITAG_Height, VORN_Word(record.height),
-            ITAG_Channels, VORN_Word(record.channels), ITAG_ImageChannelSize,
-            VORN_Word(record.bytesPerChannel), ITAG_ColorSpace, VORN_Word(colorSpace),
-            ITAG_Orientation, VORN_Word(orientation), ITAG_DocumentName, VORN_Word(wishes.c_str()),
-            TAG_End);
+        VORN_H_ImageVaSetTags(image(), ITAG_Width, VORN_Word(record.width), ITAG_Height,
+                              VORN_Word(record.height), ITAG_Channels, VORN_Word(record.channels),
+                              ITAG_ImageChannelSize, VORN_Word(record.bytesPerChannel),
+                              ITAG_ColorSpace, VORN_Word(colorSpace), ITAG_Orientation,
+                              VORN_Word(orientation), ITAG_DocumentName, VORN_Word(wishes.c_str()),
+                              TAG_End);
     }
     bool write(const Picture& source) { return write(source, words()); }
     bool write(const Picture& source, const std::vector<VORN_Word>& tags) {

@@ -1,5 +1,6 @@
 // The home directory that the conversations use: programs of tests/modules under the names that say
-// what they shall do. There is one for the whole test program, because threads keep what they found.
+// what they shall do. There is one for the whole test program, because threads keep what they
+// found.
 #pragma once
 
 #include <gtest/gtest.h>

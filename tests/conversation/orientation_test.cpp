@@ -18,8 +18,9 @@ TEST_F(Orientation, IsTheHostsWhateverTheLoadersIs) {
     for (int from = 0; from < kOrientations; ++from) {
         for (int to = -1; to < kOrientations; ++to) {  // -1: the host doesn't say
             SCOPED_TRACE(pairName(from, to));
-            const std::string name = "w=7,h=4,c=3,block=3,dpix=72,dpiy=144,orient=" +
-                                     std::to_string(from) + ",seed=" + std::to_string(8 * from + to);
+            const std::string name =
+                "w=7,h=4,c=3,block=3,dpix=72,dpiy=144,orient=" + std::to_string(from) +
+                ",seed=" + std::to_string(8 * from + to);
             ASSERT_TRUE(loader.open(name));
             if (to >= 0) VORN_H_ImageVaSetTags(loader, ITAG_Orientation, VORN_Word(to), TAG_End);
             const Picture turned = reoriented(loadersPicture(name), from, to < 0 ? from : to);

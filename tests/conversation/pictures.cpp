@@ -66,13 +66,9 @@ Shape shapeOf(const Picture& picture) {
 
 Picture loadersPicture(const std::string& fileName) {
     const WishedPicture wished(fileName);
-    const int codeBytes[] = {wished.bytes, 1, 1, 1, 2, 2, 2};
-    Picture picture =
-        plainPicture({wished.width, wished.height, wished.channels, codeBytes[wished.layout]});
-    WishedPicture made = wished;
-    made.bytes = picture.record.bytesPerChannel;
+    Picture picture = plainPicture({wished.width, wished.height, wished.channels, wished.bytes});
     forEachSample(picture,
-                  [&](int c, int x, int y) { picture.set(c, x, y, made.sample(c, x, y)); });
+                  [&](int c, int x, int y) { picture.set(c, x, y, wished.sample(c, x, y)); });
     return picture;
 }
 
@@ -91,8 +87,7 @@ Picture reoriented(const Picture& picture, int from, int to) {
 
 Picture inMemoryOf(const Picture& pattern, const Picture& source) {
     Picture result = pattern.clone();
-    forEachSample(result,
-                  [&](int c, int x, int y) { result.set(c, x, y, source.get(c, x, y)); });
+    forEachSample(result, [&](int c, int x, int y) { result.set(c, x, y, source.get(c, x, y)); });
     return result;
 }
 
@@ -120,6 +115,4 @@ testing::AssertionResult same(const Picture& actual, const Picture& expected) {
                   << ", which belongs to no sample, was written to";
 }
 
-VORN_ImageBuffer bufferOf(const Picture& picture) {
-    return {VORN_BUFFER_CHUNKY, picture.record};
-}
+VORN_ImageBuffer bufferOf(const Picture& picture) { return {VORN_BUFFER_CHUNKY, picture.record}; }

@@ -1,4 +1,5 @@
-// Pictures that go through a conversation, what they should have become, and where they first differ.
+// Pictures that go through a conversation, what they should have become, and where they first
+// differ.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -29,8 +30,8 @@ Picture reoriented(const Picture& picture, int from, int to);
 // The samples of `source` in memory like `pattern`'s, all else as it is there.
 Picture inMemoryOf(const Picture& pattern, const Picture& source);
 
-// What a read from `source` into memory like `pattern`'s must give: channels, sample size and colours
-// converted by a conversion code.
+// What a read from `source` into memory like `pattern`'s must give: channels, sample size and
+// colours converted by a conversion code.
 Picture converted(const Picture& pattern, const Picture& source, int code, const Picture* palette);
 
 // A palette of test_loader's as one line of pixels.

@@ -55,13 +55,10 @@ TEST_F(Reading, BringsTheWidestLineThatABlockHoldsAndRefusesAWiderOne) {
         int code;
     } cases[] = {
         {"w=49024,h=3,c=2", 0},  // 98,048 bytes
-        {"w=6128,h=2,c=8,b=2", 0},
-        {"w=65536,h=2,c=1,inplace=1", 0},
+        {"w=6128,h=2,c=8,b=2", 0},        {"w=65536,h=2,c=1,inplace=1", 0},
         {"w=49120,h=2,c=2,inplace=1", 0},  // all that the area holds besides the tags
-        {"w=49025,h=3,c=2", 17},
-        {"w=49121,h=2,c=2,inplace=1", 29},
-        {"w=65537,h=1,c=1", 31},
-        {"w=1,h=65537,c=1", 31},
+        {"w=49025,h=3,c=2", 17},          {"w=49121,h=2,c=2,inplace=1", 29},
+        {"w=65537,h=1,c=1", 31},          {"w=1,h=65537,c=1", 31},
     };
     Loader loader;
     for (const auto& c : cases) {
@@ -78,9 +75,9 @@ TEST_F(Reading, BringsTheWidestLineThatABlockHoldsAndRefusesAWiderOne) {
 TEST_F(Reading, FillsAnyMemoryOfTheHost) {
     const struct {
         int channels, space;
-    } sources[] = {{1, VORN_CS_GRAY},   {2, VORN_CS_GRAY},   {3, VORN_CS_RGB},
-                   {4, VORN_CS_RGB},    {3, VORN_CS_YUV601}, {4, VORN_CS_YUV601},
-                   {4, VORN_CS_CMYK},   {3, VORN_CS_CMY},    {8, VORN_CS_NONE}};
+    } sources[] = {{1, VORN_CS_GRAY}, {2, VORN_CS_GRAY},   {3, VORN_CS_RGB},
+                   {4, VORN_CS_RGB},  {3, VORN_CS_YUV601}, {4, VORN_CS_YUV601},
+                   {4, VORN_CS_CMYK}, {3, VORN_CS_CMY},    {8, VORN_CS_NONE}};
     const char* spaces[] = {"None", "Gray", "RGB", "YUV", "YUV601", "CMY", "CMYK"};
     const int wishes[] = {-1, VORN_CS_NONE, VORN_CS_GRAY, VORN_CS_RGB, VORN_CS_YUV601};
     Random random(2024);
@@ -95,9 +92,9 @@ TEST_F(Reading, FillsAnyMemoryOfTheHost) {
                                                   ",seed=" + text(round));
         ASSERT_TRUE(loader.open(name)) << name;
         if (wish >= 0) VORN_H_ImageVaSetTags(loader, ITAG_ColorSpace, VORN_Word(wish), TAG_End);
-        Picture target = Picture::any(random, {shape.width, shape.height,
-                                               vorn::test::pick(random, 1, VORN_MAX_CHANNELS),
-                                               vorn::test::pick(random, 1, 2)});
+        Picture target = Picture::any(
+            random, {shape.width, shape.height, vorn::test::pick(random, 1, VORN_MAX_CHANNELS),
+                     vorn::test::pick(random, 1, 2)});
         if (vorn::test::pick(random, 0, 3) == 0)
             target.drop(vorn::test::pick(random, 0, target.record.channels - 1));
         uint32_t code = 0;
@@ -138,9 +135,8 @@ TEST_F(Reading, LooksUpPalettesOrKeepsTheIndices) {
         const int colors = c.wish == VORN_CS_GRAY ? 1 : 3;
         uint32_t entryCode = 0;
         VORN_L_SetColorSpaceCorrection(&entryCode, WishedPicture(name).paletteSpace, c.wish);
-        const Picture palette =
-            converted(plainPicture({entries.record.width, 1, colors, c.bytes}), entries,
-                      static_cast<int>(entryCode), nullptr);
+        const Picture palette = converted(plainPicture({entries.record.width, 1, colors, c.bytes}),
+                                          entries, static_cast<int>(entryCode), nullptr);
         const Picture expected = converted(target, loadersPicture(name), c.code, &palette);
         EXPECT_TRUE(loader.read(target));
         EXPECT_TRUE(same(target, expected));
@@ -151,7 +147,8 @@ TEST_F(Reading, LooksUpPalettesOrKeepsTheIndices) {
 TEST_F(Reading, CallsTheMeterAsOftenAsItWasAskedTo) {
     const struct {
         int lines, ticks, calls;
-    } cases[] = {{100, -1, 16}, {100, 1, 1}, {100, 0, 1}, {100, 100, 100}, {10, 35, 35}, {1, 16, 16}};
+    } cases[] = {{100, -1, 16},   {100, 1, 1},  {100, 0, 1},
+                 {100, 100, 100}, {10, 35, 35}, {1, 16, 16}};
     struct Calls {
         std::vector<int> counts;
         VORN_Image* image;
@@ -209,7 +206,8 @@ TEST_F(Reading, StopsWhereTheAbortCallbackSaysAndServesTheNextPicture) {
 }
 
 TEST_F(Reading, AsksTheAbortCallbackAfterTheMeterToo) {
-    const std::string name = named({5, 100, 3, 1}, "block=100");  // one block: it is asked once for it
+    const std::string name =
+        named({5, 100, 3, 1}, "block=100");  // one block: it is asked once for it
     Loader loader;
     ASSERT_TRUE(loader.open(name));
     int meterCalls = 0;
@@ -220,9 +218,9 @@ TEST_F(Reading, AsksTheAbortCallbackAfterTheMeterToo) {
         return int32_t{*reinterpret_cast<int*>(data) == 2};
     };
     const Picture target = plainPicture({5, 100, 3, 1});
-    EXPECT_FALSE(loader.read(target, words(ITAG_MeterCallback, meter, ITAG_MeterCallbackUserData,
-                                           &meterCalls, ITAG_AbortCallback, abort,
-                                           ITAG_AbortCallbackUserData, &meterCalls)));
+    EXPECT_FALSE(loader.read(
+        target, words(ITAG_MeterCallback, meter, ITAG_MeterCallbackUserData, &meterCalls,
+                      ITAG_AbortCallback, abort, ITAG_AbortCallbackUserData, &meterCalls)));
     EXPECT_EQ(loader.code(), 27);
     EXPECT_EQ(meterCalls, 2);
     loader.closeImage();

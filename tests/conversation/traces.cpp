@@ -43,7 +43,8 @@ bool hasChildren() {
         std::getline(std::ifstream(task.path() / "children"), children);
         if (!children.empty()) return true;
     }
-    return ::waitid(P_ALL, 0, nullptr, WEXITED | WNOHANG | WNOWAIT | __WALL) == 0 || errno != ECHILD;
+    return ::waitid(P_ALL, 0, nullptr, WEXITED | WNOHANG | WNOWAIT | __WALL) == 0 ||
+           errno != ECHILD;
 }
 
 // Numbers and what they stand for: a descriptor that was closed and opened anew is seen too.

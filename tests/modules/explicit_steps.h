@@ -7,8 +7,8 @@
 #include <cstdint>
 #include <string>
 
-// Fills in steps and places for a block of up to `lines` lines, by the name of the form, and answers
-// the bytes that such a block takes. Blocks with fewer lines take as much.
+// Fills in steps and places for a block of up to `lines` lines, by the name of the form, and
+// answers the bytes that such a block takes. Blocks with fewer lines take as much.
 inline int32_t setExplicitSteps(VORN_DataFormat& format, const std::string& form, int32_t lines) {
     const int32_t size = format.bytesPerChannel;
     const int32_t cell = format.channels * size;

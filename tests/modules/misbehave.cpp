@@ -93,7 +93,8 @@ void fill(void* area, uint8_t value) {
 void writeEndless(void* area) {
     fill(area, 0);
     RawMessage message(area);
-    for (int32_t i = 0; i < vorn::moduleState().stuff.writeSize / 8; ++i) message.head(TAG_SkipTag, 8);
+    for (int32_t i = 0; i < vorn::moduleState().stuff.writeSize / 8; ++i)
+        message.head(TAG_SkipTag, 8);
 }
 
 using Write = std::function<void(void*)>;
@@ -126,13 +127,9 @@ const std::map<std::string, Write>& wrongMessages() {
         {"one-line-too-many", [](void* area) { RawMessage(area).lines(3).pixels(2).end(); }},
         {"many-lines", [](void* area) { RawMessage(area).lines(0x7FFFFFFF).pixels(2).end(); }},
         {"terminate",
-         [](void* area) {
-             RawMessage(area).number(MTAG_Terminate, 1).lines(2).pixels(2).end();
-         }},
+         [](void* area) { RawMessage(area).number(MTAG_Terminate, 1).lines(2).pixels(2).end(); }},
         {"terminate-zero",
-         [](void* area) {
-             RawMessage(area).number(MTAG_Terminate, 0).lines(2).pixels(2).end();
-         }},
+         [](void* area) { RawMessage(area).number(MTAG_Terminate, 0).lines(2).pixels(2).end(); }},
         {"error-in-block",
          [](void* area) {
              const int32_t error[2] = {2002, 11};
@@ -189,7 +186,8 @@ void announce() {
     } format{sizeof(VORN_DataFormat), announcedFormat()};
     if (order() == "short-format") format.byteCount = 64;
     if (order() == "no-format") {
-        VORN_M_SetVaImageInfo(ITAG_Width, VORN_Word{kWidth}, ITAG_Height, VORN_Word{kHeight}, TAG_End);
+        VORN_M_SetVaImageInfo(ITAG_Width, VORN_Word{kWidth}, ITAG_Height, VORN_Word{kHeight},
+                              TAG_End);
         return;
     }
     VORN_M_SetVaImageInfo(ITAG_DataFormat, reinterpret_cast<VORN_Word>(&format), ITAG_ColorSpace,
@@ -267,7 +265,8 @@ int main(int argc, char** argv) {
                            reinterpret_cast<VORN_Word>(&beginImage), SHTAG_SaverWrite,
                            reinterpret_cast<VORN_Word>(&writeImage), SHTAG_End);
     if (order().find("command") != std::string::npos)
-        VORN_M_SetVaModuleTags(SHTAG_Command, reinterpret_cast<VORN_Word>(&answerCommand), SHTAG_End);
+        VORN_M_SetVaModuleTags(SHTAG_Command, reinterpret_cast<VORN_Word>(&answerCommand),
+                               SHTAG_End);
     VORN_M_ShellMain(argc, argv);
     return 0;
 }

@@ -46,7 +46,8 @@ void layOut(Session& s) {
     format.flags = picture.alpha ? uint32_t{VORN_DF_ALPHA} : 0;
     VORN_L_DataFormatMacroSetup(&format);
     const bool steps = picture.layout == DF_Explicit;
-    const int32_t lineBytes = steps ? setExplicitSteps(format, picture.form, 1) : format.lineStep[0];
+    const int32_t lineBytes =
+        steps ? setExplicitSteps(format, picture.form, 1) : format.lineStep[0];
     const int32_t fitting = VORN_M_SendImageDataMaxSize() / std::max(lineBytes, 1);
     s.blockLines = picture.blockLines ? picture.blockLines : std::clamp(fitting, 1, 16);
     s.blockLines = std::min(s.blockLines, picture.height);
@@ -97,7 +98,9 @@ void announce(const Session& s) {
     std::vector<VORN_Word> tags = {ITAG_DataFormat, reinterpret_cast<VORN_Word>(&format),
                                    ITAG_ColorSpace, static_cast<VORN_Word>(picture.colorSpace),
                                    ITAG_Palette,    palette.word()};
-    const auto add = [&tags](uint32_t id, VORN_Word value) { tags.insert(tags.end(), {id, value}); };
+    const auto add = [&tags](uint32_t id, VORN_Word value) {
+        tags.insert(tags.end(), {id, value});
+    };
     const auto addLong = [&](uint32_t id, int value) { add(id, static_cast<VORN_Word>(value)); };
     if (picture.orientation >= 0) addLong(ITAG_Orientation, picture.orientation);
     if (picture.wishes.number("dpix", 0)) {
@@ -155,8 +158,7 @@ bool passOnError() {
 bool sendBlock(const Session& s, void* buffer, int32_t first, int32_t lines) {
     const int32_t width = s.format.width;
     const int32_t size = s.wholeBlocks ? s.blockBytes : s.blockBytes / s.blockLines * lines;
-    void* place =
-        buffer ? buffer : VORN_M_SendImageDataBegin(width, lines, first, nullptr, size);
+    void* place = buffer ? buffer : VORN_M_SendImageDataBegin(width, lines, first, nullptr, size);
     if (!place) return passOnError();
     std::memset(place, 0xEE, static_cast<size_t>(size));
     for (int32_t i = 0; i < lines; ++i) fillLine(s, static_cast<uint8_t*>(place), i, first + i);

@@ -142,8 +142,8 @@ bool noteBlocks(Session& s) {
             VORN_DataFormat format;
             std::memcpy(&format, vorn::itemData(VORN_L_TagFind(message, ITAG_DataFormat)),
                         sizeof format);
-            s.blocks.push_back({number(message, ITAG_ReadLineNo, -1), format.height, format.channels,
-                                static_cast<int32_t>(vorn::itemDataSize(data))});
+            s.blocks.push_back({number(message, ITAG_ReadLineNo, -1), format.height,
+                                format.channels, static_cast<int32_t>(vorn::itemDataSize(data))});
             lines += format.height;
         }
         VORN_L_EndReadingSharedStuff(&module.stuff);

@@ -1,6 +1,6 @@
 // Pictures that test_loader makes up. Their "file name" says what they are, as in
-// "w=37,h=21,c=3,b=2,orient=5,space=RGB", and every sample follows from its place, so the tests know
-// what must arrive without any file.
+// "w=37,h=21,c=3,b=2,orient=5,space=RGB", and every sample follows from its place, so the tests
+// know what must arrive without any file.
 #pragma once
 
 #include <vorn/library.h>
@@ -55,13 +55,13 @@ struct WishedPicture {
     int width = wishes.number("w", 8);
     int height = wishes.number("h", 6);
     int channels = wishes.number("c", 3);
-    int bytes = wishes.number("b", 1);
-    int layout = wishes.number("layout", 0);         // a layout code
+    int layout = wishes.number("layout", 0);  // a layout code
+    int bytes = layout >= DF_LineInterleaved16 ? 2 : wishes.number("b", 1);
     std::string form = wishes.text("form", "cells");  // the steps where the code is 0
-    int orientation = wishes.number("orient", -1);   // -1: none is announced
+    int orientation = wishes.number("orient", -1);    // -1: none is announced
     int colorSpace = VORN_L_FindColorSpace(wishes.text("space", "RGB").c_str());
     bool alpha = wishes.number("alpha", 0) != 0;
-    int blockLines = wishes.number("block", 0);  // 0: as many as fit, at most 16
+    int blockLines = wishes.number("block", 0);       // 0: as many as fit, at most 16
     bool inPlace = wishes.number("inplace", 0) != 0;  // the shared area is written directly
     int palette = wishes.number("palette", 0);        // entries
     int paletteBytes = wishes.number("palbytes", 1);
