@@ -1,5 +1,10 @@
 #include "scale/average_kernels.h"
 
+#include "scale/cpu.h"
+#if defined(VORN_SCALE_X86)
+#include "scale/x86/kernels.h"
+#endif
+
 namespace vorn {
 namespace {
 
@@ -42,14 +47,26 @@ constexpr AverageKernels<Sample> kPlain = {
 }  // namespace
 
 template <>
-const AverageKernels<uint8_t>& averageKernels() {
+const AverageKernels<uint8_t>& plainAverageKernels() {
     return kPlain<uint8_t, uint32_t>;
 }
 
 // 16-bit samples always need the wide form: their narrow form is the same.
 template <>
-const AverageKernels<uint16_t>& averageKernels() {
+const AverageKernels<uint16_t>& plainAverageKernels() {
     return kPlain<uint16_t, uint64_t>;
 }
+
+template <class Sample>
+const AverageKernels<Sample>& averageKernels() {
+#if defined(VORN_SCALE_X86)
+    return chooseKernels<AverageKernels<Sample>>(plainAverageKernels<Sample>(), x86::overwrite);
+#else
+    return plainAverageKernels<Sample>();
+#endif
+}
+
+template const AverageKernels<uint8_t>& averageKernels();
+template const AverageKernels<uint16_t>& averageKernels();
 
 }  // namespace vorn

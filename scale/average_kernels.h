@@ -30,6 +30,10 @@ struct AverageKernels {
 };
 
 template <class Sample>
+const AverageKernels<Sample>& plainAverageKernels();
+
+// The plain kernels, or faster ones with the same results.
+template <class Sample>
 const AverageKernels<Sample>& averageKernels();
 
 }  // namespace vorn

@@ -8,7 +8,8 @@ bool AverageScaler::prepare() {
     if (!samplePieces_.build(srcWidth_, dstWidth_) || !linePieces_.build(srcLines_, dstLines_)) {
         return false;
     }
-    const size_t sums = static_cast<size_t>(srcWidth_) * lines_.channels();
+    // One more than are used: kernels load four sums at a time, also where they want three.
+    const size_t sums = static_cast<size_t>(srcWidth_) * lines_.channels() + 1;
     sums_.reset(static_cast<uint32_t*>(AllocMemory(sums * sizeof(uint32_t), 0)));
     nextPiece_ = linePieces_.pieces.get();
     lineBegun_ = lineComplete_ = false;

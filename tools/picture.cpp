@@ -58,7 +58,9 @@ Picture Picture::read(VORN_Image* image,
     }
     const int32_t channels = plan.channels() - (plan.addAlpha ? 1 : 0);
     const VORN_ImageBuffer target = picture.buffer(channels);
-    if (!VORN_H_ImageReadData(image, &target, transferTags(onlookers).data())) {
+    // A loader may find damage behind the last line, when all lines have been delivered.
+    if (!VORN_H_ImageReadData(image, &target, transferTags(onlookers).data()) ||
+        VORN_ErrorPairCode(VORN_H_ImageGetError(image)) != 0) {
         throw libraryFailure(file, image);
     }
     if (plan.addAlpha) {

@@ -8,6 +8,7 @@
 #include "tags/gathered_words.h"
 #include "tags/tag_walk.h"
 #include "transport/connection.h"
+#include "transport/message.h"
 #include "transport/tag_exchange.h"
 
 namespace vorn {
@@ -41,7 +42,8 @@ VORN_Image* makeHandle() {
     image->stuff.linkDown = true;
     image->stop = platform::createSemaphore();
     image->tracker = AllocTracker();
-    if (image->stop != platform::kNoDescriptor && image->tracker) return image;
+    const bool whole = image->stop != platform::kNoDescriptor && image->tracker;
+    if (whole && makeMessageBuffer(*image)) return image;
     freeHandle(image);
     return nullptr;
 }
@@ -101,7 +103,8 @@ VORN_Image* VORN_L_ImageVaCreateHandle(VORN_Word unused, ...) {
 VORN_Image* VORN_L_ImageResetHandle(VORN_Image* image) {
     if (!image) return nullptr;
     image->errors = vorn::ErrorRecord{};
-    image->prepared = false;
+    image->prepared = image->axesSwapped =
+        false;  // no size or turn of the last image answers for the next
     VORN_Tracker* oldTracker = image->tracker;
     const bool rebuilt = vorn::rebuildLists(*image, image->imageTags, image->sideTags);
     FreeTracker(oldTracker);

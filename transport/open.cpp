@@ -112,7 +112,7 @@ VORN_Bool VORN_L_StartModule(VORN_Image* image, const char* moduleFileName, int3
     vorn::SharedStuffClose(*image);  // what is left of a connection that was stopped
     if (!vorn::SharedStuffCreate(*image, type)) return vorn::failStart(image, vorn::kErrorMemory);
     if (!vorn::ModuleLaunch(*image, moduleFileName)) return vorn::abandonStart(image);
-    image->ackOutstanding = true;
+    image->expectAck(0);  // the first one, which comes without a command
     image->moduleVersion = 0;
     if (!VORN_L_WaitForAck(image)) {
         vorn::failStart(image, vorn::kErrorLink);

@@ -10,5 +10,6 @@
 #include <vorn/tags.h>
 #include <vorn/types.h>
 #include <vorn/unv.h>
+#include <vorn/xd.h>
 
 #endif

@@ -1,0 +1,102 @@
+#include <gtest/gtest.h>
+#include <vorn/xd.h>
+
+#include <array>
+#include <cmath>
+#include <limits>
+#include <vector>
+
+namespace {
+
+using Bytes = std::vector<uint8_t>;
+
+// What a writer makes of a place that is not aligned, and how far it goes.
+template <class Write>
+Bytes written(Write write) {
+    std::array<uint8_t, 16> buffer;
+    buffer.fill(0xEE);
+    uint8_t* start = buffer.data() + 1;
+    uint8_t* end = write(start);
+    EXPECT_EQ(buffer[0], 0xEE);
+    EXPECT_EQ(*end, 0xEE);
+    return {start, end};
+}
+
+Bytes shifted(Bytes bytes) {
+    bytes.insert(bytes.begin(), 0xEE);
+    return bytes;
+}
+
+TEST(Numbers, OnlyPlusReversesBytes) {
+    EXPECT_EQ(XD_ConvertLong(0x11223344, '+'), 0x44332211u);
+    EXPECT_EQ(XD_ConvertWord(0x1122, '+'), 0x2211u);
+    EXPECT_EQ(XD_ConvertWord(0xFF00, '+'), 0x00FFu);
+    for (char order : {'-', ' ', '\0', 'x'}) {
+        EXPECT_EQ(XD_ConvertLong(0x11223344, order), 0x11223344u);
+        EXPECT_EQ(XD_ConvertWord(0x1122, order), 0x1122u);
+    }
+    uint32_t value = 0x80000001;
+    XDP_ConvertLong(&value, '+');
+    EXPECT_EQ(value, 0x01000080u);
+    XDP_ConvertLong(&value, '-');
+    EXPECT_EQ(value, 0x01000080u);
+    uint16_t word = 0x8001;
+    XDP_ConvertWord(&word, '+');
+    EXPECT_EQ(word, 0x0180u);
+    XDP_ConvertWord(&word, '-');
+    EXPECT_EQ(word, 0x0180u);
+}
+
+TEST(Numbers, IntegersLieInTheAskedOrder) {
+    const Bytes bytes = shifted({0x80, 0x01, 0xFE, 0x7F});
+    EXPECT_EQ(XD_ReadByte(&bytes[1]), 0x80);
+    EXPECT_EQ(XD_ReadWord(&bytes[1], '+'), 0x8001);
+    EXPECT_EQ(XD_ReadWord(&bytes[1], '-'), 0x0180);
+    EXPECT_EQ(XD_ReadLong(&bytes[1], '+'), 0x8001FE7Fu);
+    EXPECT_EQ(XD_ReadLong(&bytes[1], '-'), 0x7FFE0180u);
+
+    EXPECT_EQ(written([](uint8_t* at) { return XD_WriteByte(at, 0x80); }), Bytes{0x80});
+    EXPECT_EQ(written([](uint8_t* at) { return XD_WriteWord(at, 0x8001, '+'); }),
+              (Bytes{0x80, 0x01}));
+    EXPECT_EQ(written([](uint8_t* at) { return XD_WriteWord(at, 0x8001, '-'); }),
+              (Bytes{0x01, 0x80}));
+    EXPECT_EQ(written([](uint8_t* at) { return XD_WriteLong(at, 0x8001FE7F, '+'); }),
+              (Bytes{0x80, 0x01, 0xFE, 0x7F}));
+    EXPECT_EQ(written([](uint8_t* at) { return XD_WriteLong(at, 0x8001FE7F, '-'); }),
+              (Bytes{0x7F, 0xFE, 0x01, 0x80}));
+}
+
+TEST(Numbers, DoublesBeginWithTheirLowHalf) {
+    const struct {
+        double value;
+        Bytes bytes;
+    } doubles[] = {
+        {1.0, {0, 0, 0, 0, 0x3F, 0xF0, 0, 0}},
+        {-0.1, {0x99, 0x99, 0x99, 0x9A, 0xBF, 0xB9, 0x99, 0x99}},
+        {std::numeric_limits<double>::denorm_min(), {0, 0, 0, 1, 0, 0, 0, 0}},
+        {-HUGE_VAL, {0, 0, 0, 0, 0xFF, 0xF0, 0, 0}},
+    };
+    for (const auto& [value, bytes] : doubles) {
+        EXPECT_EQ(written([&](uint8_t* at) { return XD_WriteDouble(at, value); }), bytes) << value;
+        EXPECT_EQ(XD_ReadDouble(&shifted(bytes)[1]), value);
+    }
+}
+
+TEST(Numbers, FloatsAreBigEndian) {
+    const struct {
+        float value;
+        Bytes bytes;
+    } floats[] = {
+        {1.0f, {0x3F, 0x80, 0, 0}},
+        {-0.1f, {0xBD, 0xCC, 0xCC, 0xCD}},
+        {std::numeric_limits<float>::max(), {0x7F, 0x7F, 0xFF, 0xFF}},
+    };
+    for (const auto& [value, bytes] : floats) {
+        EXPECT_EQ(written([&](uint8_t* at) { return XD_WriteFloat(at, value); }), bytes) << value;
+        EXPECT_EQ(XD_ReadFloat(&shifted(bytes)[1]), value);
+    }
+    EXPECT_TRUE(std::signbit(XD_ReadFloat(&shifted({0x80, 0, 0, 0})[1])));
+    EXPECT_TRUE(std::isnan(XD_ReadFloat(&shifted({0x7F, 0xC0, 0, 0})[1])));
+}
+
+}  // namespace
