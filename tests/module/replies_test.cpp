@@ -34,8 +34,7 @@ TEST(ImageInfo, IsSentAsATagList) {
 TEST(ImageInfo, LeavesOutWhatCannotTravel) {
     const Bytes message = sent([] {
         return VORN_M_SetVaImageInfo(ITAG_MeterCallback, VORN_Word(1), ITAG_Artist, VORN_Word(0),
-                                     ITAG_Filename, VORN_Word("xyz"), TAG_SkipTag, VORN_Word(1),
-                                     TAG_End);
+                                     ITAG_Filename, VORN_Word("xyz"), TAG_End);
     });
     EXPECT_EQ(message, MessageBytes().text(ITAG_Filename, "xyz").end());
 }
