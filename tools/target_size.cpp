@@ -23,7 +23,8 @@ bool takeLength(const char*& at, const char* end, std::optional<int32_t>& length
 
 // Beyond the largest size the number says so, and the library refuses it.
 int32_t rounded(double length) {
-    return static_cast<int32_t>(std::clamp(std::floor(length + 0.5), 1.0, VORN_MAX_SIZE + 1.0));
+    return static_cast<int32_t>(
+        std::clamp(std::floor(length + 0.5), 1.0, int32_t{VORN_MAX_SIZE} + 1.0));
 }
 
 Size scaledBy(Size own, double factor) {
