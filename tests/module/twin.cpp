@@ -2,6 +2,8 @@
 
 #include <unistd.h>
 
+#include <algorithm>
+
 #include "platform/connection.h"
 #include "platform/process.h"
 
@@ -121,7 +123,7 @@ void Twin::send(const Bytes& message) {
     SharedStuff& stuff = image_->stuff;
     ASSERT_LE(message.size(), static_cast<size_t>(stuff.writeSize));
     ASSERT_TRUE(vorn::SemWait(*stuff.semaphores, stuff.waitBeforeWrite));
-    std::memcpy(stuff.writePointer, message.data(), message.size());
+    std::copy(message.begin(), message.end(), stuff.writePointer);
     vorn::SemPost(*stuff.semaphores, stuff.postAfterWrite);
 }
 
