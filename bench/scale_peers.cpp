@@ -46,14 +46,15 @@ struct YuvStripes {
         for (int y = 0, out = 0; y < from.lines; y += srcStripe, out += dstStripe) {
             const int in = std::min(srcStripe, from.lines - y);
             const int made = std::min(dstStripe, to.lines - out);
-            libyuv::SplitRGBPlane(from.data() + static_cast<size_t>(y) * from.lineBytes(), sw * 3,
-                                  s[0], sw, s[1], sw, s[2], sw, sw, in);
+            libyuv::SplitRGBPlane(from.data() + static_cast<size_t>(y) * from.lineBytes(),
+                                  static_cast<int>(from.lineBytes()), s[0], sw, s[1], sw, s[2], sw,
+                                  sw, in);
             for (int c = 0; c < 3; ++c) {
                 libyuv::ScalePlane(s[c], sw, sw, in, d[c], dw, dw, made, filter);
             }
             libyuv::MergeRGBPlane(d[0], dw, d[1], dw, d[2], dw,
-                                  to.data() + static_cast<size_t>(out) * to.lineBytes(), dw * 3, dw,
-                                  made);
+                                  to.data() + static_cast<size_t>(out) * to.lineBytes(),
+                                  static_cast<int>(to.lineBytes()), dw, made);
         }
     }
 };
@@ -70,9 +71,10 @@ void addLibyuv(std::vector<Peer>& list, Kind kind, const Pixels& from, Pixels& t
     }
     list.push_back({"libyuv", [&from, &to, filter] {
                         libyuv::ScalePlane_16(reinterpret_cast<const uint16_t*>(from.data()),
-                                              from.width, from.width, from.lines,
-                                              reinterpret_cast<uint16_t*>(to.data()), to.width,
-                                              to.width, to.lines, filter);
+                                              static_cast<int>(from.lineBytes() / 2), from.width,
+                                              from.lines, reinterpret_cast<uint16_t*>(to.data()),
+                                              static_cast<int>(to.lineBytes() / 2), to.width,
+                                              to.lines, filter);
                     }});
 }
 #else
@@ -213,8 +215,8 @@ void addOpencv(std::vector<Peer>& list, Kind kind, const Pixels& from, Pixels& t
                        : kind == Kind::Linear ? cv::INTER_LINEAR
                                               : cv::INTER_NEAREST;
     const int type = CV_MAKETYPE(from.bytes == 1 ? CV_8U : CV_16U, from.channels);
-    cv::Mat source(from.lines, from.width, type, from.data());
-    cv::Mat target(to.lines, to.width, type, to.data());
+    cv::Mat source(from.lines, from.width, type, from.data(), from.lineBytes());
+    cv::Mat target(to.lines, to.width, type, to.data(), to.lineBytes());
     list.push_back({"OpenCV", [source, target, filter]() mutable {
                         cv::resize(source, target, target.size(), 0, 0, filter);
                     }});

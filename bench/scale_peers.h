@@ -10,13 +10,15 @@ namespace vorn_bench {
 
 enum class Kind { Area, Cubic, Linear, Nearest };
 
-// Packed pixels: RGB of 8 bits, or one plane of 16 bits. The memory is aligned as peers want it.
+// RGB of 8 bits, or one plane of 16 bits. Lines begin where peers want them.
 struct Pixels {
     int32_t width, lines, channels, bytes;
 
     Pixels(int32_t w, int32_t h, int32_t c, int32_t b)
         : width(w), lines(h), channels(c), bytes(b), memory_(size() + 64) {}
-    size_t lineBytes() const { return static_cast<size_t>(width * channels * bytes); }
+    size_t lineBytes() const {
+        return static_cast<size_t>(width * channels * bytes + 63) / 64 * 64;
+    }
     size_t size() const { return lineBytes() * static_cast<size_t>(lines); }
     uint8_t* data() const {
         const auto address = reinterpret_cast<uintptr_t>(memory_.data());

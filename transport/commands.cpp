@@ -111,7 +111,7 @@ VORN_Bool VORN_L_HandleAckMsg(VORN_Image* image, const VORN_TagItem* message) {
 
 VORN_Bool VORN_L_WaitForAck(VORN_Image* image) {
     if (!image->ackOutstanding) return image->errors.error.code == 0;
-    vorn::AckWait wait;
+    vorn::AckWait wait{.patient = image->owedCommand != 0};  // not while it starts
     return wait.collect(image) && !wait.errorSeen;
 }
 

@@ -9,6 +9,7 @@
 #include "tags/tag_walk.h"
 #include "transport/connection.h"
 #include "transport/message.h"
+#include "transport/os_layer.h"
 #include "transport/tag_exchange.h"
 
 namespace vorn {
@@ -69,6 +70,14 @@ bool rebuildLists(VORN_Image& image,
     return true;
 }
 
+// Nothing is read any more. A module that says more than it was asked for must not wait for a
+// reader instead of taking the last command.
+void letModuleFinish(SharedStuff& stuff) {
+    constexpr int kMostMessages = 16;
+    for (int i = 0; i < kMostMessages && !stuff.linkDown; ++i)
+        SemPost(*stuff.semaphores, stuff.postAfterRead);
+}
+
 }  // namespace
 
 ErrorRecord& errorRecordOf(VORN_Image& image) { return image.errors; }
@@ -116,6 +125,7 @@ VORN_Image* VORN_L_ImageResetHandle(VORN_Image* image) {
 void VORN_L_ImageCloseHandle(VORN_Image* image) {
     if (!image) return;
     VORN_L_WaitForAck(image);
+    vorn::letModuleFinish(image->stuff);
     if (VORN_L_SendCMDTerminate(image)) VORN_L_WaitForTerminate(image);
     vorn::SharedStuffClose(*image);
 }

@@ -108,8 +108,8 @@ VORN_Bool VORN_L_StartImageModule(VORN_Image* image) {
 }
 
 VORN_Bool VORN_L_StartModule(VORN_Image* image, const char* moduleFileName, int32_t type) {
-    if (!image->stuff.linkDown) return 1;
-    vorn::SharedStuffClose(*image);  // what is left of a connection that was stopped
+    if (!image->stuff.linkDown && !vorn::platform::hasEnded(image->process)) return 1;
+    vorn::SharedStuffClose(*image);  // what is left of a connection that was stopped, or has ended
     if (!vorn::SharedStuffCreate(*image, type)) return vorn::failStart(image, vorn::kErrorMemory);
     if (!vorn::ModuleLaunch(*image, moduleFileName)) return vorn::abandonStart(image);
     image->expectAck(0);  // the first one, which comes without a command

@@ -125,14 +125,10 @@ void postSemaphore(int32_t semaphore) {
 // must not block.
 bool tryWaitSemaphore(int32_t semaphore) {
     uint64_t count = 0;
+    const iovec part{&count, sizeof count};
     ssize_t taken = 0;
     do {
-#if defined(__SANITIZE_THREAD__)
-        taken = ::read(semaphore, &count, sizeof count);  // the call that this checker knows
-#else
-        const iovec part{&count, sizeof count};
         taken = ::preadv2(semaphore, &part, 1, -1, RWF_NOWAIT);
-#endif
     } while (taken < 0 && errno == EINTR);
 #if defined(__SANITIZE_THREAD__)
     // The thread sanitizer doesn't know preadv2, but that reading (also of nothing) orders threads.

@@ -1,3 +1,5 @@
+#include <algorithm>
+
 #include "scale/x86/avx2.h"
 #include "scale/x86/kernels.h"
 
@@ -147,10 +149,39 @@ VORN_AVX2 inline __m128i halfSums(const Sample* line, const BicubicPlan& plan, i
     return sum;
 }
 
+// Where a position's samples begin.
+template <int kChannels, class Sample>
+VORN_AVX2 inline const Sample* begin(const Sample* line, const BicubicPlan& plan, int32_t x) {
+    return line + static_cast<ptrdiff_t>(plan.contributions.get()[x].first) * kChannels;
+}
+
+// Four positions of four samples each, as signed 16-bit numbers.
+VORN_AVX2 inline __m256i fourTimesFour(const uint8_t* line, const BicubicPlan& plan, int32_t x) {
+    return _mm256_cvtepu8_epi16(
+        _mm_setr_epi32(word32(begin<1>(line, plan, x)), word32(begin<1>(line, plan, x + 1)),
+                       word32(begin<1>(line, plan, x + 2)), word32(begin<1>(line, plan, x + 3))));
+}
+VORN_AVX2 inline __m256i fourTimesFour(const uint16_t* line, const BicubicPlan& plan, int32_t x) {
+    const __m128i low =
+        _mm_unpacklo_epi64(load64(begin<1>(line, plan, x)), load64(begin<1>(line, plan, x + 1)));
+    const __m128i high = _mm_unpacklo_epi64(load64(begin<1>(line, plan, x + 2)),
+                                            load64(begin<1>(line, plan, x + 3)));
+    return _mm256_xor_si256(_mm256_set_m128i(high, low), _mm256_set1_epi16(-32768));
+}
+
 template <class Sample>
 VORN_AVX2 void horizontal1(int32_t* row, const Sample* line, const BicubicPlan& plan) {
     const int32_t safe = safePositions(plan, 1, 0);
     int32_t x = 0;
+    if (plan.maxCount <= kWeightRun) {  // every position has one run of weights
+        for (; x + 4 <= safe; x += 4) {
+            const __m256i sums = _mm256_madd_epi16(fourTimesFour(line, plan, x),
+                                                   load256(plan.weights.get() + x * kWeightRun));
+            const __m128i whole =
+                _mm_hadd_epi32(_mm256_castsi256_si128(sums), _mm256_extracti128_si256(sums, 1));
+            store128(row + x, rowValues(whole, line));
+        }
+    }
     for (; x + 4 <= safe; x += 4) {
         const __m128i a = _mm_unpacklo_epi64(halfSums(line, plan, x), halfSums(line, plan, x + 1));
         const __m128i b =
@@ -177,16 +208,52 @@ VORN_AVX2 inline __m128i pixelPairs(const uint16_t* in) {
     return _mm_xor_si128(_mm_shuffle_epi8(load128(in), order), _mm_set1_epi16(-32768));
 }
 
+// Positions of one run of weights each, two at a time: sixteen bytes hold the four pixels of each.
+// The result is the first position that was not made.
+template <int kChannels>
+VORN_AVX2 int32_t
+twoPositions(int32_t* row, const uint8_t* line, const BicubicPlan& plan, int32_t end) {
+    constexpr int8_t k = kChannels;
+    const __m256i firstPairs = _mm256_broadcastsi128_si256(
+        _mm_setr_epi8(0, -1, k, -1, 1, -1, k + 1, -1, 2, -1, k + 2, -1, 3, -1, k + 3, -1));
+    const __m256i lastPairs = _mm256_broadcastsi128_si256(
+        _mm_setr_epi8(2 * k, -1, 3 * k, -1, 2 * k + 1, -1, 3 * k + 1, -1, 2 * k + 2, -1, 3 * k + 2,
+                      -1, 2 * k + 3, -1, 3 * k + 3, -1));
+    const __m256i firstWeights = _mm256_setr_epi32(0, 0, 0, 0, 2, 2, 2, 2);
+    const __m256i lastWeights = _mm256_setr_epi32(1, 1, 1, 1, 3, 3, 3, 3);
+    int32_t x = 0;
+    for (; x + 2 <= end; x += 2) {
+        const __m256i pixels = _mm256_set_m128i(load128(begin<kChannels>(line, plan, x + 1)),
+                                                load128(begin<kChannels>(line, plan, x)));
+        const __m256i weights =
+            _mm256_castsi128_si256(load128(plan.weights.get() + x * kWeightRun));
+        __m256i sums =
+            _mm256_add_epi32(_mm256_madd_epi16(_mm256_shuffle_epi8(pixels, firstPairs),
+                                               _mm256_permutevar8x32_epi32(weights, firstWeights)),
+                             _mm256_madd_epi16(_mm256_shuffle_epi8(pixels, lastPairs),
+                                               _mm256_permutevar8x32_epi32(weights, lastWeights)));
+        sums = _mm256_srai_epi32(sums, 6);
+        sums = _mm256_add_epi32(sums, _mm256_srai_epi32(sums, 8));
+        store128(row + x * kChannels, _mm256_castsi256_si128(sums));
+        store128(row + (x + 1) * kChannels, _mm256_extracti128_si256(sums, 1));
+    }
+    return x;
+}
+
 template <class Sample, int kChannels>
 VORN_AVX2 void horizontal(int32_t* row, const Sample* line, const BicubicPlan& plan) {
-    // Two pixels of three samples are read as eight samples, and stored as four values: one pixel
-    // must follow.
-    const int32_t safe = safePositions(plan, kChannels, kChannels == 4 ? 0 : 2);
+    // Pixels of three samples are read, and their values stored, as if they were four: a pixel must
+    // follow in the row, and up to four samples in the line.
+    const int32_t safe = safePositions(plan, kChannels, kChannels == 4 ? 0 : 4);
+    const int32_t end = std::min(safe, plan.outSize - 1);
     int32_t x = 0;
-    for (; x < safe && x + 1 < plan.outSize; ++x) {
+    if constexpr (sizeof(Sample) == 1) {
+        if (plan.maxCount <= kWeightRun) x = twoPositions<kChannels>(row, line, plan, end);
+    }
+    for (; x < end; ++x) {
         const Contribution& entry = plan.contributions.get()[x];
         const int16_t* weights = plan.weights.get() + entry.weights;
-        const Sample* in = line + static_cast<ptrdiff_t>(entry.first) * kChannels;
+        const Sample* in = begin<kChannels>(line, plan, x);
         __m128i sum = _mm_setzero_si128();
         for (int32_t k = 0; k < entry.count; k += 2) {
             const __m128i pairs = pixelPairs<kChannels>(in + k * kChannels);
