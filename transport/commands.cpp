@@ -31,6 +31,49 @@ bool sendInterrupt(VORN_Image* image, uint32_t command) {
     return true;
 }
 
+// Whether the command that an acknowledgement is owed for may be ended by an abort, so that one
+// acknowledgement answers both.
+enum class Interruption { Never, Sometimes, Always };
+
+Interruption interruptionOf(uint32_t command) {
+    // A loader takes the abort between two blocks, and says so with an empty reply before it
+    // acknowledges, or it has sent its last block before; then the abort is a command of its own. A
+    // saver goes on until the abort comes.
+    if (command == CMD_LoadData) return Interruption::Sometimes;
+    return command == CMD_SaveData ? Interruption::Always : Interruption::Never;
+}
+
+bool isEmpty(const Message& message) { return message.list->id == TAG_End && !message.data; }
+
+// Collects the next acknowledgement, dropping what comes before it. `emptySeen` tells of an empty
+// reply on the way. A patient wait takes broken messages for dropped ones: it ends only with the
+// link.
+struct AckWait {
+    bool patient = false;
+    bool emptySeen = false;
+    bool errorSeen = false;
+
+    bool collect(VORN_Image* image) {
+        for (bool done = false; !done;) {
+            Message message;
+            if (!receiveMessage(*image, message)) {
+                if (!patient || image->errors.error.code == kErrorLink) return false;
+                errorSeen = true;
+                continue;
+            }
+            done = VORN_L_HandleAckMsg(image, message.list);
+            const VORN_TagItem* version =
+                done ? VORN_L_TagFind(message.list, MTAG_Version) : nullptr;
+            if (version)
+                image->moduleVersion = static_cast<uint32_t>(VORN_L_TagGetLongVal(version));
+            emptySeen = emptySeen || isEmpty(message);
+            errorSeen = VORN_L_HandleErrorCode(image, message.list) || errorSeen;
+            VORN_L_ImageHandleEndReading(image);
+        }
+        return true;
+    }
+};
+
 // The answer's items in one block of the caller's.
 VORN_TagItem* copyAnswer(VORN_Image* image, const VORN_TagItem* list) {
     const uint32_t size = VORN_L_TagListSize(list, nullptr);
@@ -68,23 +111,26 @@ VORN_Bool VORN_L_HandleAckMsg(VORN_Image* image, const VORN_TagItem* message) {
 
 VORN_Bool VORN_L_WaitForAck(VORN_Image* image) {
     if (!image->ackOutstanding) return image->errors.error.code == 0;
-    bool errorSeen = false;
-    for (bool done = false; !done;) {
-        vorn::Message message;
-        if (!vorn::receiveMessage(*image, message)) return 0;
-        done = VORN_L_HandleAckMsg(image, message.list);
-        const VORN_TagItem* version = done ? VORN_L_TagFind(message.list, MTAG_Version) : nullptr;
-        if (version) image->moduleVersion = static_cast<uint32_t>(VORN_L_TagGetLongVal(version));
-        errorSeen = VORN_L_HandleErrorCode(image, message.list) || errorSeen;
-        VORN_L_ImageHandleEndReading(image);
-    }
-    return !errorSeen;
+    vorn::AckWait wait{.patient = image->owedCommand != 0};  // not while it starts
+    return wait.collect(image) && !wait.errorSeen;
 }
 
+// Afterwards the module is back in its command loop and nothing of the conversation is left over: a
+// command that was under way and wasn't ended by the abort has an acknowledgement of its own.
 VORN_Bool VORN_L_SendCMDAbort(VORN_Image* image) {
+    const bool underWay = image->ackOutstanding;
+    const vorn::Interruption interruption = vorn::interruptionOf(image->owedCommand);
     if (!vorn::sendInterrupt(image, CMD_Abort)) return 0;
-    image->ackOutstanding = true;
-    return VORN_L_WaitForAck(image);
+    image->expectAck(CMD_Abort);
+    vorn::AckWait wait{.patient = true};
+    if (!wait.collect(image)) return 0;
+    const bool ended = interruption == vorn::Interruption::Always ||
+                       (interruption == vorn::Interruption::Sometimes && wait.emptySeen);
+    if (underWay && !ended) {
+        image->expectAck(CMD_Abort);
+        if (!wait.collect(image)) return 0;
+    }
+    return !wait.errorSeen;
 }
 
 VORN_Bool VORN_L_SendCMDTerminate(VORN_Image* image) {
@@ -107,7 +153,7 @@ VORN_TagItem* VORN_L_SendCMD(VORN_Image* image, uint32_t command, const VORN_Wor
     if (!place) return nullptr;
     VORN_L_CopyUserTags(first, tags + 1, vorn::writeInterrupt(place, command), size);
     VORN_L_ImageHandleEndWriting(image);
-    image->ackOutstanding = true;
+    image->expectAck(command);
 
     vorn::Message answer;
     if (!vorn::receiveMessage(*image, answer)) return nullptr;

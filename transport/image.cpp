@@ -8,6 +8,8 @@
 #include "tags/gathered_words.h"
 #include "tags/tag_walk.h"
 #include "transport/connection.h"
+#include "transport/message.h"
+#include "transport/os_layer.h"
 #include "transport/tag_exchange.h"
 
 namespace vorn {
@@ -41,7 +43,8 @@ VORN_Image* makeHandle() {
     image->stuff.linkDown = true;
     image->stop = platform::createSemaphore();
     image->tracker = AllocTracker();
-    if (image->stop != platform::kNoDescriptor && image->tracker) return image;
+    const bool whole = image->stop != platform::kNoDescriptor && image->tracker;
+    if (whole && makeMessageBuffer(*image)) return image;
     freeHandle(image);
     return nullptr;
 }
@@ -65,6 +68,14 @@ bool rebuildLists(VORN_Image& image,
             return false;
     }
     return true;
+}
+
+// Nothing is read any more. A module that says more than it was asked for must not wait for a
+// reader instead of taking the last command.
+void letModuleFinish(SharedStuff& stuff) {
+    constexpr int kMostMessages = 16;
+    for (int i = 0; i < kMostMessages && !stuff.linkDown; ++i)
+        SemPost(*stuff.semaphores, stuff.postAfterRead);
 }
 
 }  // namespace
@@ -101,7 +112,8 @@ VORN_Image* VORN_L_ImageVaCreateHandle(VORN_Word unused, ...) {
 VORN_Image* VORN_L_ImageResetHandle(VORN_Image* image) {
     if (!image) return nullptr;
     image->errors = vorn::ErrorRecord{};
-    image->prepared = false;
+    image->prepared = image->axesSwapped =
+        false;  // no size or turn of the last image answers for the next
     VORN_Tracker* oldTracker = image->tracker;
     const bool rebuilt = vorn::rebuildLists(*image, image->imageTags, image->sideTags);
     FreeTracker(oldTracker);
@@ -113,6 +125,7 @@ VORN_Image* VORN_L_ImageResetHandle(VORN_Image* image) {
 void VORN_L_ImageCloseHandle(VORN_Image* image) {
     if (!image) return;
     VORN_L_WaitForAck(image);
+    vorn::letModuleFinish(image->stuff);
     if (VORN_L_SendCMDTerminate(image)) VORN_L_WaitForTerminate(image);
     vorn::SharedStuffClose(*image);
 }

@@ -39,6 +39,7 @@ struct VORN_Image {
     int32_t stop = -1;
     vorn::platform::ProcessLimits limits;
     bool ackOutstanding = false;
+    uint32_t owedCommand = 0;  // the command that the outstanding acknowledgement is owed for
     uint32_t moduleVersion = 0;
     vorn::ErrorRecord errors;
     uint8_t option8 = 0;
@@ -59,4 +60,10 @@ struct VORN_Image {
     bool prepared = false;    // a preparation has set the output size
     int32_t outputWidth = 0;  // in the module's terms
     int32_t outputHeight = 0;
+
+    // A command has been sent.
+    void expectAck(uint32_t command) {
+        ackOutstanding = true;
+        owedCommand = command;
+    }
 };

@@ -27,7 +27,7 @@ bool sendRequest(VORN_Image* image, int32_t type) {
     if (loader) VORN_L_TagCopyList(image->sideTags, place + imageSize, 0);
     std::memset(place + imageSize + sideSize, 0, kEndItemSize);
     VORN_L_ImageHandleEndWriting(image);
-    image->ackOutstanding = true;
+    image->expectAck(command);
     return true;
 }
 

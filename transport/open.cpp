@@ -108,11 +108,11 @@ VORN_Bool VORN_L_StartImageModule(VORN_Image* image) {
 }
 
 VORN_Bool VORN_L_StartModule(VORN_Image* image, const char* moduleFileName, int32_t type) {
-    if (!image->stuff.linkDown) return 1;
-    vorn::SharedStuffClose(*image);  // what is left of a connection that was stopped
+    if (!image->stuff.linkDown && !vorn::platform::hasEnded(image->process)) return 1;
+    vorn::SharedStuffClose(*image);  // what is left of a connection that was stopped, or has ended
     if (!vorn::SharedStuffCreate(*image, type)) return vorn::failStart(image, vorn::kErrorMemory);
     if (!vorn::ModuleLaunch(*image, moduleFileName)) return vorn::abandonStart(image);
-    image->ackOutstanding = true;
+    image->expectAck(0);  // the first one, which comes without a command
     image->moduleVersion = 0;
     if (!VORN_L_WaitForAck(image)) {
         vorn::failStart(image, vorn::kErrorLink);

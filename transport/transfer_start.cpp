@@ -87,7 +87,7 @@ VORN_Bool VORN_L_StartReadingImage(VORN_Image* image) {
     place = VORN_L_writetag(place, MTAG_Command, &command, sizeof command);
     VORN_L_writetag(place, TAG_End, nullptr, 0);
     VORN_L_ImageHandleEndWriting(image);
-    image->ackOutstanding = true;
+    image->expectAck(command);
     return vorn::firstAnswer(image);
 }
 
@@ -104,7 +104,7 @@ VORN_Bool VORN_L_StartWritingImage(VORN_Image* image) {
     VORN_L_TagCopyList(image->imageTags, place, image->axesSwapped);
     VORN_L_writetag(static_cast<uint8_t*>(place) + listSize, TAG_End, nullptr, 0);
     VORN_L_ImageHandleEndWriting(image);
-    image->ackOutstanding = true;
+    image->expectAck(command);
     return vorn::firstAnswer(image);
 }
 

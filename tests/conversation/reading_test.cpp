@@ -1,0 +1,324 @@
+// Pictures that come out of loader programs.
+#include <vector>
+
+#include "tests/conversation/host.h"
+#include "tests/pixels/slow_line_copy.h"
+
+namespace {
+
+using Reading = ConversationTest;
+
+std::string text(int value) { return std::to_string(value); }
+
+std::string named(const Shape& shape, const std::string& more) {
+    return "w=" + text(shape.width) + ",h=" + text(shape.height) + ",c=" + text(shape.channels) +
+           ",b=" + text(shape.bytes) + "," + more;
+}
+
+TEST_F(Reading, BringsEverySizeChannelCountAndStepOfALoader) {
+    const int sizes[][2] = {{1, 1}, {1, 35}, {35, 1}, {16, 17}, {37, 21}};
+    const char* forms[] = {"cells",      "runs",    "planes",    "mirrored",
+                           "upsidedown", "columns", "backwards", "gaps"};
+    Loader loader;
+    int seed = 0;
+    for (const auto& size : sizes) {
+        for (const char* form : forms) {
+            for (int channels = 1; channels <= VORN_MAX_CHANNELS; ++channels) {
+                const Shape shape{size[0], size[1], channels, 1 + seed % 2};
+                const std::string name =
+                    named(shape, std::string("form=") + form + ",inplace=" + text(seed / 2 % 2) +
+                                     ",block=" + text(seed % 5) + ",seed=" + text(seed));
+                ++seed;
+                ASSERT_TRUE(loader.reads(name)) << name;
+                ASSERT_TRUE(loader.closeImage());
+            }
+        }
+    }
+}
+
+TEST_F(Reading, BringsTheStandardLayouts) {
+    const int mostChannels[] = {0, 8, 4, 3, 8, 4, 3};
+    Loader loader;
+    for (int layout = 1; layout <= 6; ++layout) {
+        for (int channels = 1; channels <= mostChannels[layout]; ++channels) {
+            const std::string name =
+                named({19, 23, channels, 1}, "layout=" + text(layout) + ",seed=" + text(channels));
+            ASSERT_TRUE(loader.reads(name)) << name;
+            ASSERT_TRUE(loader.closeImage());
+        }
+    }
+}
+
+TEST_F(Reading, BringsTheWidestLineThatABlockHoldsAndRefusesAWiderOne) {
+    const struct {
+        const char* name;
+        int code;
+    } cases[] = {
+        {"w=49024,h=3,c=2", 0},  // 98,048 bytes
+        {"w=6128,h=2,c=8,b=2", 0},        {"w=65536,h=2,c=1,inplace=1", 0},
+        {"w=49120,h=2,c=2,inplace=1", 0},  // all that the area holds besides the tags
+        {"w=49025,h=3,c=2", 17},          {"w=49121,h=2,c=2,inplace=1", 29},
+        {"w=65537,h=1,c=1", 31},          {"w=1,h=65537,c=1", 31},
+    };
+    Loader loader;
+    for (const auto& c : cases) {
+        EXPECT_EQ(loader.reads(c.name), c.code == 0) << c.name;
+        EXPECT_EQ(loader.code(), c.code) << c.name;
+        loader.closeImage();
+        ASSERT_TRUE(loader.reads("w=9,h=9"));
+        loader.closeImage();
+    }
+}
+
+// Any memory of the host, any layout of the loader, any sample sizes, and the colours that go with
+// the channels; every byte that belongs to no sample stays as it was.
+TEST_F(Reading, FillsAnyMemoryOfTheHost) {
+    const struct {
+        int channels, space;
+    } sources[] = {{1, VORN_CS_GRAY}, {2, VORN_CS_GRAY},   {3, VORN_CS_RGB},
+                   {4, VORN_CS_RGB},  {3, VORN_CS_YUV601}, {4, VORN_CS_YUV601},
+                   {4, VORN_CS_CMYK}, {3, VORN_CS_CMY},    {8, VORN_CS_NONE}};
+    const char* spaces[] = {"None", "Gray", "RGB", "YUV", "YUV601", "CMY", "CMYK"};
+    const int wishes[] = {-1, VORN_CS_NONE, VORN_CS_GRAY, VORN_CS_RGB, VORN_CS_YUV601};
+    Random random(2024);
+    Loader loader;
+    for (int round = 0; round < 600; ++round) {
+        const auto& source = sources[round % std::size(sources)];
+        const int wish = wishes[vorn::test::pick(random, 0, 4)];
+        const Shape shape{vorn::test::pick(random, 1, 40), vorn::test::pick(random, 1, 40),
+                          source.channels, vorn::test::pick(random, 1, 2)};
+        const std::string name = named(shape, std::string("space=") + spaces[source.space] +
+                                                  ",block=" + text(vorn::test::pick(random, 0, 9)) +
+                                                  ",seed=" + text(round));
+        ASSERT_TRUE(loader.open(name)) << name;
+        if (wish >= 0) VORN_H_ImageVaSetTags(loader, ITAG_ColorSpace, VORN_Word(wish), TAG_End);
+        Picture target = Picture::any(
+            random, {shape.width, shape.height, vorn::test::pick(random, 1, VORN_MAX_CHANNELS),
+                     vorn::test::pick(random, 1, 2)});
+        if (vorn::test::pick(random, 0, 3) == 0)
+            target.drop(vorn::test::pick(random, 0, target.record.channels - 1));
+        uint32_t code = 0;
+        if (wish >= 0) VORN_L_SetColorSpaceCorrection(&code, source.space, wish);
+        const Picture expected =
+            converted(target, loadersPicture(name), static_cast<int>(code), nullptr);
+        ASSERT_TRUE(loader.read(target)) << name;
+        ASSERT_TRUE(same(target, expected)) << name << ", wish " << wish << ", code " << code;
+        loader.closeImage();
+    }
+}
+
+TEST_F(Reading, LooksUpPalettesOrKeepsTheIndices) {
+    const struct {
+        const char* name;
+        int wish, channels, bytes, code;
+    } cases[] = {
+        {"palette=16", VORN_CS_RGB, 3, 1, 7},
+        {"palette=16", VORN_CS_RGB, 3, 2, 7},
+        {"palette=200,palbytes=2", VORN_CS_RGB, 3, 1, 7},
+        {"palette=200", VORN_CS_GRAY, 1, 1, 7},
+        {"palette=200,palspace=YUV601", VORN_CS_RGB, 3, 1, 7},
+        {"palette=200", VORN_CS_YUV601, 3, 1, 7},
+        {"palette=1000,b=2", VORN_CS_RGB, 3, 1, 7},
+        {"palette=1", VORN_CS_RGB, 4, 1, 7},
+        {"palette=16", VORN_CS_CMAPPED, 1, 1, 0},
+        {"palette=16", VORN_CS_CMAPPED, 1, 2, 0},
+        {"palette=16", -1, 3, 1, 0},
+    };
+    Loader loader;
+    for (const auto& c : cases) {
+        const std::string name = std::string("w=31,h=17,c=1,space=CMAPPED,") + c.name;
+        SCOPED_TRACE(name + ", wish " + text(c.wish));
+        ASSERT_TRUE(loader.open(name));
+        if (c.wish >= 0) VORN_H_ImageVaSetTags(loader, ITAG_ColorSpace, VORN_Word(c.wish), TAG_End);
+        const Picture target = plainPicture({31, 17, c.channels, c.bytes});
+        const Picture entries = loadersPalette(name);
+        const int colors = c.wish == VORN_CS_GRAY ? 1 : 3;
+        uint32_t entryCode = 0;
+        VORN_L_SetColorSpaceCorrection(&entryCode, WishedPicture(name).paletteSpace, c.wish);
+        const Picture palette = converted(plainPicture({entries.record.width, 1, colors, c.bytes}),
+                                          entries, static_cast<int>(entryCode), nullptr);
+        const Picture expected = converted(target, loadersPicture(name), c.code, &palette);
+        EXPECT_TRUE(loader.read(target));
+        EXPECT_TRUE(same(target, expected));
+        loader.closeImage();
+    }
+}
+
+TEST_F(Reading, CallsTheMeterAsOftenAsItWasAskedTo) {
+    const struct {
+        int lines, ticks, calls;
+    } cases[] = {{100, -1, 16},   {100, 1, 1},  {100, 0, 1},
+                 {100, 100, 100}, {10, 35, 35}, {1, 16, 16}};
+    struct Calls {
+        std::vector<int> counts;
+        VORN_Image* image;
+    };
+    Loader loader;
+    for (const auto& c : cases) {
+        const std::string name = named({7, c.lines, 3, 1}, "");
+        ASSERT_TRUE(loader.open(name));
+        Calls calls{{}, loader};
+        const VORN_MeterCallback meter = [](VORN_Image* image, VORN_Word data, int32_t count) {
+            auto& seen = *reinterpret_cast<Calls*>(data);
+            EXPECT_EQ(image, seen.image);
+            seen.counts.push_back(count);
+        };
+        auto tags = words(ITAG_MeterCallback, meter, ITAG_MeterCallbackUserData, &calls);
+        if (c.ticks >= 0)
+            tags = words(ITAG_MeterTicks, c.ticks, ITAG_MeterCallback, meter,
+                         ITAG_MeterCallbackUserData, &calls);
+        const Picture target = plainPicture({7, c.lines, 3, 1});
+        ASSERT_TRUE(loader.read(target, tags));
+        EXPECT_TRUE(same(target, loadersPicture(name)));
+        ASSERT_EQ(calls.counts.size(), static_cast<size_t>(c.calls)) << c.lines;
+        for (int i = 0; i < c.calls; ++i) EXPECT_EQ(calls.counts[static_cast<size_t>(i)], i + 1);
+        loader.closeImage();
+    }
+}
+
+// Where an abort comes in the stream decides how much of it the module still sends; the module is
+// back in its command loop in every case, and the next picture comes whole.
+TEST_F(Reading, StopsWhereTheAbortCallbackSaysAndServesTheNextPicture) {
+    constexpr int kBlocks = 6;
+    constexpr int kLines = 2;
+    Loader loader;
+    for (int stopAt = 1; stopAt <= kBlocks; ++stopAt) {
+        SCOPED_TRACE(stopAt);
+        const std::string name = named({5, kBlocks * kLines, 3, 1}, "block=2,seed=" + text(stopAt));
+        ASSERT_TRUE(loader.open(name));
+        int left = stopAt;
+        const VORN_AbortCallback abort = [](VORN_Image*, VORN_Word data) {
+            return int32_t{--*reinterpret_cast<int*>(data) == 0};
+        };
+        const Picture target = plainPicture({5, kBlocks * kLines, 3, 1});
+        Picture expected = target.clone();
+        const Picture source = loadersPicture(name);
+        for (int y = 0; y < (stopAt - 1) * kLines; ++y)
+            vorn::test::slowLineCopy(source, expected, y, y, 0, nullptr);
+        EXPECT_FALSE(loader.read(
+            target, words(ITAG_AbortCallback, abort, ITAG_AbortCallbackUserData, &left)));
+        EXPECT_EQ(loader.code(), 27);
+        EXPECT_TRUE(same(target, expected));
+        ASSERT_TRUE(loader.closeImage());
+        ASSERT_TRUE(loader.reads("w=9,h=9,seed=" + text(100 + stopAt)));
+        ASSERT_TRUE(loader.closeImage());
+    }
+}
+
+TEST_F(Reading, AsksTheAbortCallbackAfterTheMeterToo) {
+    const std::string name =
+        named({5, 100, 3, 1}, "block=100");  // one block: it is asked once for it
+    Loader loader;
+    ASSERT_TRUE(loader.open(name));
+    int meterCalls = 0;
+    const VORN_MeterCallback meter = [](VORN_Image*, VORN_Word data, int32_t count) {
+        *reinterpret_cast<int*>(data) = count;
+    };
+    const VORN_AbortCallback abort = [](VORN_Image*, VORN_Word data) {
+        return int32_t{*reinterpret_cast<int*>(data) == 2};
+    };
+    const Picture target = plainPicture({5, 100, 3, 1});
+    EXPECT_FALSE(loader.read(
+        target, words(ITAG_MeterCallback, meter, ITAG_MeterCallbackUserData, &meterCalls,
+                      ITAG_AbortCallback, abort, ITAG_AbortCallbackUserData, &meterCalls)));
+    EXPECT_EQ(loader.code(), 27);
+    EXPECT_EQ(meterCalls, 2);
+    loader.closeImage();
+    EXPECT_TRUE(loader.reads("w=9,h=9"));
+}
+
+TEST_F(Reading, KeepsNothingOfTheImageBefore) {
+    Loader loader;
+    const int program = [&] {
+        EXPECT_TRUE(loader.open("w=5,h=3,orient=0,space=RGB,text=first,dpix=72,dpiy=144"));
+        return loader.program();
+    }();
+    VORN_H_ImageVaSetTags(loader, ITAG_Orientation, VORN_Word(5), ITAG_ColorSpace,
+                          VORN_Word(VORN_CS_GRAY), TAG_End);
+    EXPECT_EQ(loader.number(ITAG_XDPI), 144);
+    EXPECT_EQ(loader.number(ITAG_Width), 3);
+    EXPECT_TRUE(loader.read(plainPicture({3, 5, 1, 1})));
+    EXPECT_TRUE(loader.closeImage());
+
+    EXPECT_TRUE(loader.reads("w=4,h=7,c=4,b=2"));
+    EXPECT_EQ(loader.number(ITAG_Width), 4);
+    EXPECT_EQ(loader.number(ITAG_XDPI), -1);
+    char* description = nullptr;
+    EXPECT_FALSE(VORN_H_ImageVaGetTags(loader, ITAG_Description, VORN_Word(&description), TAG_End));
+    EXPECT_EQ(description, nullptr);
+    EXPECT_EQ(loader.program(), program);
+}
+
+TEST_F(Reading, RefusesABufferThatIsNoneBeforeTheLoaderIsAsked) {
+    Loader loader;
+    const std::string name = "w=6,h=6,seed=3";
+    ASSERT_TRUE(loader.open(name));
+    const Picture target = plainPicture({6, 6, 3, 1});
+    VORN_ImageBuffer buffer = bufferOf(target);
+    buffer.type = 2;
+    EXPECT_FALSE(VORN_H_ImageVaReadData(loader, &buffer, TAG_End));
+    EXPECT_EQ(loader.code(), 60);
+    EXPECT_TRUE(loader.read(target));
+    EXPECT_TRUE(same(target, loadersPicture(name)));
+}
+
+TEST_F(Reading, GivesAPictureOnlyOnceForEveryOpen) {
+    Loader loader;
+    ASSERT_TRUE(loader.reads("w=6,h=6"));
+    EXPECT_FALSE(loader.read(plainPicture({6, 6, 3, 1})));
+    loader.closeImage();
+    EXPECT_TRUE(loader.reads("w=6,h=6"));
+}
+
+TEST_F(Reading, BringsTheLoadersErrors) {
+    const struct {
+        const char* name;
+        bool opens;
+        int code, subcode;
+    } cases[] = {
+        {"fail=open", false, 2001, 0},
+        {"fail=open,code=134217750,subcode=5", false, 0x08000016, 5},
+        {"fail=begin,code=2007,subcode=-3", false, 2007, -3},
+        {"fail=read,code=2", true, 2, 0},
+        {"fail=read,failat=10,block=4,code=2008,subcode=1", true, 2008, 1},
+    };
+    Loader loader;
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.name);
+        const std::string name = std::string("w=6,h=40,") + c.name;
+        const Picture target = plainPicture({6, 40, 3, 1});
+        EXPECT_EQ(loader.open(name), c.opens);
+        EXPECT_FALSE(c.opens && loader.read(target));
+        EXPECT_EQ(loader.code(), c.code);
+        EXPECT_EQ(loader.subcode(), c.subcode);
+        EXPECT_TRUE(loader.closeImage());
+        EXPECT_EQ(loader.code(), 0);
+        ASSERT_TRUE(loader.reads("w=6,h=6"));
+        loader.closeImage();
+    }
+}
+
+TEST_F(Reading, GoesOnAfterModuleCommands) {
+    Loader loader;
+    ASSERT_TRUE(loader.open("w=6,h=6,seed=8"));
+    for (int page = 1; page <= 3; ++page) {
+        VORN_TagItem* answer =
+            VORN_H_ModuleVaSendCommand(loader, CMD_Module, ITAG_PageNumber, VORN_Word(page),
+                                       ITAG_PageName, VORN_Word("leaf"), TAG_End);
+        ASSERT_NE(answer, nullptr);
+        EXPECT_EQ(VORN_L_TagGetLongVal(VORN_L_TagFind(answer, ITAG_PageNumber)), page + 1);
+        char name[16];
+        EXPECT_STREQ(VORN_L_CopyTagStringOrNull(answer, ITAG_PageName, name, sizeof name), "leaf");
+        VORN_L_TagFreeData(answer);
+        // A callback that makes no answer is answered for.
+        VORN_L_TagFreeData(VORN_H_ModuleVaSendCommand(loader, CMD_Module, TAG_End));
+        EXPECT_EQ(loader.code(), 0);
+        EXPECT_EQ(VORN_H_ModuleVaSendCommand(loader, CMD_Module - 1, TAG_End), nullptr);
+        EXPECT_EQ(loader.code(), 0);
+    }
+    const Picture target = plainPicture({6, 6, 3, 1});
+    EXPECT_TRUE(loader.read(target));
+    EXPECT_TRUE(same(target, loadersPicture("w=6,h=6,seed=8")));
+}
+
+}  // namespace

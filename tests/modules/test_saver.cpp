@@ -1,0 +1,195 @@
+// A saver that writes what it received, see saved_picture.h. Installed as "saver-5" it announces
+// orientation 5, as "mute" it announces nothing. ITAG_DocumentName holds wishes: form=, sb= (bytes
+// per channel) and lines= of its own buffer; fail=open, begin or write with code= and failat=LINE;
+// stop=LINE to take no more without an error; blocks=1 to note the host's blocks instead of pixels.
+#include <vorn/library.h>
+#include <vorn/module.h>
+
+#include <algorithm>
+#include <cstring>
+#include <string>
+#include <vector>
+
+#include "module/module_state.h"
+#include "tags/tag_walk.h"
+#include "tests/modules/explicit_steps.h"
+#include "tests/modules/program_name.h"
+#include "tests/modules/saved_picture.h"
+#include "tests/modules/wished_picture.h"
+
+namespace {
+
+constexpr uint8_t kBlank = 0xEE;
+
+struct Session {
+    Wishes wishes{""};
+    std::string path;
+    SavedHead head;
+    std::vector<uint8_t> told;
+    std::vector<SavedBlock> blocks;
+    std::vector<uint8_t> samples;
+};
+
+Session& session() {
+    static Session theOne;
+    return theOne;
+}
+
+int32_t fails(const char* place) {
+    const Wishes& wishes = session().wishes;
+    if (wishes.text("fail") != place) return 0;
+    VORN_M_SetErrorCode(wishes.number("code", 2001), wishes.number("subcode", 0));
+    return 1;
+}
+
+int32_t number(const VORN_TagItem* message, uint32_t id, int32_t otherwise) {
+    const VORN_TagItem* item = VORN_L_TagFind(message, id);
+    return item ? VORN_L_TagGetLongVal(item) : otherwise;
+}
+
+std::string text(const VORN_TagItem* message, uint32_t id) {
+    char value[4096];
+    return VORN_L_CopyTagStringOrNull(message, id, value, sizeof value) ? value : "";
+}
+
+void answerQuery() {
+    const std::string name = programName();
+    if (name == "mute") return;
+    VORN_M_SetVaImageInfo(ITAG_Orientation, static_cast<VORN_Word>(numberInName(name, 0)), TAG_End);
+}
+
+int32_t openImage(const VORN_TagItem* message) {
+    Session& s = session();
+    s = Session{};
+    s.wishes = Wishes(text(message, ITAG_DocumentName));
+    s.path = text(message, ITAG_Filename);
+    s.head.width = number(message, ITAG_Width, 0);
+    s.head.height = number(message, ITAG_Height, 0);
+    s.head.channels = number(message, ITAG_Channels, 3);
+    s.head.bytesPerChannel = s.wishes.number("sb", number(message, ITAG_ImageChannelSize, 1));
+    s.told.resize(VORN_L_TagListSize(message, nullptr) + vorn::kEndItemSize);
+    VORN_L_TagCopyList(message, s.told.data(), 0);
+    return !fails("open");
+}
+
+int32_t beginImage() { return !fails("begin"); }
+
+// The saver's own buffer, in the form that was wished for.
+struct OwnBuffer {
+    OwnBuffer(const Session& s, int32_t lines) {
+        VORN_DataFormat format{};
+        format.width = s.head.width;
+        format.height = lines;
+        format.channels = s.head.channels;
+        format.bytesPerChannel = s.head.bytesPerChannel;
+        const int32_t size = setExplicitSteps(format, s.wishes.text("form", "cells"), lines);
+        bytes.assign(static_cast<size_t>(size), kBlank);
+        VORN_L_InitChunkyBufferFromDataFormat(&record, &format);
+        for (int32_t c = 0; c < format.channels; ++c) {
+            record.pixelStep[c] = format.pixelStep[c];
+            record.lineStep[c] = format.lineStep[c];
+            record.channelPlace[c] = bytes.data() + format.channelPlace[c];
+        }
+    }
+
+    void keep(int32_t lines, std::vector<uint8_t>& samples) const {
+        for (int32_t y = 0; y < lines; ++y) {
+            for (int32_t x = 0; x < record.width; ++x) {
+                for (int32_t c = 0; c < record.channels; ++c) {
+                    const uint8_t* at = record.channelPlace[c] + ptrdiff_t{y} * record.lineStep[c] +
+                                        ptrdiff_t{x} * record.pixelStep[c];
+                    samples.insert(samples.end(), at, at + record.bytesPerChannel);
+                }
+            }
+        }
+    }
+
+    std::vector<uint8_t> bytes;
+    VORN_ChunkyBuffer record{};
+};
+
+bool writeFile(const Session& s) {
+    VORN_File* file = BOpenFile(s.path.c_str(), BFILE_Write);
+    if (!file) {
+        VORN_M_SetErrorCode(20, BGetErrorCode());
+        return false;
+    }
+    const auto write = [file](const void* bytes, size_t size) {
+        const auto count = static_cast<int32_t>(size);
+        return count == 0 || VORN_M_BWrite(file, bytes, count) == count;
+    };
+    SavedHead head = s.head;
+    head.tagBytes = static_cast<int32_t>(s.told.size());
+    head.blocks = static_cast<int32_t>(s.blocks.size());
+    const bool written = write(&head, sizeof head) && write(s.told.data(), s.told.size()) &&
+                         write(s.blocks.data(), s.blocks.size() * sizeof(SavedBlock)) &&
+                         write(s.samples.data(), s.samples.size()) && BCommit(file);
+    BClose(file);
+    return written;
+}
+
+// Takes the host's messages as they are. True when all lines have come.
+bool noteBlocks(Session& s) {
+    vorn::ModuleState& module = vorn::moduleState();
+    int32_t lines = 0;
+    for (;;) {
+        const auto* message =
+            static_cast<const VORN_TagItem*>(VORN_L_StartReadingSharedStuff(&module.stuff));
+        if (!message) return false;
+        module.interrupted = vorn::isInterrupt(message);
+        if (!module.interrupted) {
+            const VORN_TagItem* data = VORN_L_TagFind(message, ITAG_Data);
+            VORN_DataFormat format;
+            std::memcpy(&format, vorn::itemData(VORN_L_TagFind(message, ITAG_DataFormat)),
+                        sizeof format);
+            s.blocks.push_back({number(message, ITAG_ReadLineNo, -1), format.height,
+                                format.channels, static_cast<int32_t>(vorn::itemDataSize(data))});
+            lines += format.height;
+        }
+        VORN_L_EndReadingSharedStuff(&module.stuff);
+        if (module.interrupted) return lines == s.head.height;
+    }
+}
+
+// True when all lines have come.
+bool takeLines(Session& s) {
+    VORN_ImageDataState* state = VORN_M_CreateGetImageDataState();
+    const int32_t failAt = s.wishes.number("failat", 0);
+    const int32_t stopAt = s.wishes.number("stop", s.head.height);
+    const int32_t most = s.wishes.number("lines", 7);
+    int32_t done = 0;
+    bool good = state != nullptr;
+    while (good && done < stopAt && !(done >= failAt && fails("write"))) {
+        const OwnBuffer buffer(s, std::min(most, stopAt - done));
+        const int32_t got = VORN_M_GetImageData(&buffer.record, state);
+        buffer.keep(got, s.samples);
+        done += got;
+        good = got == buffer.record.height;
+    }
+    const bool complete = done == s.head.height;
+    // After an error the host's lines are left where they are: it shall hear of the error first.
+    if (s.wishes.text("fail") == "write")
+        FreeMemory(state);
+    else
+        VORN_M_DestroyImageDataState(state);
+    return complete;
+}
+
+int32_t writeImage() {
+    Session& s = session();
+    const bool complete = s.wishes.number("blocks", 0) ? noteBlocks(s) : takeLines(s);
+    if (s.wishes.text("fail") == "write") return 0;
+    return !complete || writeFile(s);
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    VORN_M_SetVaModuleTags(SHTAG_Version, static_cast<VORN_Word>(VORN_PROTOCOL_VERSION),
+                           SHTAG_SaverQuery, reinterpret_cast<VORN_Word>(&answerQuery),
+                           SHTAG_SaverOpen, reinterpret_cast<VORN_Word>(&openImage),
+                           SHTAG_SaverBegin, reinterpret_cast<VORN_Word>(&beginImage),
+                           SHTAG_SaverWrite, reinterpret_cast<VORN_Word>(&writeImage), SHTAG_End);
+    VORN_M_ShellMain(argc, argv);
+    return 0;
+}
