@@ -42,4 +42,13 @@ const char* moduleDirectory(int32_t type) {
     }
 }
 
+bool findModuleLibrary(const char* name, int32_t type, char (&path)[kMaxPath]) {
+    const char* directory = moduleDirectory(type);
+    char asked[kMaxPath];
+    return name != nullptr && directory != nullptr &&
+           joinPath(asked, sizeof asked, directory, name) &&
+           appendText(asked, sizeof asked, ".dll") &&
+           platform::resolveLibrary(asked, path, sizeof path);
+}
+
 }  // namespace vorn

@@ -8,8 +8,6 @@
 #include "catalogue/module_directory.h"
 #include "catalogue/module_list.h"
 #include "errors/error_numbers.h"
-#include "platform/path.h"
-#include "support/text.h"
 #include "tags/gathered_words.h"
 
 namespace vorn {
@@ -25,11 +23,7 @@ void answerList(VORN_Word address, char** list) { *reinterpret_cast<char***>(add
 
 bool isDynamicLibrary(const char* name, int32_t type) {
     char path[platform::kMaxPath];
-    char library[platform::kMaxPath];
-    return name != nullptr && moduleDirectory(type) != nullptr &&
-           joinPath(path, sizeof path, moduleDirectory(type), name) &&
-           appendText(path, sizeof path, ".dll") &&
-           platform::resolveLibrary(path, library, sizeof library);
+    return findModuleLibrary(name, type, path);
 }
 
 bool answerHandlerQuestion(int32_t type, uint32_t id, VORN_Word address) {

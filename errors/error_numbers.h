@@ -38,7 +38,6 @@ enum ErrorNumber : int32_t {
     kErrorNoCommands = 53,  // a module-specific command for a module that knows none
     kErrorArgument = 60,
     kErrorNoDialog = 73,
-    kErrorNoScaling = 74,  // a read of another size than the image has, in a build without scalers
     kErrorNoTags = 1001,
 };
 

@@ -5,6 +5,8 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "platform/path.h"
+
 namespace vorn::platform {
 
 class File {
@@ -27,11 +29,12 @@ class File {
     int32_t write(const void* buffer, size_t count, size_t& moved);
     int32_t seek(int64_t position);
     int32_t size(int64_t& bytes) const;
+    int32_t flush();  // to the disk, so that not even the system's end can lose the bytes
     int32_t commit();
 
   private:
     int32_t openNamed();
-    int32_t nameBeside(char* out, size_t size, unsigned attempt) const;
+    int32_t nameBeside(char (&out)[kMaxPath], unsigned attempt) const;
 
     int descriptor_ = -1;
     char* target_ = nullptr;     // set while a replacement is not committed

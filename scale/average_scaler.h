@@ -2,7 +2,8 @@
 // weighted by the area covered.
 #pragma once
 
-#include "scale/piece_table.h"
+#include "scale/area_table.h"
+#include "scale/average_kernels.h"
 #include "scale/scaler.h"
 
 namespace vorn {
@@ -16,17 +17,19 @@ class AverageScaler final : public BandScaler {
 
   private:
     template <class Sample>
-    void addLine(uint32_t weight);
+    void addLines(int32_t count);
+    template <class Sample>
+    void addLines(const ChannelGroup& group, int32_t first, int32_t count);
     template <class Sample>
     void finishLine();
     uint32_t* sumsOf(const ChannelGroup& group) const;
 
-    PieceTable samplePieces_;
-    PieceTable linePieces_;
-    Owned<uint32_t> sums_;              // for each source sample of the line: see AverageKernels
-    const Piece* nextPiece_ = nullptr;  // of linePieces_
-    bool lineBegun_ = false;            // some pieces of the destination line are in sums_
-    bool lineComplete_ = false;         // all of them are
+    AreaTable sampleAreas_;
+    AreaTable lineAreas_;
+    Owned<uint32_t> sums_;     // for each source sample of a line: see AverageKernels
+    int32_t nextLine_ = 0;     // the destination line to make next
+    int32_t currentLine_ = 0;  // the source line at the ring's read side
+    int32_t linesAdded_ = 0;   // how many lines of the destination line's span are in the sums
 };
 
 }  // namespace vorn

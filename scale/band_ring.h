@@ -16,9 +16,12 @@ class BandRing {
     bool empty() const { return written_ == read_; }
     bool full() const { return written_ - read_ == capacity_; }
     int64_t written() const { return written_; }  // lines put in since the start
+    int32_t waiting() const { return static_cast<int32_t>(written_ - read_); }
 
-    // Index within the band of the next line to take and of the next to put.
-    int32_t readLine() const { return static_cast<int32_t>((read_ - base_) % capacity_); }
+    // Index within the band of the next line to take, or one behind it, and of the next to put.
+    int32_t readLine(int32_t behind = 0) const {
+        return static_cast<int32_t>((read_ - base_ + behind) % capacity_);
+    }
     int32_t writeLine() const { return static_cast<int32_t>((written_ - base_) % capacity_); }
 
     // Puts lines in, at most until the ring is full.

@@ -2,19 +2,13 @@
 
 #include <algorithm>
 
+#include "scale/cpu.h"
+#if defined(VORN_SCALE_X86)
+#include "scale/x86/kernels.h"
+#endif
+
 namespace vorn {
 namespace {
-
-// A weighted sum of samples on the rows' scale. 8-bit samples are widened by repeating them.
-template <class Sample>
-int32_t rowValue(int32_t sum) {
-    if constexpr (sizeof(Sample) == 1) {
-        const int32_t value = sum >> 6;
-        return value + (value >> 8);
-    } else {
-        return sum >> 14;
-    }
-}
 
 template <class Sample, int kChannels>
 void horizontal(int32_t* row, const Sample* line, const BicubicPlan& plan) {
@@ -26,7 +20,7 @@ void horizontal(int32_t* row, const Sample* line, const BicubicPlan& plan) {
         for (int32_t k = 0; k < entry.count; ++k, in += kChannels) {
             for (int c = 0; c < kChannels; ++c) sum[c] += in[c] * weights[k];
         }
-        for (int c = 0; c < kChannels; ++c) row[c] = rowValue<Sample>(sum[c]);
+        for (int c = 0; c < kChannels; ++c) row[c] = bicubicRowValue<Sample>(sum[c]);
     }
 }
 
@@ -60,11 +54,23 @@ constexpr BicubicKernels<Sample> kPlain = {
 }  // namespace
 
 template <class Sample>
-const BicubicKernels<Sample>& bicubicKernels() {
+const BicubicKernels<Sample>& plainBicubicKernels() {
     return kPlain<Sample>;
 }
 
-template const BicubicKernels<uint8_t>& bicubicKernels<uint8_t>();
-template const BicubicKernels<uint16_t>& bicubicKernels<uint16_t>();
+template const BicubicKernels<uint8_t>& plainBicubicKernels();
+template const BicubicKernels<uint16_t>& plainBicubicKernels();
+
+template <class Sample>
+const BicubicKernels<Sample>& bicubicKernels() {
+#if defined(VORN_SCALE_X86)
+    return chooseKernels<BicubicKernels<Sample>>(plainBicubicKernels<Sample>(), x86::overwrite);
+#else
+    return plainBicubicKernels<Sample>();
+#endif
+}
+
+template const BicubicKernels<uint8_t>& bicubicKernels();
+template const BicubicKernels<uint16_t>& bicubicKernels();
 
 }  // namespace vorn

@@ -27,6 +27,21 @@ struct BicubicKernels {
                      size_t count);
 };
 
+// A weighted sum of samples on the rows' scale. 8-bit samples are widened by repeating them.
+template <class Sample>
+inline int32_t bicubicRowValue(int32_t sum) {
+    if constexpr (sizeof(Sample) == 1) {
+        const int32_t value = sum >> 6;
+        return value + (value >> 8);
+    } else {
+        return sum >> 14;
+    }
+}
+
+template <class Sample>
+const BicubicKernels<Sample>& plainBicubicKernels();
+
+// The plain kernels, or faster ones with the same results.
 template <class Sample>
 const BicubicKernels<Sample>& bicubicKernels();
 

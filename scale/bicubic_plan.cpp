@@ -88,7 +88,7 @@ bool BicubicPlan::build(int32_t in, int32_t out, double blur) {
     const Filter filter(in, out, blur);
     const size_t total = placeContributions(filter);
     if (total == 0) return false;
-    weights.reset(static_cast<int16_t*>(AllocMemory(total * sizeof(int16_t), 0)));
+    weights.reset(static_cast<int16_t*>(AllocMemory(total * sizeof(int16_t), MEMORY_Clear)));
     return weights && fillWeights(filter);
 }
 
@@ -108,7 +108,7 @@ size_t BicubicPlan::placeContributions(const Filter& filter) {
         const int32_t count = last - first + 1;
         contributions.get()[i] = {first, count, total};
         maxCount = std::max(maxCount, count);
-        total += static_cast<size_t>(count);
+        total += static_cast<size_t>((count + kWeightRun - 1) / kWeightRun * kWeightRun);
     }
     return total;
 }

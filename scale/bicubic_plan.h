@@ -11,10 +11,11 @@ namespace vorn {
 struct Contribution {
     int32_t first;   // the first source item
     int32_t count;   // how many; their weights add up to exactly kBicubicUnit
-    size_t weights;  // where they begin in the plan's weights
+    size_t weights;  // where they begin in the plan's weights; zeros follow, up to whole runs
 };
 
 inline constexpr int32_t kBicubicUnit = 16384;
+inline constexpr int32_t kWeightRun = 4;
 
 struct BicubicPlan {
     Owned<Contribution> contributions;  // one for each destination item

@@ -1,5 +1,10 @@
 #include "scale/bilinear_kernels.h"
 
+#include "scale/cpu.h"
+#if defined(VORN_SCALE_X86)
+#include "scale/x86/kernels.h"
+#endif
+
 namespace vorn {
 namespace {
 
@@ -43,11 +48,23 @@ constexpr BilinearKernels<Sample> kPlain = {
 }  // namespace
 
 template <class Sample>
-const BilinearKernels<Sample>& bilinearKernels() {
+const BilinearKernels<Sample>& plainBilinearKernels() {
     return kPlain<Sample>;
 }
 
-template const BilinearKernels<uint8_t>& bilinearKernels<uint8_t>();
-template const BilinearKernels<uint16_t>& bilinearKernels<uint16_t>();
+template const BilinearKernels<uint8_t>& plainBilinearKernels();
+template const BilinearKernels<uint16_t>& plainBilinearKernels();
+
+template <class Sample>
+const BilinearKernels<Sample>& bilinearKernels() {
+#if defined(VORN_SCALE_X86)
+    return chooseKernels<BilinearKernels<Sample>>(plainBilinearKernels<Sample>(), x86::overwrite);
+#else
+    return plainBilinearKernels<Sample>();
+#endif
+}
+
+template const BilinearKernels<uint8_t>& bilinearKernels();
+template const BilinearKernels<uint16_t>& bilinearKernels();
 
 }  // namespace vorn

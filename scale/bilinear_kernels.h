@@ -35,6 +35,10 @@ struct BilinearKernels {
 };
 
 template <class Sample>
+const BilinearKernels<Sample>& plainBilinearKernels();
+
+// The plain kernels, or faster ones with the same results.
+template <class Sample>
 const BilinearKernels<Sample>& bilinearKernels();
 
 }  // namespace vorn

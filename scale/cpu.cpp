@@ -19,10 +19,7 @@ bool processorHasAvx2() {
 
 }  // namespace
 
-KernelSet kernelSet() {
-    if (threadState<KernelChoice>().plain || !processorHasAvx2()) return KernelSet::Plain;
-    return KernelSet::Avx2;
-}
+bool useAvx2() { return processorHasAvx2() && !threadState<KernelChoice>().plain; }
 
 void forcePlainKernels(bool plain) { threadState<KernelChoice>().plain = plain; }
 

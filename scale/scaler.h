@@ -74,11 +74,13 @@ class BandScaler : public Scaler {
     BandRing sourceRing_;  // the line at its read side is the current one
     BandRing destinationRing_;
 
-    // The source and destination lines at the rings' current positions, of one group of channels.
+    // The source line at the ring's read side, or one behind it, of one group of channels.
     template <class Sample>
-    const Sample* sourceLine(const ChannelGroup& group) {
-        return static_cast<const Sample*>(lines_.source(group, sourceRing_.readLine()));
+    const Sample* sourceLine(const ChannelGroup& group, int32_t behind = 0) {
+        return static_cast<const Sample*>(lines_.source(group, sourceRing_.readLine(behind)));
     }
+
+    // Where the next destination line of a group goes, and the call that ends it.
     template <class Sample>
     Sample* destinationLine(const ChannelGroup& group) {
         return static_cast<Sample*>(lines_.destination(group, destinationRing_.writeLine()));

@@ -25,6 +25,7 @@ int32_t& lastError() { return vorn::threadState<FileErrorState>().error; }
 struct VORN_File {
     vorn::platform::File file;
     bool writing = false;
+    int32_t failed = 0;  // the first write error: what was written since may have gaps
     int64_t position =
         0;  // of the system's file: behind the buffer when reading, before it when writing
     size_t start = 0;
@@ -37,6 +38,7 @@ struct VORN_File {
         position += static_cast<int64_t>(moved);
         std::memmove(buffer, buffer + moved, end - moved);
         end -= moved;
+        if (error && !failed) failed = error;
         return error;
     }
 
@@ -152,6 +154,7 @@ int64_t BFileSize(VORN_File* file) {
 
 VORN_Bool BCommit(VORN_File* file) {
     lastError() = file->writing ? file->flush() : EBADF;
+    if (lastError() == 0) lastError() = file->failed;
     if (lastError() == 0) lastError() = file->file.commit();
     return lastError() == 0;
 }

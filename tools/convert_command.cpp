@@ -13,6 +13,7 @@
 #include "tools/conversion_plan.h"
 #include "tools/handle.h"
 #include "tools/picture.h"
+#include "tools/target_size.h"
 
 namespace vorn::tool {
 
@@ -26,12 +27,22 @@ struct Arguments {
     std::string colorSpace;
     int32_t depth = 0;
     int32_t orientation = 0;
+    std::string size;
+    std::string fit;
+    std::string scaler;
     std::vector<std::string> settings;
     bool quiet = false;
 };
 
-ConversionWishes wishesOf(const Arguments& arguments) {
+bool isScaled(const Arguments& arguments) {
+    return !arguments.size.empty() || !arguments.fit.empty();
+}
+
+ConversionWishes wishesOf(const Arguments& arguments, const ImageDescription& image) {
     ConversionWishes wishes;
+    if (isScaled(arguments) && image.colorSpace == VORN_CS_CMAPPED) {
+        wishes.colorSpace = VORN_CS_RGB;  // colours can be mixed, palette indices can't
+    }
     if (!arguments.colorSpace.empty()) {
         wishes.colorSpace = VORN_L_FindColorSpace(arguments.colorSpace.c_str());
     }
@@ -39,6 +50,28 @@ ConversionWishes wishesOf(const Arguments& arguments) {
         wishes.depth = arguments.depth;
     }
     return wishes;
+}
+
+// Asks for the size that the user wants, in the orientation that was asked for. The picture is then
+// scaled while it streams in.
+void wishSize(const Arguments& arguments, VORN_Image* image) {
+    if (!isScaled(arguments)) {
+        return;
+    }
+    const std::string& text = arguments.size.empty() ? arguments.fit : arguments.size;
+    Size own;
+    if (!VORN_H_ImageVaGetTags(image, ITAG_Width, reinterpret_cast<VORN_Word>(&own.width),
+                               ITAG_Height, reinterpret_cast<VORN_Word>(&own.height), TAG_End)) {
+        throw libraryFailure(arguments.in, image);
+    }
+    const TargetSize target = *TargetSize::parse(text);  // checked with the command line
+    const Size size = arguments.size.empty() ? target.fitting(own) : target.of(own);
+    VORN_H_ImageVaSetTags(image, ITAG_Width, static_cast<VORN_Word>(size.width), ITAG_Height,
+                          static_cast<VORN_Word>(size.height), TAG_End);
+    if (!arguments.scaler.empty()) {
+        VORN_H_ImageVaSetTags(image, ITAG_ScalerName,
+                              reinterpret_cast<VORN_Word>(arguments.scaler.c_str()), TAG_End);
+    }
 }
 
 struct Loaded {
@@ -58,9 +91,10 @@ Loaded load(const Arguments& arguments, const Capabilities& saver, Onlookers& on
                                static_cast<VORN_Word>(arguments.orientation), TAG_End)) {
         throw libraryFailure(arguments.in, image);
     }
+    wishSize(arguments, image);
     const ImageDescription description = describe(image, arguments.in, loader);
     std::string reason;
-    const auto plan = planConversion(description, saver, wishesOf(arguments), reason);
+    const auto plan = planConversion(description, saver, wishesOf(arguments, description), reason);
     if (!plan) {
         throw Failure{arguments.out, reason, kErrorCannotSave, 0};
     }
@@ -110,6 +144,13 @@ void convert(const Arguments& arguments) {
     }
 }
 
+std::string checkSize(const std::string& text) {
+    if (TargetSize::parse(text)) {
+        return "";
+    }
+    return "\"" + text + "\" is no size; sizes are 400x300, 400x300!, 400, x300 or 50%";
+}
+
 std::string checkColorSpace(const std::string& name) {
     if (VORN_L_FindColorSpace(name.c_str()) != VORN_CS_NONE) {
         return "";
@@ -141,6 +182,19 @@ void addConvertCommand(CLI::App& program, ExitStatus&) {
                      "Turn the picture: quarter turns clockwise, plus 4 to mirror it left to "
                      "right before that")
         ->check(CLI::Range(0, 7));
+    CLI::Option* const size =
+        command
+            ->add_option("--size", arguments->size,
+                         "Scale: 400x300 (fits into it), 400x300! (exactly), 400, x300 or 50%")
+            ->check(checkSize);
+    command->add_option("--fit", arguments->fit, "Scale down to fit into 400x300, never up")
+        ->check(checkSize)
+        ->excludes(size);
+    command
+        ->add_option("--scaler", arguments->scaler,
+                     "How to scale; otherwise what suits the sizes best")
+        ->check(CLI::IsMember(
+            {"fastest", "bestdown", "bestup", "blscale", "qdscale", "avscale", "bcscale"}));
     command
         ->add_option("--set", arguments->settings,
                      "Set a field: Artist=Me, XDPI=300; without VALUE, drop it")

@@ -112,12 +112,12 @@ void setField(Fields& fields, const std::string& assignment) {
     }
 }
 
-void appendFields(std::vector<VORN_Word>& words, const Fields& fields) {
+void addFields(TagWords& words, const Fields& fields) {
     for (const auto& [id, text] : fields.texts) {
-        words.insert(words.end(), {id, reinterpret_cast<VORN_Word>(text.c_str())});
+        words.addAddress(id, text.c_str());
     }
     for (const auto& [id, number] : fields.numbers) {
-        words.insert(words.end(), {id, static_cast<VORN_Word>(number)});
+        words.addLong(id, number);
     }
 }
 

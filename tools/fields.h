@@ -8,7 +8,8 @@
 #include <map>
 #include <span>
 #include <string>
-#include <vector>
+
+#include "tools/tag_words.h"
 
 namespace vorn::tool {
 
@@ -30,7 +31,7 @@ Fields fieldsOf(VORN_Image* image);
 // removes the field. Throws WrongUsage.
 void setField(Fields& fields, const std::string& assignment);
 
-// Appends the fields to a user tag list without its end. The words point into `fields`.
-void appendFields(std::vector<VORN_Word>& words, const Fields& fields);
+// Adds the fields to a tag list, which then points into `fields`.
+void addFields(TagWords& words, const Fields& fields);
 
 }  // namespace vorn::tool

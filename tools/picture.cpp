@@ -21,17 +21,15 @@ int32_t onAbort(VORN_Image*, VORN_Word userData) {
 }
 
 // Without a bar there is no meter: it would cut the transfer into more and smaller blocks.
-std::vector<VORN_Word> transferTags(Onlookers& onlookers) {
-    std::vector<VORN_Word> words = {ITAG_AbortCallback, reinterpret_cast<VORN_Word>(&onAbort),
-                                    ITAG_AbortCallbackUserData,
-                                    reinterpret_cast<VORN_Word>(&onlookers.interrupts)};
+TagWords transferTags(Onlookers& onlookers) {
+    TagWords words;
+    words.addAddress(ITAG_AbortCallback, &onAbort);
+    words.addAddress(ITAG_AbortCallbackUserData, &onlookers.interrupts);
     if (onlookers.progress.isShown()) {
-        words.insert(words.end(),
-                     {ITAG_MeterCallback, reinterpret_cast<VORN_Word>(&onMeter),
-                      ITAG_MeterCallbackUserData, reinterpret_cast<VORN_Word>(&onlookers.progress),
-                      ITAG_MeterTicks, VORN_Word{ProgressBar::kTicks}});
+        words.addAddress(ITAG_MeterCallback, &onMeter);
+        words.addAddress(ITAG_MeterCallbackUserData, &onlookers.progress);
+        words.addLong(ITAG_MeterTicks, ProgressBar::kTicks);
     }
-    words.push_back(TAG_End);
     return words;
 }
 
@@ -58,7 +56,9 @@ Picture Picture::read(VORN_Image* image,
     }
     const int32_t channels = plan.channels() - (plan.addAlpha ? 1 : 0);
     const VORN_ImageBuffer target = picture.buffer(channels);
-    if (!VORN_H_ImageReadData(image, &target, transferTags(onlookers).data())) {
+    // A loader may find damage behind the last line, when all lines have been delivered.
+    if (!VORN_H_ImageReadData(image, &target, transferTags(onlookers).data()) ||
+        VORN_ErrorPairCode(VORN_H_ImageGetError(image)) != 0) {
         throw libraryFailure(file, image);
     }
     if (plan.addAlpha) {
@@ -108,25 +108,20 @@ void Picture::makeOpaque() {
     }
 }
 
-std::vector<VORN_Word> Picture::tags(const Fields& fields) const {
-    const bool alpha = plan_.channels() > plan_.colorChannels;
-    std::vector<VORN_Word> words;
-    const auto add = [&words](unsigned id, int32_t value) {
-        words.insert(words.end(), {id, static_cast<VORN_Word>(value)});
-    };
-    add(ITAG_Width, width_);
-    add(ITAG_Height, height_);
-    add(ITAG_Channels, plan_.channels());
-    add(ITAG_ImageChannels, plan_.colorChannels);
-    add(ITAG_ImageChannelSize, plan_.bytesPerChannel);
-    add(ITAG_Alpha, alpha);
-    add(ITAG_ColorSpace, plan_.colorSpace);
-    add(ITAG_Orientation, 0);
+TagWords Picture::tags(const Fields& fields) const {
+    TagWords words;
+    words.addLong(ITAG_Width, width_);
+    words.addLong(ITAG_Height, height_);
+    words.addLong(ITAG_Channels, plan_.channels());
+    words.addLong(ITAG_ImageChannels, plan_.colorChannels);
+    words.addLong(ITAG_ImageChannelSize, plan_.bytesPerChannel);
+    words.addLong(ITAG_Alpha, plan_.channels() > plan_.colorChannels);
+    words.addLong(ITAG_ColorSpace, plan_.colorSpace);
+    words.addLong(ITAG_Orientation, 0);
     if (!palette_.empty()) {
-        words.insert(words.end(), {ITAG_Palette, reinterpret_cast<VORN_Word>(palette_.data())});
+        words.addAddress(ITAG_Palette, palette_.data());
     }
-    appendFields(words, fields);
-    words.push_back(TAG_End);
+    addFields(words, fields);
     return words;
 }
 

@@ -43,7 +43,7 @@ class Picture {
     VORN_ImageBuffer buffer(int32_t channels) const;
     void copyPalette(VORN_Image* image, const std::string& file);
     void makeOpaque();
-    std::vector<VORN_Word> tags(const Fields& fields) const;
+    TagWords tags(const Fields& fields) const;
 
     int32_t width_;
     int32_t height_;

@@ -8,6 +8,7 @@
 #include "tags/gathered_words.h"
 #include "tags/tag_walk.h"
 #include "transport/connection.h"
+#include "transport/message.h"
 #include "transport/os_layer.h"
 #include "transport/tag_exchange.h"
 
@@ -42,7 +43,8 @@ VORN_Image* makeHandle() {
     image->stuff.linkDown = true;
     image->stop = platform::createSemaphore();
     image->tracker = AllocTracker();
-    if (image->stop != platform::kNoDescriptor && image->tracker) return image;
+    const bool whole = image->stop != platform::kNoDescriptor && image->tracker;
+    if (whole && makeMessageBuffer(*image)) return image;
     freeHandle(image);
     return nullptr;
 }

@@ -82,6 +82,8 @@ bool takeHeld(VORN_Image& image, const void* area, Message& message) {
 
 }  // namespace
 
+bool makeMessageBuffer(VORN_Image& image) { return makeRoom(image.message, 0, kFirstBufferSize); }
+
 bool receiveMessage(VORN_Image& image, Message& message) {
     const void* area = VORN_L_ImageHandleStartReading(&image);
     return area && takeHeld(image, area, message);

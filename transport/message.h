@@ -14,6 +14,10 @@ struct Message {
     uint32_t dataSize = 0;
 };
 
+// Makes the private memory of a new handle, large enough for every message without much data: so an
+// acknowledgement can be received even when memory has run out since. False when it has already.
+bool makeMessageBuffer(VORN_Image& image);
+
 // Waits for the module's next message and copies all of it but ITAG_Data's bytes. On success the
 // message is held: release it with VORN_L_ImageHandleEndReading as soon as its data bytes are
 // taken. On failure (errors 3, 5, 17) nothing is held.

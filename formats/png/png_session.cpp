@@ -10,10 +10,14 @@ Session::Session(Direction direction, formats::Failure failure)
         direction == Direction::kRead ? &png_create_read_struct_2 : &png_create_write_struct_2;
     png_ = create(PNG_LIBPNG_VER_STRING, this, &fail, &warn, this, &allocate, &release);
     if (png_) info_ = png_create_info_struct(png_);
-    if (!info_) throw formats::Failure{formats::kOutOfMemory};
+    if (info_) return;
+    destroy();
+    throw formats::Failure{formats::kOutOfMemory};
 }
 
-Session::~Session() {
+Session::~Session() { destroy(); }
+
+void Session::destroy() {
     if (direction_ == Direction::kRead)
         png_destroy_read_struct(&png_, &info_, nullptr);
     else

@@ -50,6 +50,7 @@ class Session {
     }
 
   private:
+    void destroy();
     static void fail(png_structp png, png_const_charp text);
     static void warn(png_structp png, png_const_charp text);
     static png_voidp allocate(png_structp png, png_alloc_size_t size);

@@ -93,6 +93,50 @@ VORN_API void VORN_H_ImageSetDefaultLoader(const char* name);
 VORN_API char** VORN_H_CreateStringList(const char* const* strings, int32_t count);
 VORN_API void VORN_H_FreeStringList(char** list); /* NULL is ignored */
 
+/* ---- Settings of modules
+ * ---------------------------------------------------------------------------------------------
+ *
+ * What a user has set for a module is one text of lines, each typically "Keyword=value" (the module
+ * reads it with VORN_u_ParseGUIResults, vorn/library.h). It is kept between runs, for the user, in
+ * one file below $XDG_CONFIG_HOME/vorn, or ~/.config/vorn where that variable is not set to an
+ * absolute path: savers/png.txt for all applications together, paint/savers/png.txt for the
+ * application "Paint". Names of modules and applications are compared without regard to case; any
+ * text is a name (bytes that file names should not hold are written as %2e). None of these calls
+ * sets an error. A store replaces the text in one step: nobody ever sees, and no crash or full disk
+ * ever leaves, half a text; of two programs that store at once, one wins. */
+
+/* Names the application for the calling thread's later calls; "" or NULL takes the name back. At
+ * most 79 bytes are kept. The result is the thread's own copy. */
+VORN_API const char* VORN_H_RegisterAppName(const char* name);
+
+/* Stores the parameters of a module (type 2: of a saver; any other: of a loader) for the thread's
+ * application, if it has told its name, and for all. True when at least one copy was stored. Line
+ * feeds are stored as commas, so a comma inside a value comes back as a line feed. */
+VORN_API VORN_Bool VORN_H_ModuleStoreParameters(const char* module, int32_t type, const char* text);
+
+/* The application's copy, else the one for all: a new text, of whatever length, freed with
+ * VORN_H_ModuleFreeParameters. NULL: neither was stored, or memory is short. */
+VORN_API char* VORN_H_ModuleGetParameters(const char* module, int32_t type);
+VORN_API void VORN_H_ModuleFreeParameters(char* text); /* NULL is ignored */
+
+/* Frames per second that a saver of animations will write: the number behind "FrameRate=", where
+ * its parameters begin so, else 15. What stands behind a "." in the name doesn't count, nor what
+ * stands behind its first 31 bytes. The savers AVI, AVI16 and AVI32 share the parameters of "AVI",
+ * in which the rate stands among the compression options. */
+VORN_API double VORN_H_GetSaveFrameRate(const char* saverName);
+
+/* Shows a module's settings dialog and waits until it is closed. The dialog lies in a dynamic
+ * library beside the module (vorn/module.h says how it is written), which is loaded for this call
+ * only; the module is not started. What the user has set is stored by the dialog. Tags (all of them
+ * are passed on to the dialog): MTAG_ParentWindow, the window that owns the dialog, and MTAG_Quiet,
+ * not 0 for no message. True when the dialog was completed. False: error 73 with a message box, "No
+ * Parameters for this saver.", unless quiet (the module has no dialog), or the dialog's own error
+ * and no message. */
+VORN_API VORN_Bool VORN_H_ImageModuleActivateGUI(const char* moduleName,
+                                                 int32_t type,
+                                                 const VORN_Word* tags);
+VORN_API VORN_Bool VORN_H_ImageVaModuleActivateGUI(const char* moduleName, int32_t type, ...);
+
 /* ---- Modules and images
  * ---------------------------------------------------------------------------------------------- */
 
@@ -156,20 +200,27 @@ VORN_API VORN_Bool VORN_H_ImageVaGetTags(VORN_Image* image, ...);
  */
 
 /* Reads the whole image into the memory that the buffer describes, converting layout, sample size,
- * colour space and orientation on the way. Call it once per VORN_H_ImageOpen. Tags:
- * ITAG_MeterCallback, ITAG_MeterCallbackUserData, ITAG_MeterTicks (16), ITAG_AbortCallback,
- * ITAG_AbortCallbackUserData. Errors: 26, 30, 34 (size and type), 60 (buffer type), 32 (no data
- * format), 17, 2, 4, 5 (the module breaks the protocol), 3, 27 (aborted), the module's own. After a
- * failure the buffer holds the lines that were converted before it. */
+ * colour space and orientation on the way. Call it once per VORN_H_ImageOpen. The buffer's size
+ * alone decides whether the image is scaled: it must be the image's, in the orientation that the
+ * host asked for, or scaling is needed (error 74 in a build without scalers). Where the host has
+ * named no colour space, samples are delivered as they are: the indices of a "CMAPPED" image, too.
+ * Tags: ITAG_MeterCallback, ITAG_MeterCallbackUserData, ITAG_MeterTicks (16), ITAG_AbortCallback,
+ * ITAG_AbortCallbackUserData. The abort callback is asked before each block of lines and after each
+ * call of the meter, which then stops the read at its next step. Errors: 26, 30, 34 (size and
+ * type), 60 (buffer type), 32 (no data format), 17, 2, 4, 5 (the module breaks the protocol), 3, 27
+ * (aborted), 74, the module's own. After a failure the buffer holds the lines that were converted
+ * before it. */
 VORN_API VORN_Bool VORN_H_ImageReadData(VORN_Image* image,
                                         const VORN_ImageBuffer* buffer,
                                         const VORN_Word* tags);
 VORN_API VORN_Bool VORN_H_ImageVaReadData(VORN_Image* image, const VORN_ImageBuffer* buffer, ...);
 
-/* Writes the whole image. The picture described by the handle's tags (ITAG_Width, ITAG_Height,
- * ITAG_Channels, ITAG_ColorSpace, ITAG_Orientation, ...) must have the buffer's size: there is no
- * scaling on this path. Tags and errors as for reading, and 29: a line is too wide for the shared
- * area. */
+/* Writes the whole image: the mirror image of reading. A picture that is read in one orientation
+ * and written back in it is the same picture again. The picture described by the handle's tags
+ * (ITAG_Width, ITAG_Height, ITAG_Channels, ITAG_ColorSpace, ITAG_Orientation, ...) must have the
+ * buffer's size: there is no scaling on this path (and no error number for it). Tags and errors as
+ * for reading, and 29: a line is too wide for the shared area; 60 also when colours have to be
+ * looked up and the tags hold no palette. */
 VORN_API VORN_Bool VORN_H_ImageWriteData(VORN_Image* image,
                                          const VORN_ImageBuffer* buffer,
                                          const VORN_Word* tags);
@@ -183,7 +234,7 @@ VORN_API void VORN_H_FreeImageBuffer(VORN_ImageBuffer* buffer); /* NULL is ignor
 /* A palette (for ITAG_Palette) from line 0 of a buffer: width entries in its channels, of the given
  * colour space. Layout code 0 becomes chunky, other codes stay; where the chosen cells would not
  * fit the entries exactly (other than 3 channels for 3-sample cells, 4 for 4-sample cells) the
- * line-interleaved layout is taken. NULL: error 60 (no buffer), 17. */
+ * line-interleaved layout is taken. NULL: error 60 (no buffer, or impossible sizes), 17. */
 VORN_API VORN_Palette* VORN_H_CreatePaletteData(const VORN_ChunkyBuffer* entries,
                                                 int32_t colorSpace);
 VORN_API void VORN_H_FreePaletteData(VORN_Palette* palette); /* NULL is ignored */

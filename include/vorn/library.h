@@ -87,8 +87,8 @@ VORN_API int32_t VORN_L_TagVaDestroy(VORN_TagItem* list, ...);
 
 /* Value getters. LONG and DOUBLE give 0 for an item of another length. The others give a new copy
  * that the caller frees, NULL when memory is short: a string is always terminated (an item without
- * data gives an empty string); a string list is one block (pointers, then strings), and NULL too when
- * the item doesn't hold as many strings as it says. */
+ * data gives an empty string); a string list is one block (pointers, then strings), and NULL too
+ * when the item doesn't hold as many strings as it says. */
 VORN_API int32_t VORN_L_TagGetLongVal(const VORN_TagItem* item);
 VORN_API double VORN_L_TagGetDoubleVal(const VORN_TagItem* item);
 VORN_API void* VORN_L_TagGetData(const VORN_TagItem* item);
@@ -231,9 +231,14 @@ VORN_API VORN_Bool VORN_L_SetColorSpaceCorrection(uint32_t* code,
                                                   int32_t destination);
 
 /* Copy one line, converting layout, sample size (8 to 16 bits: times 257; 16 to 8: the high byte)
- * and, by `code`, the colour space. The destination's width counts. The palette (for code 7, else
- * NULL) holds its channels side by side in the destination's sample size; an index beyond its width
- * gives 0. */
+ * and, by `code`, the colour space. The destination's width counts: the source line must have as
+ * many pixels. Channels behind the converted ones (alpha) are copied one to one, behind looked-up
+ * ones too. A pair of buffers that doesn't suit the code is copied plainly. Between RGB and YUV601
+ * an absent source channel counts as 0 (chroma: as the middle), an absent destination channel is
+ * skipped, and samples outside the video ranges are clamped. Grey from 8 to 16 bits is 257 times
+ * the sum of red, green and blue, divided by 3. The palette (for code 7, else NULL) holds its
+ * channels side by side in the destination's sample size; an index beyond its width gives 0, and
+ * without a palette code 7 writes nothing. */
 VORN_API void VORN_L_CopyCBtoCB(const VORN_ChunkyBuffer* source,
                                 const VORN_ChunkyBuffer* destination,
                                 int32_t sourceLine,

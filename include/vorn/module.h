@@ -147,6 +147,24 @@ VORN_API int64_t VORN_M_BSeek(VORN_File* file,
                               int64_t offset,
                               int32_t origin); /* position, or -1: error 40 */
 
+/* ---- Settings dialogs
+ * -----------------------------------------------------------------------------------------------
+ *
+ * A module may have a dialog in which the user sets its parameters: a dynamic library beside it,
+ * with the module's name and the ending ".dll" (".so" here), that exports one of the two functions
+ * below under the given name. It runs in the host's program, on the host's thread, and returns when
+ * the dialog is closed; the library is unloaded then. It fetches the present parameters with
+ * VORN_H_ModuleGetParameters and stores the new ones with VORN_H_ModuleStoreParameters
+ * (vorn/host.h); the module fetches them when it opens an image. */
+
+/* "NewDoInterface". `tags` are the host's words, as it passed them. The result is an error, as the
+ * host will see it: code 0 when the dialog was completed. */
+typedef VORN_ErrorPair (*VORN_NewDoInterface)(VORN_Word parentWindow, const VORN_Word* tags);
+
+/* "DoInterface", the older form, called when the other isn't there; it always counts as completed.
+ * The second argument is 0. */
+typedef void (*VORN_DoInterface)(VORN_Word parentWindow, VORN_Word unused);
+
 #ifdef __cplusplus
 }
 #endif

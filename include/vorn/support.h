@@ -54,8 +54,9 @@ enum {
  * BFILE_Write never touches the file at `path`: the bytes go to an unnamed file in the same
  * directory, and BCommit puts it in the place of `path` in one step. Until then, and after BClose
  * without BCommit, after a crash, or when the disk is full, the target is as it was. An existing
- * target keeps its permissions; a symbolic link is followed; a target that is not a regular file (a
- * device, a pipe) is written directly. */
+ * target keeps its permissions (and its owner, where that is allowed); a symbolic link to a file is
+ * followed, one that leads nowhere is replaced; a target that is not a regular file (a device, a
+ * pipe) is written directly. */
 VORN_API VORN_File* BOpenFile(const char* path, int32_t mode);
 
 /* Reads or writes up to `count` bytes at the file's position. The result is the number of bytes
@@ -72,8 +73,8 @@ VORN_API int64_t BSeek(VORN_File* file, int64_t offset, int32_t origin);
 VORN_API int64_t BFileSize(VORN_File* file);
 
 /* Puts a file opened with BFILE_Write in the place of its target. The bytes have reached the file
- * system when this answers true. The file must still be closed. False leaves the target as it was.
- */
+ * system when this answers true. The file must still be closed. False leaves the target as it was;
+ * a file of which a write has failed is never put there. */
 VORN_API VORN_Bool BCommit(VORN_File* file);
 
 /* Closes the file and frees it; a written file that was not committed leaves no trace. NULL is

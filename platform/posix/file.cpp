@@ -41,6 +41,12 @@ void directoryOf(const char* path, char* out) {
         *slash = '\0';
 }
 
+// Gives a new file the old one's permissions, and its owner where that is allowed.
+int32_t takeOver(int descriptor, const struct stat& old) {
+    [[maybe_unused]] const bool owned = ::fchown(descriptor, old.st_uid, old.st_gid) == 0;
+    return ::fchmod(descriptor, old.st_mode & 0777) == 0 ? 0 : errno;
+}
+
 }  // namespace
 
 File::~File() {
@@ -61,7 +67,6 @@ int32_t File::openForReading(const char* path) {
 int32_t File::openForReplacing(const char* path) {
     if (std::strlen(path) >= kMaxPath) return ENAMETOOLONG;
     struct stat status {};
-    mode_t mode = kNewFileMode;
     const bool exists = ::stat(path, &status) == 0;
     if (exists) {
         if (S_ISDIR(status.st_mode)) return EISDIR;
@@ -70,7 +75,6 @@ int32_t File::openForReplacing(const char* path) {
             descriptor_ = openFile(path, O_WRONLY);
             return descriptor_ < 0 ? errno : 0;
         }
-        mode = status.st_mode & 07777;
     }
     // Replacing the file that a link leads to keeps the link.
     target_ = exists ? ::realpath(path, nullptr) : ::strdup(path);
@@ -82,20 +86,23 @@ int32_t File::openForReplacing(const char* path) {
     if (descriptor_ < 0) {
         if (const int32_t error = openNamed()) return error;
     }
-    return exists && ::fchmod(descriptor_, mode) != 0 ? errno : 0;
+    return exists ? takeOver(descriptor_, status) : 0;
 }
 
-int32_t File::nameBeside(char* out, size_t size, unsigned attempt) const {
-    const int length =
-        std::snprintf(out, size, "%s.%ld-%u.part", target_, static_cast<long>(::getpid()), attempt);
-    return length > 0 && static_cast<size_t>(length) < size ? 0 : ENAMETOOLONG;
+// The name doesn't hold the target's, which may be as long as a name can be.
+int32_t File::nameBeside(char (&out)[kMaxPath], unsigned attempt) const {
+    char directory[kMaxPath];
+    directoryOf(target_, directory);
+    const int length = std::snprintf(out, sizeof out, "%s%c.vorn-%ld-%u", directory, kSeparator,
+                                     static_cast<long>(::getpid()), attempt);
+    return length > 0 && static_cast<size_t>(length) < sizeof out ? 0 : ENAMETOOLONG;
 }
 
 // For file systems without unnamed files.
 int32_t File::openNamed() {
     char name[kMaxPath];
     for (unsigned attempt = 0; attempt < kNameAttempts; ++attempt) {
-        if (const int32_t error = nameBeside(name, sizeof name, attempt)) return error;
+        if (const int32_t error = nameBeside(name, attempt)) return error;
         descriptor_ = openFile(name, O_CREAT | O_EXCL | O_RDWR, kNewFileMode);
         if (descriptor_ >= 0) {
             temporary_ = ::strdup(name);
@@ -143,6 +150,10 @@ int32_t File::size(int64_t& bytes) const {
     return 0;
 }
 
+int32_t File::flush() {
+    return retry([&] { return ::fsync(descriptor_); }) < 0 ? errno : 0;
+}
+
 int32_t File::commit() {
     if (!target_) return 0;  // a device or pipe, written directly
     if (!temporary_) {
@@ -151,7 +162,7 @@ int32_t File::commit() {
         std::snprintf(own, sizeof own, "/proc/self/fd/%d", descriptor_);
         char name[kMaxPath];
         for (unsigned attempt = 0;; ++attempt) {
-            if (const int32_t error = nameBeside(name, sizeof name, attempt)) return error;
+            if (const int32_t error = nameBeside(name, attempt)) return error;
             if (::linkat(AT_FDCWD, own, AT_FDCWD, name, AT_SYMLINK_FOLLOW) == 0) break;
             if (errno != EEXIST || attempt + 1 == kNameAttempts) return errno;
         }

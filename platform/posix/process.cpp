@@ -21,13 +21,24 @@
 #include <cstring>
 
 #include "platform/connection.h"
+#include "platform/posix/descriptor.h"
 
 // The tasks that run between clone and exec borrow the calling thread's identity: checks that keep
-// books per thread must not see them.
+// books per thread or process must not see them. So they are not instrumented, and call the kernel
+// past the functions that sanitizers replace.
 #define VORN_BORROWED_THREAD \
     __attribute__((no_sanitize("address", "thread", "undefined"), noinline))
 
 extern "C" char** environ;
+
+// The thread sanitizer takes every clone for a fork and sets its books up for the copy, which there
+// is none of here. The C library knows the function by a second name.
+#if defined(__SANITIZE_THREAD__)
+extern "C" int __clone(int (*task)(void*), void* stack, int flags, void* argument, ...);
+#define VORN_CLONE ::__clone
+#else
+#define VORN_CLONE ::clone
+#endif
 
 namespace vorn::platform {
 namespace {
@@ -36,12 +47,14 @@ constexpr size_t kStackSize = 65536;
 constexpr const char* kHostVariable = "VORN_HOST=";
 constexpr const char* kArenaVariable = "MALLOC_ARENA_MAX=";
 constexpr size_t kVariableSize = 32;
+constexpr size_t kSignalSetSize = 8;  // the kernel's
 
 // What the two borrowed tasks work on. It lives in the caller's memory, which they share.
 struct Start {
     const ProcessStart* request;
     char** environment;
-    int32_t host;  // a descriptor that the program watches this program's end with
+    int32_t host;   // a descriptor that the program watches this program's end with
+    int32_t empty;  // what stands for standard streams
     char* programStack;
     int32_t error;
     int watch;
@@ -49,32 +62,35 @@ struct Start {
 };
 
 VORN_BORROWED_THREAD int32_t limit(int resource, uint64_t value) {
-    rlimit bounds{};
-    if (::getrlimit(static_cast<__rlimit_resource>(resource), &bounds) != 0) return errno;
-    if (value >= bounds.rlim_max) return 0;
-    bounds.rlim_cur = bounds.rlim_max = value;
-    return ::setrlimit(static_cast<__rlimit_resource>(resource), &bounds) == 0 ? 0 : errno;
+    uint64_t bounds[2] = {0, 0};  // now, at most
+    if (::syscall(SYS_prlimit64, 0, resource, nullptr, bounds) != 0) return errno;
+    if (value >= bounds[1]) return 0;
+    bounds[0] = bounds[1] = value;
+    return ::syscall(SYS_prlimit64, 0, resource, bounds, nullptr) == 0 ? 0 : errno;
 }
 
 VORN_BORROWED_THREAD void resetSignals() {
-    struct sigaction standard {};
-    standard.sa_handler = SIG_DFL;
-    for (int number = 1; number < NSIG; ++number) ::sigaction(number, &standard, nullptr);
-    sigset_t none;
-    ::sigemptyset(&none);
-    ::sigprocmask(SIG_SETMASK, &none, nullptr);
+    const uint64_t zeros[8] = {};  // a standard action, an empty set
+    for (int number = 1; number < NSIG; ++number) {
+        ::syscall(SYS_rt_sigaction, number, zeros, nullptr, kSignalSetSize);
+    }
+    ::syscall(SYS_rt_sigprocmask, SIG_SETMASK, zeros, nullptr, kSignalSetSize);
 }
 
 VORN_BORROWED_THREAD int32_t arrangeDescriptors(const Start& start) {
-    const int empty = ::open("/dev/null", O_RDWR | O_CLOEXEC);
-    if (empty < 0) return errno;
-    if (::dup2(empty, STDIN_FILENO) < 0 || ::dup2(empty, STDOUT_FILENO) < 0) return errno;
-    if (::syscall(SYS_close_range, 3u, ~0u, CLOSE_RANGE_CLOEXEC) != 0) return errno;
+    if (::syscall(SYS_dup3, start.empty, STDIN_FILENO, 0) < 0) return errno;
+    if (::syscall(SYS_dup3, start.empty, STDOUT_FILENO, 0) < 0) return errno;
+    // Without a standard error, the first file that the program opens would become it.
+    if (::syscall(SYS_fcntl, STDERR_FILENO, F_GETFD) < 0 &&
+        ::syscall(SYS_dup3, start.empty, STDERR_FILENO, 0) < 0) {
+        return errno;
+    }
+    if (::syscall(SYS_close_range, kFirstDescriptor, ~0u, CLOSE_RANGE_CLOEXEC) != 0) return errno;
     const ProcessStart& request = *start.request;
     for (size_t i = 0; i < request.inheritedCount; ++i) {
-        if (::fcntl(request.inherited[i], F_SETFD, 0) != 0) return errno;
+        if (::syscall(SYS_fcntl, request.inherited[i], F_SETFD, 0) != 0) return errno;
     }
-    return ::fcntl(start.host, F_SETFD, 0) == 0 ? 0 : errno;
+    return ::syscall(SYS_fcntl, start.host, F_SETFD, 0) == 0 ? 0 : errno;
 }
 
 // The program's own task: everything here is undone for the host, as its descriptors and signal
@@ -91,19 +107,24 @@ VORN_BORROWED_THREAD int runProgram(void* argument) {
         error = limit(RLIMIT_AS, request.limits.addressSpaceBytes);
     if (!error && request.limits.cpuSeconds) error = limit(RLIMIT_CPU, request.limits.cpuSeconds);
     if (!error) {
-        ::execve(request.path, request.arguments, start.environment);
+        ::syscall(SYS_execve, request.path, request.arguments, start.environment);
         error = errno;
     }
     start.error = error;
-    ::_exit(127);
+    ::syscall(SYS_exit_group, 127);
+    return 0;
 }
 
 VORN_BORROWED_THREAD int runIntermediate(void* argument) {
     auto& start = *static_cast<Start*>(argument);
-    start.id = ::clone(runProgram, start.programStack,
-                       CLONE_VM | CLONE_VFORK | CLONE_PIDFD | SIGCHLD, &start, &start.watch);
-    if (start.id < 0) start.error = errno;
-    ::_exit(0);
+    start.id = VORN_CLONE(runProgram, start.programStack,
+                          CLONE_VM | CLONE_VFORK | CLONE_PIDFD | SIGCHLD, &start, &start.watch);
+    if (start.id < 0)
+        start.error = errno;
+    else if (start.error)  // it ended without becoming a program: nobody else would reap it
+        ::syscall(SYS_wait4, start.id, nullptr, 0, nullptr);
+    ::syscall(SYS_exit_group, 0);
+    return 0;
 }
 
 // The environment of this program with what a module needs in front. The array points into environ;
@@ -133,8 +154,8 @@ void cloneIntermediate(Start& start, char* intermediateStack) {
     ::pthread_sigmask(SIG_SETMASK, &all,
                       &before);  // no handler of this program may run in a borrowed task
     // Without an end signal the task is invisible to the ordinary waits of this program.
-    const pid_t id =
-        ::clone(runIntermediate, intermediateStack, CLONE_VM | CLONE_VFORK | CLONE_FILES, &start);
+    const pid_t id = VORN_CLONE(runIntermediate, intermediateStack,
+                                CLONE_VM | CLONE_VFORK | CLONE_FILES, &start, nullptr);
     if (id < 0)
         start.error = errno;
     else
@@ -152,23 +173,38 @@ int32_t startWith(Start& start) {
     start.programStack = bottom + kStackSize;
     cloneIntermediate(start, bottom + size);
     ::munmap(stacks, size);
-    if (start.error && start.watch >= 0) ::close(start.watch);
-    return start.error;
+    if (start.error) {
+        closeDescriptor(start.watch);
+        return start.error;
+    }
+    start.watch = aboveStandardStreams(start.watch);
+    if (start.watch >= 0) return 0;
+    const int32_t error = errno;
+    ::kill(start.id, SIGKILL);
+    return error;
 }
 
-int openProcess(pid_t id) { return static_cast<int>(::syscall(SYS_pidfd_open, id, 0u)); }
+int32_t openProcess(pid_t id) {
+    return aboveStandardStreams(static_cast<int>(::syscall(SYS_pidfd_open, id, 0u)));
+}
+
+int32_t openEmpty() { return aboveStandardStreams(::open("/dev/null", O_RDWR | O_CLOEXEC)); }
 
 }  // namespace
 
 int32_t startProcess(const ProcessStart& request, Process& process) {
     process = Process{};
-    const int host = openProcess(::getpid());
+    const int32_t host = openProcess(::getpid());
     if (host < 0) return errno;
+    const int32_t empty = openEmpty();
+    int32_t error = empty < 0 ? errno : 0;
     char** environment = moduleEnvironment(host);
-    Start start{&request, environment, host, nullptr, 0, -1, -1};
-    const int32_t error = environment ? startWith(start) : ENOMEM;
+    if (!environment) error = ENOMEM;
+    Start start{&request, environment, host, empty, nullptr, 0, -1, -1};
+    if (!error) error = startWith(start);
     std::free(environment);
-    ::close(host);
+    closeDescriptor(empty);
+    closeDescriptor(host);
     if (error == 0) process = Process{start.watch, start.id};
     return error;
 }
@@ -199,7 +235,7 @@ bool watchHost(int32_t hostThread, int32_t& watch) {
     watch = kNoDescriptor;
     const char* given = std::getenv("VORN_HOST");
     if (!given) {  // started by something else than this library: the thread's number has to do
-        const int opened = openProcess(hostThread);
+        const int32_t opened = openProcess(hostThread);
         if (opened < 0) return errno != ESRCH;
         watch = opened;
         return true;

@@ -1,6 +1,9 @@
 #include <gtest/gtest.h>
 
+#include <thread>
+
 #include "tests/pixels/transfer_rig.h"
+#include "tests/scratch_home.h"
 
 namespace vorn::test {
 namespace {
@@ -108,6 +111,47 @@ TEST(PrepareTransfer, ConvertsColorsThatTheHostNames) {
     handle.host(ITAG_ColorSpace, VORN_CS_GRAY);
     ASSERT_TRUE(handle.prepare());
     EXPECT_EQ(handle.image->colorConversion, 1u);
+}
+
+// A saver whose picture has a colour space: what it is told, by its capability file.
+struct SaverColors {
+    bool prepared;
+    int target;
+    int code;
+    int error;
+};
+SaverColors saverColors(const std::string& moduleName, int colorSpace) {
+    SaverColors colors{};
+    std::thread([&] {  // finds the home directory of this test
+        Handle handle(VORN_SAVER);
+        VORN_H_ImageVaSetTags(handle.image, MTAG_ModuleName, VORN_Word(moduleName.c_str()),
+                              TAG_End);
+        handle.hostSize(2, 2).host(ITAG_ColorSpace, colorSpace);
+        colors.prepared = handle.prepare();
+        colors.target = handle.image->targetColorSpace;
+        colors.code = static_cast<int>(handle.image->colorConversion);
+        colors.error = handle.error();
+    })
+        .join();
+    return colors;
+}
+
+TEST(PrepareTransfer, SendsASaverColorsThatItKnows) {
+    const ScratchHome home;
+    home.write("Savers/gray.cap", "ColorSpaces=gray,CMYK\n");
+    home.write("Savers/odd.cap", "ColorSpaces=Lab\n");
+    const std::string gray = home.path("Savers/gray");
+    const SaverColors converted = saverColors(gray, VORN_CS_RGB);
+    EXPECT_TRUE(converted.prepared);
+    EXPECT_EQ(converted.target, VORN_CS_GRAY);
+    EXPECT_EQ(converted.code, 1);
+    const SaverColors kept = saverColors(gray, VORN_CS_CMYK);
+    EXPECT_EQ(kept.target, VORN_CS_CMYK);
+    EXPECT_EQ(kept.code, 0);
+    const SaverColors unknown = saverColors(home.path("Savers/odd"), VORN_CS_RGB);
+    EXPECT_FALSE(unknown.prepared);
+    EXPECT_EQ(unknown.error, 17);
+    EXPECT_EQ(saverColors("no-such-file", VORN_CS_GRAY).target, VORN_CS_RGB) << "the default";
 }
 
 TEST(PrepareTransfer, ForgetsTheImageBefore) {

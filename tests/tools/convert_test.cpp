@@ -114,4 +114,21 @@ TEST_F(Convert, TakesTheSaverAndLoaderThatItIsTold) {
     EXPECT_EQ(through(picture, {"no-ending"}, {"--saver", "PNM", "--loader", "pnm"}), picture);
 }
 
+TEST_F(Convert, ScalesThePicture) {
+    const std::vector<unsigned> columns = {10, 20, 30, 40, 50, 60, 70, 80};
+    const std::string in = anymap("P5", 4, 2, 255, columns);
+    EXPECT_EQ(through(in, {"half.pgm"}, {"--size", "50%"}), anymap("P5", 2, 1, 255, {35, 55}));
+    EXPECT_EQ(through(in, {"exact.pgm"}, {"--size", "1x2!"}), anymap("P5", 1, 2, 255, {25, 65}));
+    EXPECT_EQ(through(in, {"same.pgm"}, {"--fit", "9x9"}), in);
+    EXPECT_EQ(through(in, {"near.pgm"}, {"--size", "2", "--scaler", "fastest"}),
+              anymap("P5", 2, 1, 255, {10, 30}));
+    // Turned: the size is that of the picture that comes out.
+    EXPECT_EQ(through(in, {"turned.pgm"}, {"--orientation", "1", "--size", "1x2!"}),
+              anymap("P5", 1, 2, 255, {35, 55}));
+    through(palettePng(), {"colors.png"}, {"--size", "6x4"});
+    EXPECT_EQ(info("colors.png")["colorSpace"], "RGB");
+    EXPECT_EQ(
+        vorn({"convert", scratch_.path("in"), scratch_.path("x.pgm"), "--size", "5y5"}).status, 2);
+}
+
 }  // namespace

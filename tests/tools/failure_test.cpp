@@ -35,9 +35,17 @@ TEST_F(BadFiles, ThatEndTooEarlyLeaveTheTargetAsItWas) {
     expectDone(vorn({"convert", good_, scratch_.path("whole.png")}));
     const std::string whole = contentsOf(scratch_.path("whole.png"));
     const std::string cut = scratch_.write("cut.png", whole.substr(0, whole.size() - 20));
-    const Ended ended = vorn({"convert", cut, out_});
-    EXPECT_EQ(ended.status, 1);
-    EXPECT_TRUE(ended.err.starts_with("vorn: " + cut + ": ")) << ended.err;
+    expectFailure(vorn({"convert", cut, out_}), cut, "2002, 0");
+    EXPECT_EQ(contentsOf(out_), "as it was");
+}
+
+// The lines have all come when the damage is found, in the checksum of the last part of the file.
+TEST_F(BadFiles, WithDamageBehindThePixelsAreDamaged) {
+    expectDone(vorn({"convert", good_, scratch_.path("whole.png")}));
+    std::string bytes = contentsOf(scratch_.path("whole.png"));
+    bytes.back() ^= 1;
+    const std::string damaged = scratch_.write("damaged.png", bytes);
+    expectFailure(vorn({"convert", damaged, out_}), damaged, "2002, 0");
     EXPECT_EQ(contentsOf(out_), "as it was");
 }
 

@@ -59,6 +59,33 @@ TEST(Acknowledgement, BringsTheModulesError) {
     EXPECT_EQ(peer.taken().at(0), abort);
 }
 
+TEST(Abort, CollectsEveryAcknowledgementThatTheModuleOwes) {
+    const Bytes empty = MessageBytes().end();
+    const Bytes pixels = MessageBytes().number(ITAG_ReadHeight, 1).item(ITAG_Data, 8).end();
+    const Bytes info = MessageBytes().number(ITAG_Width, 1).end();
+    const struct {
+        uint32_t owing;
+        std::vector<Bytes> answers;
+    } cases[] = {
+        {CMD_LoadData, {pixels, empty, acknowledgement()}},              // taken while it sent
+        {CMD_LoadData, {pixels, acknowledgement(), acknowledgement()}},  // it had ended
+        {CMD_LoadInfo, {info, acknowledgement(), acknowledgement()}},
+        {CMD_SaveInfo, {info, acknowledgement(), acknowledgement()}},
+        {CMD_SaveData, {acknowledgement()}},
+    };
+    for (const auto& c : cases) {
+        ScriptedPeer peer;
+        peer.image()->ackOutstanding = true;
+        peer.image()->owedCommand = c.owing;
+        peer.takes();
+        for (const Bytes& answer : c.answers) peer.sends(answer);
+        EXPECT_TRUE(peer.play([&] { return VORN_L_SendCMDAbort(peer.image()); })) << c.owing;
+        EXPECT_FALSE(peer.image()->ackOutstanding);
+        // Nothing is left for the next exchange.
+        EXPECT_EQ(VORN_L_AttemptStartReadingSharedStuff(&peer.image()->stuff), nullptr) << c.owing;
+    }
+}
+
 TEST(Terminate, NeverChangesTheHandlesError) {
     ScriptedPeer peer;
     VORN_L_SetErrorCode(peer.image(), 27, 1);

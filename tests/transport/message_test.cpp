@@ -71,7 +71,7 @@ TEST(Message, MayFillTheWholeArea) {
 TEST(Message, WithoutMemoryForACopyIsErrorSeventeen) {
     ScriptedPeer peer;
     vorn::Message message;
-    peer.sends(acknowledgement());
+    peer.sends(MessageBytes().data(ITAG_DataFormat, Bytes(5000).data(), 5000).end());
     EXPECT_FALSE(peer.play([&] {
         vorn::failAllocation(1);
         const bool received = vorn::receiveMessage(*peer.image(), message);

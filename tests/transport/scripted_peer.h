@@ -5,6 +5,7 @@
 #include <vorn/host.h>
 #include <vorn/library.h>
 
+#include <algorithm>
 #include <cstring>
 #include <functional>
 #include <string>
@@ -123,7 +124,7 @@ class ScriptedPeer {
     }
     void send(const Bytes& message) {
         vorn::SemWait(*image_->stuff.semaphores, 3);
-        std::memcpy(image_->stuff.readPointer, message.data(), message.size());
+        std::copy(message.begin(), message.end(), image_->stuff.readPointer);
         vorn::SemPost(*image_->stuff.semaphores, 2);
     }
     void join() {

@@ -1,0 +1,157 @@
+// Reads into memory of another size than the picture has.
+#include <vorn/scaler.h>
+
+#include "tests/conversation/host.h"
+
+namespace {
+
+using ScaledReading = ConversationTest;
+
+// The whole picture through a scaler at once: what the streamed read must give to the sample.
+Picture scaled(const Picture& source, int width, int height, const char* method) {
+    Shape shape = shapeOf(source);
+    shape.width = width;
+    shape.height = height;
+    const Picture target = plainPicture(shape);
+    VORN_Scaler* scaler = VORN_S_AllocScaler(method);
+    EXPECT_EQ(VORN_S_InitScale(scaler, source.record.height, height, &source.record, &target.record,
+                               nullptr, nullptr),
+              VORN_S_READY);
+    int32_t result = 0;
+    do {
+        result = VORN_S_SendData(scaler);
+    } while (result == VORN_S_FILL_SOURCE || result == VORN_S_TAKE_DESTINATION);
+    EXPECT_EQ(result, VORN_S_FINISHED);
+    VORN_S_FreeScaler(scaler);
+    return target;
+}
+
+TEST_F(ScaledReading, TakesTheMethodThatSuitsTheSizes) {
+    const struct {
+        const char* name;
+        int width, height;
+        const char* method;
+    } cases[] = {
+        {"w=1,h=1", 5, 4, "fastest"},
+        {"w=2,h=2", 5, 5, "blscale"},
+        {"w=100,h=100", 50, 50, "bestdown"},
+        {"w=100,h=100", 150, 80, "bestup"},
+        {"w=40,h=30", 1, 60, "blscale"},
+        {"w=40,h=30", 1, 1, "bestdown"},
+        {"w=1,h=40", 3, 80, "blscale"},
+        {"w=300,h=500,c=4,b=2", 77, 31, "bestdown"},
+        {"w=900,h=700,c=3", 301, 701, "bestup"},
+        {"w=33,h=20,c=8", 34, 21, "bestup"},
+    };
+    Loader loader;
+    for (const auto& c : cases) {
+        const Picture source = loadersPicture(c.name);
+        const Picture expected = scaled(source, c.width, c.height, c.method);
+        const Picture target = plainPicture(shapeOf(expected));
+        ASSERT_TRUE(loader.open(c.name));
+        ASSERT_TRUE(loader.read(target)) << c.name << ": " << loader.code();
+        EXPECT_TRUE(same(target, expected)) << c.name;
+        loader.closeImage();
+    }
+}
+
+TEST_F(ScaledReading, TakesTheMethodThatTheHostNames) {
+    const char* name = "w=50,h=40,c=3";
+    Loader loader;
+    for (const char* method : {"qdscale", "avscale", "blscale", "bcscale", "unheard-of"}) {
+        ASSERT_TRUE(loader.open(name));
+        VORN_H_ImageVaSetTags(loader, ITAG_ScalerName, VORN_Word(method), ITAG_Width, VORN_Word(31),
+                              ITAG_Height, VORN_Word(29), TAG_End);
+        EXPECT_EQ(loader.number(ITAG_Width), 31);
+        const Picture expected = scaled(loadersPicture(name), 31, 29, method);
+        const Picture target = plainPicture(shapeOf(expected));
+        ASSERT_TRUE(loader.read(target));
+        EXPECT_TRUE(same(target, expected)) << method;
+        loader.closeImage();
+    }
+}
+
+TEST_F(ScaledReading, TurnsWhatItScales) {
+    Loader loader;
+    for (int orientation = 0; orientation < 8; ++orientation) {
+        const std::string name = "w=40,h=24,c=3,orient=" + std::to_string(orientation);
+        const bool swapped = orientation % 2 == 1;
+        const Picture upright = reoriented(
+            scaled(loadersPicture(name), swapped ? 13 : 17, swapped ? 17 : 13, "bestdown"),
+            orientation, 0);
+        ASSERT_TRUE(loader.open(name));
+        VORN_H_ImageVaSetTags(loader, ITAG_Orientation, VORN_Word(0), TAG_End);
+        const Picture target = plainPicture({17, 13, 3, 1});
+        ASSERT_TRUE(loader.read(target)) << name << ": " << loader.code();
+        EXPECT_TRUE(same(target, upright)) << name;
+        loader.closeImage();
+    }
+}
+
+TEST_F(ScaledReading, CopiesIndicesAndMixesColors) {
+    const char* name = "w=40,h=30,c=1,space=CMAPPED,palette=16";
+    Loader loader;
+    ASSERT_TRUE(loader.open(name));
+    VORN_H_ImageVaSetTags(loader, ITAG_ColorSpace, VORN_Word(VORN_CS_CMAPPED), TAG_End);
+    const Picture indices = plainPicture({20, 15, 1, 1});
+    ASSERT_TRUE(loader.read(indices));
+    EXPECT_TRUE(same(indices, scaled(loadersPicture(name), 20, 15, "fastest")));
+    loader.closeImage();
+
+    ASSERT_TRUE(loader.open(name));
+    VORN_H_ImageVaSetTags(loader, ITAG_ColorSpace, VORN_Word(VORN_CS_RGB), TAG_End);
+    const Picture colors = plainPicture({20, 15, 3, 1});
+    ASSERT_TRUE(loader.read(colors));
+    const Picture palette = loadersPalette(name);
+    const Picture full = converted(plainPicture({40, 30, 3, 1}), loadersPicture(name), 7, &palette);
+    EXPECT_TRUE(same(colors, scaled(full, 20, 15, "bestdown")));
+}
+
+struct Calls {
+    int meter = 0;
+    int32_t last = 0;
+    int abort = 0;
+    int abortAfter = 1 << 30;
+};
+
+TEST_F(ScaledReading, ReportsProgressAndStopsWhenAsked) {
+    const VORN_MeterCallback meter = [](VORN_Image*, VORN_Word data, int32_t count) {
+        auto* calls = reinterpret_cast<Calls*>(data);
+        ++calls->meter;
+        calls->last = count;
+    };
+    const VORN_AbortCallback abort = [](VORN_Image*, VORN_Word data) -> int32_t {
+        auto* calls = reinterpret_cast<Calls*>(data);
+        return ++calls->abort > calls->abortAfter;
+    };
+    Loader loader;
+    for (const int abortAfter : {1 << 30, 3}) {
+        Calls calls;
+        calls.abortAfter = abortAfter;
+        ASSERT_TRUE(loader.open("w=200,h=300"));
+        const bool read = loader.read(
+            plainPicture({100, 150, 3, 1}),
+            words(ITAG_MeterCallback, meter, ITAG_MeterCallbackUserData, &calls, ITAG_AbortCallback,
+                  abort, ITAG_AbortCallbackUserData, &calls, ITAG_MeterTicks, 10));
+        EXPECT_EQ(read, abortAfter > 3);
+        EXPECT_EQ(loader.code(), abortAfter > 3 ? 0 : 27);
+        if (read) {
+            EXPECT_EQ(calls.meter, 10);
+            EXPECT_EQ(calls.last, 10);
+        }
+        loader.closeImage();
+        ASSERT_TRUE(loader.reads("w=9,h=9"));
+        loader.closeImage();
+    }
+}
+
+TEST_F(ScaledReading, RefusesALineThatIsTooWideForItsBand) {
+    Loader loader;
+    ASSERT_TRUE(loader.open("w=30000,h=2,c=3"));
+    EXPECT_FALSE(loader.read(plainPicture({100, 2, 3, 1})));
+    EXPECT_EQ(loader.code(), 29);
+    loader.closeImage();
+    ASSERT_TRUE(loader.reads("w=9,h=9"));
+}
+
+}  // namespace

@@ -1,0 +1,226 @@
+#include <gtest/gtest.h>
+
+#include <memory>
+
+#include "support/memory.h"
+#include "tests/module/twin.h"
+
+namespace {
+
+constexpr int32_t kWidth = 3;
+
+VORN_DataFormat grayFormat(int32_t height) {
+    VORN_DataFormat format{};
+    format.layout = DF_LineInterleaved8;
+    format.width = kWidth;
+    format.height = height;
+    format.channels = 1;
+    VORN_L_DataFormatMacroSetup(&format);
+    return format;
+}
+
+// A block of lines whose samples are ten times the line's number and the column.
+Bytes block(int32_t first, int32_t lines) {
+    const VORN_DataFormat format = grayFormat(lines);
+    Bytes samples;
+    for (int32_t line = first; line < first + lines; ++line) {
+        for (int32_t x = 0; x < kWidth; ++x) samples.push_back(static_cast<uint8_t>(line * 10 + x));
+    }
+    return MessageBytes()
+        .number(ITAG_ReadLineNo, first)
+        .data(ITAG_DataFormat, &format, sizeof format)
+        .data(ITAG_Data, samples.data(), samples.size())
+        .end();
+}
+
+// A saver's buffer for some lines of the picture.
+struct Lines {
+    explicit Lines(int32_t count) : samples(static_cast<size_t>(count * kWidth), 0xEE) {
+        buffer.width = kWidth;
+        buffer.height = count;
+        buffer.channels = buffer.bytesPerChannel = buffer.pixelStep[0] = 1;
+        buffer.lineStep[0] = kWidth;
+        buffer.channelPlace[0] = samples.data();
+    }
+    void expectLine(int32_t place, int32_t line) const {
+        for (int32_t x = 0; x < kWidth; ++x) {
+            EXPECT_EQ(samples[static_cast<size_t>(place * kWidth + x)], line * 10 + x);
+        }
+    }
+
+    std::vector<uint8_t> samples;
+    VORN_ChunkyBuffer buffer{};
+};
+
+Callbacks writingWith(std::function<void(VORN_ImageDataState*)> write) {
+    Callbacks callbacks = plainSaver();
+    callbacks.saverWrite = [=] {
+        VORN_ImageDataState* state = VORN_M_CreateGetImageDataState();
+        write(state);
+        VORN_M_DestroyImageDataState(state);
+        return 1;
+    };
+    return callbacks;
+}
+
+void startWriting(Twin& twin) {
+    twin.receive();
+    twin.send(CMD_SaveData);
+    EXPECT_EQ(twin.receive(), emptyMessage());
+}
+
+void finish(Twin& twin) {
+    EXPECT_EQ(twin.receive(), acknowledgementOf(2));
+    twin.terminate();
+}
+
+TEST(GetImageData, TakesLinesAcrossBlocks) {
+    Twin twin(VORN_SAVER, writingWith([](VORN_ImageDataState* state) {
+                  Lines ten(10);
+                  EXPECT_EQ(VORN_M_GetImageData(&ten.buffer, state), 10);
+                  for (int32_t line = 0; line < 10; ++line) ten.expectLine(line, line);
+                  Lines rest(4);  // two are left of the third block
+                  EXPECT_EQ(VORN_M_GetImageData(&rest.buffer, state), 2);
+                  rest.expectLine(0, 10);
+                  rest.expectLine(1, 11);
+                  EXPECT_EQ(rest.samples[2 * kWidth], 0xEE);
+                  EXPECT_EQ(VORN_M_GetImageData(&rest.buffer, state), 0);
+              }));
+    startWriting(twin);
+    for (int32_t first = 0; first < 12; first += 4) twin.send(block(first, 4));
+    twin.send(interrupt());
+    finish(twin);
+}
+
+TEST(GetImageData, PassesOverBlocksWithoutLines) {
+    Twin twin(VORN_SAVER, writingWith([](VORN_ImageDataState* state) {
+                  Lines two(2);
+                  EXPECT_EQ(VORN_M_GetImageData(&two.buffer, state), 2);
+                  two.expectLine(0, 0);
+                  two.expectLine(1, 1);
+              }));
+    startWriting(twin);
+    twin.send(block(0, 1));
+    twin.send(block(1, 0));
+    twin.send(block(1, 1));
+    twin.send(interrupt());
+    finish(twin);
+}
+
+TEST(GetImageData, EndsAtAMessageThatIsNoBlock) {
+    const VORN_DataFormat format = grayFormat(1);
+    const std::vector<Bytes> messages = {
+        MessageBytes().number(ITAG_ReadLineNo, 0).data(ITAG_Data, "abcd", 4).end(),
+        MessageBytes().data(ITAG_DataFormat, &format, sizeof format).end(),
+        MessageBytes().data(ITAG_DataFormat, &format, 124).data(ITAG_Data, "abcd", 4).end(),
+    };
+    for (const Bytes& message : messages) {
+        Twin twin(VORN_SAVER, writingWith([](VORN_ImageDataState* state) {
+                      Lines one(1);
+                      EXPECT_EQ(VORN_M_GetImageData(&one.buffer, state), 0);
+                      EXPECT_EQ(VORN_M_GetImageData(&one.buffer, state), 0);
+                      EXPECT_EQ(one.samples[0], 0xEE);
+                  }));
+        startWriting(twin);
+        twin.send(message);
+        twin.send(interrupt());
+        finish(twin);
+    }
+}
+
+TEST(GetImageData, DrainsTheHostsBlocksWhenASaverStopsEarly) {
+    Twin twin(VORN_SAVER, writingWith([](VORN_ImageDataState* state) {
+                  Lines one(1);
+                  EXPECT_EQ(VORN_M_GetImageData(&one.buffer, state), 1);
+              }));
+    startWriting(twin);
+    for (int32_t first = 0; first < 12; first += 4) twin.send(block(first, 4));
+    twin.send(interrupt());
+    finish(twin);
+}
+
+TEST(GetImageData, WithoutMemoryForItsStateIsErrorSeventeen) {
+    Twin twin(VORN_SAVER, writingWith([](VORN_ImageDataState*) {
+                  vorn::failAllocation(1);
+                  EXPECT_EQ(VORN_M_CreateGetImageDataState(), nullptr);
+                  VORN_M_DestroyImageDataState(nullptr);
+              }));
+    startWriting(twin);
+    twin.send(interrupt());
+    EXPECT_EQ(twin.receive(), acknowledgementWithError(2, 17, 0));
+    twin.terminate();
+}
+
+// ---- Palettes, which need no connection.
+
+constexpr int32_t kEntries = 2;
+
+Bytes paletteMessage(int32_t colorSpace, size_t entryBytes = kEntries * 3) {
+    VORN_DataFormat format{};
+    format.layout = DF_Chunky3x8;
+    format.width = kEntries;
+    format.height = 1;
+    format.channels = 3;
+    VORN_L_DataFormatMacroSetup(&format);
+    Bytes data(4 + sizeof format);
+    std::memcpy(data.data(), &colorSpace, 4);
+    std::memcpy(data.data() + 4, &format, sizeof format);
+    for (size_t i = 0; i < entryBytes; ++i) data.push_back(i < 3 ? 255 : static_cast<uint8_t>(i));
+    return MessageBytes().number(ITAG_Width, 1).data(ITAG_Palette, data.data(), data.size()).end();
+}
+
+struct Entries {
+    Entries() {
+        buffer.layout = DF_Chunky3x8;
+        buffer.width = 4;
+        buffer.height = 1;
+        buffer.channels = 3;
+        VORN_L_ChunkyBufferMacroSetup(&buffer);
+        for (int channel = 0; channel < 3; ++channel) {
+            buffer.channelPlace[channel] = samples + channel;
+        }
+    }
+    bool take(const Bytes& message, int32_t colorSpace) {
+        return VORN_M_GetPalette(reinterpret_cast<const VORN_TagItem*>(message.data()), &buffer,
+                                 colorSpace);
+    }
+
+    uint8_t samples[12] = {9, 9, 9, 9, 9, 9, 9, 9, 9, 9, 9, 9};
+    VORN_ChunkyBuffer buffer{};
+};
+
+TEST(GetPalette, FillsTheEntriesAndTellsTheirNumber) {
+    Entries entries;
+    EXPECT_TRUE(entries.take(paletteMessage(VORN_CS_RGB), VORN_CS_RGB));
+    EXPECT_EQ(entries.buffer.width, kEntries);
+    const uint8_t expected[] = {255, 255, 255, 3, 4, 5, 9};
+    EXPECT_EQ(std::memcmp(entries.samples, expected, sizeof expected), 0);
+}
+
+TEST(GetPalette, ConvertsToTheAskedColorSpace) {
+    Entries entries;
+    EXPECT_TRUE(entries.take(paletteMessage(VORN_CS_RGB), VORN_CS_YUV601));
+    EXPECT_EQ(entries.samples[0], 235);
+    EXPECT_EQ(entries.samples[1], 128);
+}
+
+TEST(GetPalette, LeavesTheBufferAloneWhenItDoesNotSuit) {
+    const auto refused = [](const Bytes& message, int32_t VORN_ChunkyBuffer::*field,
+                            int32_t value) {
+        Entries entries;
+        entries.buffer.*field = value;
+        const VORN_ChunkyBuffer before = entries.buffer;
+        EXPECT_FALSE(entries.take(message, VORN_CS_RGB));
+        EXPECT_EQ(std::memcmp(&before, &entries.buffer, sizeof before), 0);
+        EXPECT_EQ(entries.samples[0], 9);
+    };
+    const Bytes palette = paletteMessage(VORN_CS_RGB);
+    refused(palette, &VORN_ChunkyBuffer::width, 1);
+    refused(palette, &VORN_ChunkyBuffer::channels, 4);
+    refused(palette, &VORN_ChunkyBuffer::bytesPerChannel, 2);
+    refused(MessageBytes().number(ITAG_Width, 1).end(), &VORN_ChunkyBuffer::width, 4);
+    refused(paletteMessage(VORN_CS_RGB, 4), &VORN_ChunkyBuffer::width, 4);  // fewer bytes than told
+    refused(MessageBytes().data(ITAG_Palette, "abcd", 4).end(), &VORN_ChunkyBuffer::width, 4);
+}
+
+}  // namespace

@@ -1,0 +1,72 @@
+// A host and a module in one program: the real shell runs on a thread of its own, with its own end
+// of a real connection, and the test's thread plays the host.
+#pragma once
+
+#include <gtest/gtest.h>
+#include <vorn/module.h>
+
+#include <functional>
+#include <string>
+#include <thread>
+
+#include "tests/transport/scripted_peer.h"
+
+// A module's callbacks. Only those that are set are given to the shell.
+struct Callbacks {
+    std::function<void()> close;
+    std::function<int32_t(const VORN_TagItem*)> loaderOpen;
+    std::function<int32_t()> loaderBegin;
+    std::function<void()> loaderRead;
+    std::function<int32_t(const VORN_TagItem*)> saverOpen;
+    std::function<int32_t()> saverBegin;
+    std::function<int32_t()> saverWrite;
+    std::function<void()> saverQuery;
+    std::function<void(const VORN_TagItem*)> command;
+    std::function<void()> beforeTheShell;
+};
+
+// Loaders and savers whose steps succeed and do nothing.
+Callbacks plainLoader();
+Callbacks plainSaver();
+
+class Twin {
+  public:
+    Twin(int32_t type, Callbacks callbacks);
+    ~Twin();
+    Twin(const Twin&) = delete;
+    Twin& operator=(const Twin&) = delete;
+
+    // Hands a message to the module once it has taken the last one.
+    void send(const Bytes& message);
+    void send(uint32_t command) {
+        send(MessageBytes().number(MTAG_Command, command32(command)).end());
+    }
+
+    // The module's next message; nothing when the shell has ended.
+    Bytes receive();
+
+    // Ends the shell and waits for it.
+    void terminate();
+
+    // The names of the callbacks that were called, in order. To be asked when the module has
+    // answered what came before, or has ended.
+    const std::string& calls() const { return calls_; }
+
+  private:
+    static int32_t command32(uint32_t command) { return static_cast<int32_t>(command); }
+    void runModule(std::vector<std::string> words);
+
+    VORN_Image* image_;
+    Callbacks callbacks_;
+    std::string calls_;
+    std::thread thread_;
+};
+
+// What the shell sends.
+Bytes acknowledgementOf(int32_t round, int32_t version = VORN_PROTOCOL_VERSION);
+Bytes acknowledgementWithError(int32_t round, int32_t code, int32_t subcode);
+Bytes emptyMessage();
+Bytes errorMessage(int32_t code, int32_t subcode);
+
+// The host's message that stops a transfer.
+Bytes interrupt();

@@ -1,0 +1,199 @@
+#include <sys/wait.h>
+
+#include <algorithm>
+#include <csignal>
+#include <filesystem>
+#include <thread>
+
+#include "tests/platform/started.h"
+#include "tests/scratch_home.h"
+
+namespace {
+
+using namespace vorn;
+
+int32_t startError(const std::string& path) {
+    char name[] = "x";
+    char* arguments[] = {name, nullptr};
+    platform::ProcessStart start;
+    start.path = path.c_str();
+    start.arguments = arguments;
+    platform::Process process;
+    const int32_t error = platform::startProcess(start, process);
+    EXPECT_EQ(process.watch, -1) << path;
+    return error;
+}
+
+ptrdiff_t openDescriptors() {
+    const std::filesystem::directory_iterator list("/proc/self/fd");
+    return std::distance(begin(list), end(list));
+}
+
+bool hasChildren() { return ::waitpid(-1, nullptr, WNOHANG | __WALL) != -1; }
+
+TEST(Process, ThatCannotStartSaysWhyAndLeavesNothing) {
+    const ScratchDirectory scratch;
+    const std::string text = scratch.write("text", "not a program\n");
+    const auto before = openDescriptors();
+    EXPECT_EQ(startError(scratch.path("missing")), ENOENT);
+    EXPECT_EQ(startError(scratch.path()), EACCES);
+    EXPECT_EQ(startError(text), EACCES);
+    std::filesystem::permissions(text, std::filesystem::perms::owner_all);
+    EXPECT_EQ(startError(text), ENOEXEC);
+    EXPECT_EQ(openDescriptors(), before);
+    EXPECT_FALSE(hasChildren());
+}
+
+TEST(Process, InheritsWhatItIsGivenAndNothingElse) {
+    const ScopedVariable ofTheHost("OF_THE_HOST", "here");
+    const ScopedVariable stale("VORN_HOST", "77");
+    const ScopedVariable arenas("MALLOC_ARENA_MAX", "8");
+    const int leaky = ::dup(STDERR_FILENO);  // not close-on-exec
+    const int32_t given = platform::createSemaphore();
+    const auto before = openDescriptors();
+    const Started program("tell", {}, {given});
+    const auto lines = program.hearAll();
+    EXPECT_EQ(openDescriptors(), before + 2);  // the socket and the process
+    ASSERT_GE(lines.size(), 9u);
+    const std::string host = lines[3].substr(lines[3].find('=') + 1);
+    EXPECT_NE(host, "77");
+    std::vector<int> expected = {given, program.theirs, std::stoi(host)};
+    std::sort(expected.begin(), expected.end());
+    std::string list = "descriptors 0(empty) 1(empty) 2";
+    for (const int number : expected) list += " " + std::to_string(number);
+    EXPECT_EQ(lines[0], list);
+    EXPECT_EQ(lines[4], "MALLOC_ARENA_MAX=2");
+    EXPECT_EQ(lines[5], "OF_THE_HOST=here");
+    platform::closeDescriptor(given);
+    ::close(leaky);
+}
+
+TEST(Process, StartsAlsoWhileTheStandardStreamsAreClosed) {
+    int kept[3];
+    for (int stream = 0; stream < 3; ++stream) {
+        kept[stream] = ::fcntl(stream, F_DUPFD_CLOEXEC, 3);
+        ::close(stream);
+    }
+    const Started teller("tell");
+    const Started watcher("watch");
+    for (int stream = 0; stream < 3; ++stream) {
+        ::dup2(kept[stream], stream);
+        ::close(kept[stream]);
+    }
+    EXPECT_GT(teller.process.watch, 2);
+    EXPECT_TRUE(teller.hear().starts_with("descriptors 0(empty) 1(empty) 2(empty) "));
+    EXPECT_EQ(watcher.hear(), "watching");
+}
+
+TEST(Process, RunsUnderItsLimitsAndWithoutCoreDumps) {
+    const uint64_t mebibyte = 1 << 20;
+    const Started program("tell", {}, {}, {512 * mebibyte, 7});
+    const auto lines = program.hearAll();
+    ASSERT_GE(lines.size(), 9u);
+    EXPECT_EQ(lines[6], "core 0");
+    EXPECT_EQ(lines[7], "memory " + std::to_string(512 * mebibyte));
+    EXPECT_EQ(lines[8], "time 7");
+}
+
+volatile std::sig_atomic_t handled = 0;
+
+// Signal settings as a host may have them, for as long as a test.
+class HostSignals {
+  public:
+    HostSignals() {
+        handled = 0;
+        struct sigaction action {};
+        action.sa_handler = [](int) { handled = handled + 1; };
+        ::sigaction(SIGUSR2, &action, &before_[0]);
+        ::sigaction(SIGCHLD, &action, &before_[1]);
+        action.sa_handler = SIG_IGN;
+        ::sigaction(SIGTERM, &action, &before_[2]);
+        sigset_t blocked;
+        ::sigemptyset(&blocked);
+        ::sigaddset(&blocked, SIGUSR1);
+        ::pthread_sigmask(SIG_BLOCK, &blocked, &mask_);
+    }
+    ~HostSignals() {
+        ::sigaction(SIGUSR2, &before_[0], nullptr);
+        ::sigaction(SIGCHLD, &before_[1], nullptr);
+        ::sigaction(SIGTERM, &before_[2], nullptr);
+        ::pthread_sigmask(SIG_SETMASK, &mask_, nullptr);
+    }
+
+  private:
+    struct sigaction before_[3];
+    sigset_t mask_;
+};
+
+TEST(Process, StartsWithStandardSignalsAndLeavesTheHostsAlone) {
+    const HostSignals signals;
+    const Started program("tell");
+    const auto lines = program.hearAll();
+    ASSERT_GE(lines.size(), 3u);
+    EXPECT_EQ(lines[1], "SigBlk:\t0000000000000000");
+    EXPECT_EQ(lines[2], "SigIgn:\t0000000000000000");
+    program.waitForEnd();
+    EXPECT_EQ(handled, 0);  // no SIGCHLD
+    ::raise(SIGUSR2);
+    EXPECT_EQ(handled, 1);
+    ::raise(SIGTERM);
+    sigset_t blocked;
+    ::pthread_sigmask(SIG_SETMASK, nullptr, &blocked);
+    EXPECT_TRUE(::sigismember(&blocked, SIGUSR1));
+    EXPECT_FALSE(::sigismember(&blocked, SIGUSR2));
+}
+
+TEST(Process, IsNoChildOfTheHost) {
+    Started program("answer");
+    EXPECT_FALSE(hasChildren());
+    program.say();
+    EXPECT_EQ(program.hear(), "here");
+    program.waitForEnd();
+    EXPECT_TRUE(platform::hasEnded(program.process));
+    EXPECT_FALSE(hasChildren());
+}
+
+TEST(Process, StartsAlsoWhenTheHostIgnoresItsChildren) {
+    struct sigaction ignored {};
+    struct sigaction before {};
+    ignored.sa_handler = SIG_IGN;
+    ::sigaction(SIGCHLD, &ignored, &before);
+    const Started program("answer");
+    EXPECT_EQ(program.error, 0);
+    EXPECT_EQ(startError("/missing"), ENOENT);
+    ::sigaction(SIGCHLD, &before, nullptr);
+    program.say();
+    EXPECT_EQ(program.hear(), "here");
+}
+
+TEST(Process, OutlivesTheThreadThatStartedIt) {
+    std::unique_ptr<Started> program;
+    std::thread([&] { program = std::make_unique<Started>("answer"); }).join();
+    EXPECT_FALSE(platform::hasEnded(program->process));
+    program->say();
+    EXPECT_EQ(program->hear(), "here");
+}
+
+TEST(Process, SeesTheEndOfItsHostHoweverThatComes) {
+    Started host("host", {STARTED_PROGRAM});
+    EXPECT_EQ(host.hear(), "watching");
+    platform::killProcess(host.process);
+    EXPECT_EQ(host.hear(), "host ended");
+}
+
+TEST(Process, StartsFromSeveralThreadsAtOnce) {
+    std::vector<std::thread> threads;
+    for (int i = 0; i < 4; ++i) {
+        threads.emplace_back([] {
+            for (int round = 0; round < 5; ++round) {
+                const Started program("answer");
+                program.say();
+                EXPECT_EQ(program.hear(), "here");
+            }
+        });
+    }
+    for (auto& thread : threads) thread.join();
+    EXPECT_FALSE(hasChildren());
+}
+
+}  // namespace

@@ -1,0 +1,121 @@
+// A program that does what its first argument says. The second is the number of a socket that it
+// inherits and speaks through.
+#include <dirent.h>
+#include <sys/resource.h>
+#include <unistd.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <fstream>
+#include <string>
+
+#include "platform/connection.h"
+#include "platform/process.h"
+
+namespace {
+
+using namespace vorn;
+
+int talk = -1;
+
+void say(const std::string& line) {
+    const std::string text = line + "\n";
+    if (::write(talk, text.data(), text.size()) < 0) std::exit(3);
+}
+
+// Until the other end says something or is gone.
+void waitForWord() {
+    char byte = 0;
+    if (::read(talk, &byte, 1) <= 0) std::exit(4);
+}
+
+void tellDescriptors() {
+    std::string list;
+    DIR* stream = ::opendir("/proc/self/fd");
+    for (const dirent* entry = ::readdir(stream); entry; entry = ::readdir(stream)) {
+        const std::string name = entry->d_name;
+        if (name[0] == '.' || name == std::to_string(::dirfd(stream))) continue;
+        char target[256];
+        const auto length = ::readlink(("/proc/self/fd/" + name).c_str(), target, sizeof target);
+        list += " " + name;
+        if (std::string(target, static_cast<size_t>(length)) == "/dev/null") list += "(empty)";
+    }
+    ::closedir(stream);
+    say("descriptors" + list);
+}
+
+void tellStatus() {
+    std::ifstream status("/proc/self/status");
+    for (std::string line; std::getline(status, line);) {
+        if (line.starts_with("SigBlk") || line.starts_with("SigIgn")) say(line);
+    }
+    for (const char* name : {"VORN_HOST", "MALLOC_ARENA_MAX", "OF_THE_HOST"}) {
+        const char* value = std::getenv(name);
+        say(std::string(name) + "=" + (value ? value : "none"));
+    }
+    const auto tellLimit = [](const char* name, auto resource) {
+        rlimit limit{};
+        ::getrlimit(resource, &limit);
+        say(std::string(name) + " " + std::to_string(limit.rlim_cur));
+    };
+    tellLimit("core", RLIMIT_CORE);
+    tellLimit("memory", RLIMIT_AS);
+    tellLimit("time", RLIMIT_CPU);
+}
+
+// Waits for the end of the host.
+void watch() {
+    int32_t host = -1;
+    if (!platform::watchHost(0, host)) say("no host");
+    say("watching");
+    platform::WaitHistory history;
+    platform::waitSemaphore(platform::createSemaphore(), host, platform::kNoDescriptor, history);
+    say("host ended");
+}
+
+// Starts a module of its own and waits to be killed.
+void host(char* program) {
+    std::string number = std::to_string(talk);
+    char action[] = "watch";
+    char* arguments[] = {action, number.data(), nullptr};
+    platform::ProcessStart start;
+    start.path = program;
+    start.arguments = arguments;
+    start.inherited = &talk;
+    start.inheritedCount = 1;
+    platform::Process module;
+    if (platform::startProcess(start, module) != 0) say("not started");
+    for (;;) ::pause();
+}
+
+void reserve(const char* name) {
+    int32_t reservation = -1;
+    const bool done = platform::reserveName(name, reservation) == platform::Reservation::Reserved;
+    say(done ? "reserved" : "not reserved");
+    waitForWord();
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    if (argc < 2) return 2;
+    const std::string action = argv[0];
+    talk = std::atoi(argv[1]);
+    if (action == "tell") {
+        tellDescriptors();
+        tellStatus();
+        say("end");
+    } else if (action == "answer") {
+        waitForWord();
+        say("here");
+    } else if (action == "post") {
+        for (int i = 0; i < 2; ++i) platform::postSemaphore(std::atoi(argv[2]));
+    } else if (action == "reserve") {
+        reserve(argv[2]);
+    } else if (action == "watch") {
+        watch();
+    } else if (action == "host") {
+        host(argv[2]);
+    }
+    return 0;
+}
