@@ -92,16 +92,6 @@ TEST(Connection, NamesDifferBetweenConnections) {
     }
 }
 
-TEST(Connection, NamesAreFreeAgainAfterTheConnection) {
-    std::string name;
-    {
-        ScriptedPeer peer;
-        name = peer.image()->stuff.shm.name;
-    }
-    ScriptedPeer next;
-    EXPECT_EQ(next.image()->stuff.shm.name, name);
-}
-
 TEST(Connection, IsNotMadeByHalves) {
     failAtEachAllocation([](auto withFailure) {
         VORN_Image* image = VORN_L_ImageVaCreateHandle(0, TAG_End);
