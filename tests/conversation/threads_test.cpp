@@ -64,17 +64,22 @@ class HangingModule {
     // Runs a call that meets the hanging module, and stops it from another thread. A call that was
     // not blocked when the stop came may see that there is no module any more.
     bool stopped(const Module& module, const std::function<bool()>& call) {
+        bool hung = false;
         std::thread stopper([&] {
-            char news = 0;
-            EXPECT_EQ(::read(pipe_, &news, 1), 1);
-            VORN_L_ShutDownHandle(module);
+            for (char news = 0; ::read(pipe_, &news, 1) == 1 && news != kCallEnded;) {
+                hung = true;
+                VORN_L_ShutDownHandle(module);
+            }
         });
         const bool result = call();
+        EXPECT_EQ(::write(pipe_, &kCallEnded, 1), 1);
         stopper.join();
-        return !result && (module.code() == 3 || module.code() == 4);
+        return hung && !result && (module.code() == 3 || module.code() == 4);
     }
 
   private:
+    static constexpr char kCallEnded = 'e';
+
     std::string path_ = moduleHome().path("pipe");
     int pipe_ = -1;
     ScopedVariable variable_{"VORN_TEST_PIPE", path_};
