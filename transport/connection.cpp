@@ -9,10 +9,10 @@
 namespace vorn {
 namespace {
 
+// The link's flag is not made anew: the emergency stop may be setting it.
 void clearRecord(SharedStuff& stuff) {
     VORN_Image* owner = stuff.owner;
-    stuff.~SharedStuff();
-    new (&stuff) SharedStuff{};
+    static_cast<SharedStuffFields&>(stuff) = SharedStuffFields{};
     stuff.owner = owner;
     stuff.shm.reservation = platform::kNoDescriptor;
     stuff.linkDown = true;

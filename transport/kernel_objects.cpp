@@ -1,5 +1,6 @@
 // The transport's primitives over objects that the kernel holds. Names follow the protocol: the
 // lowest free number wins, so two connections never share one.
+#include <charconv>
 #include <cstdio>
 #include <new>
 
@@ -17,7 +18,7 @@ bool shmCreate(uint32_t size, ShmDescriptor& shm) {
     shm = ShmDescriptor{{}, 0, platform::kNoDescriptor};
     auto taken = platform::Reservation::InUse;
     for (int k = 1; k <= kLastBlockName && taken == platform::Reservation::InUse; ++k) {
-        std::snprintf(shm.name, sizeof shm.name, "%d", k);
+        *std::to_chars(shm.name, shm.name + sizeof shm.name - 1, k).ptr = '\0';
         taken = platform::reserveName(shm.name, shm.reservation);
     }
     if (taken != platform::Reservation::Reserved) return false;

@@ -35,9 +35,8 @@ struct SemaphoreSet {
     int32_t stop;        // every wait also ends when this is posted (a host's emergency stop)
 };
 
-}  // namespace vorn
-
-struct SharedStuff {
+// What belongs to the side's own thread.
+struct SharedStuffFields {
     VORN_Image* owner;  // on a host: where errors of the lock functions go
     vorn::ShmDescriptor shm;
     vorn::SemaphoreSet* semaphores;
@@ -55,5 +54,10 @@ struct SharedStuff {
     uint8_t* writePointer;
     uint8_t* readPointer;
     bool readHeld;
-    std::atomic<bool> linkDown;  // set by the emergency stop from another thread
+};
+
+}  // namespace vorn
+
+struct SharedStuff : vorn::SharedStuffFields {
+    std::atomic<bool> linkDown;  // set by the emergency stop from another thread, at any moment
 };

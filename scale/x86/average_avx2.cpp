@@ -16,24 +16,36 @@ VORN_AVX2 inline __m256i widen(const uint16_t* samples) {
 
 // ---- Lines to sums
 
-// Any weights: sixteen sums at a time.
+// How far ahead of the samples at hand lines are fetched into the cache, in bytes: the processor
+// does so itself only up to the end of a page.
+constexpr ptrdiff_t kFetchAhead = 1024;
+
+VORN_AVX2 inline void fetchAhead(const void* samples) {
+    _mm_prefetch(static_cast<const char*>(samples) + kFetchAhead, _MM_HINT_T0);
+}
+
+// Any weights: 32 sums at a time.
 template <class Sample>
 VORN_AVX2 void addLines(uint32_t* sums,
                         const WeightedLines<Sample>& lines,
                         bool start,
                         size_t count) {
     size_t i = 0;
-    for (; i + 16 <= count; i += 16) {
-        __m256i low = start ? _mm256_setzero_si256() : load256(sums + i);
-        __m256i high = start ? _mm256_setzero_si256() : load256(sums + i + 8);
+    for (; i + 32 <= count; i += 32) {
+        __m256i total[4];
+        for (size_t j = 0; j < 4; ++j) {
+            total[j] = start ? _mm256_setzero_si256() : load256(sums + i + 8 * j);
+        }
         for (int32_t k = 0; k < lines.count; ++k) {
             const __m256i weight = _mm256_set1_epi32(static_cast<int32_t>(lines.weights[k]));
             const Sample* in = lines.lines[k] + i;
-            low = _mm256_add_epi32(low, _mm256_mullo_epi32(widen(in), weight));
-            high = _mm256_add_epi32(high, _mm256_mullo_epi32(widen(in + 8), weight));
+            fetchAhead(in);
+            for (size_t j = 0; j < 4; ++j) {
+                total[j] =
+                    _mm256_add_epi32(total[j], _mm256_mullo_epi32(widen(in + 8 * j), weight));
+            }
         }
-        store256(sums + i, low);
-        store256(sums + i + 8, high);
+        for (size_t j = 0; j < 4; ++j) store256(sums + i + 8 * j, total[j]);
     }
     WeightedLines<Sample> rest = lines;
     for (int32_t k = 0; k < rest.count; ++k) rest.lines[k] += i;
@@ -222,6 +234,35 @@ VORN_AVX2 inline __m128i twoWideTotals(const uint32_t* sums,
     return _mm_add_epi64(_mm_unpacklo_epi64(a, b), _mm_unpackhi_epi64(a, b));
 }
 
+// Of two neighbouring pixels, where no span has more than one run of weights.
+VORN_AVX2 inline __m256i widePartTotalsOfTwo(const uint32_t* sums,
+                                             const AreaTable& samples,
+                                             int32_t x) {
+    const AreaSpan* spans = samples.spans.get() + x;
+    const __m256i s =
+        _mm256_set_m128i(load128(sums + spans[1].first), load128(sums + spans[0].first));
+    const __m256i w = load256(samples.weights.get() + static_cast<ptrdiff_t>(x) * kAreaRun);
+    return _mm256_add_epi64(_mm256_mul_epu32(s, w),
+                            _mm256_mul_epu32(_mm256_srli_epi64(s, 32), _mm256_srli_epi64(w, 32)));
+}
+
+// Four pixels as 32-bit numbers.
+VORN_AVX2 inline __m128i fourWidePixels(
+    const uint32_t* sums, const AreaTable& samples, int32_t x, __m256i half, __m128i shift) {
+    const __m256i a = widePartTotalsOfTwo(sums, samples, x);
+    const __m256i b = widePartTotalsOfTwo(sums, samples, x + 2);
+    const __m256i totals =
+        _mm256_add_epi64(_mm256_unpacklo_epi64(a, b), _mm256_unpackhi_epi64(a, b));
+    const __m256i pixels = _mm256_srl_epi64(_mm256_add_epi64(totals, half), shift);
+    return _mm256_castsi256_si128(
+        _mm256_permutevar8x32_epi32(pixels, _mm256_setr_epi32(0, 4, 2, 6, 0, 0, 0, 0)));
+}
+
+VORN_AVX2 inline void storeFour(uint8_t* out, __m128i pixels) { store32(out, lowBytes(pixels)); }
+VORN_AVX2 inline void storeFour(uint16_t* out, __m128i pixels) {
+    store64(out, _mm_packus_epi32(pixels, pixels));
+}
+
 template <class Sample>
 VORN_AVX2 void finishWide1(Sample* out,
                            const uint32_t* sums,
@@ -231,6 +272,9 @@ VORN_AVX2 void finishWide1(Sample* out,
     const __m128i shift = _mm_cvtsi32_si128(static_cast<int32_t>(totalShift));
     const auto half = static_cast<int64_t>((uint64_t{1} << totalShift) >> 1);
     int32_t x = 0;
+    for (; samples.maxCount <= kAreaRun && x + 4 <= width; x += 4) {
+        storeFour(out + x, fourWidePixels(sums, samples, x, _mm256_set1_epi64x(half), shift));
+    }
     for (; x + 2 <= width; x += 2) {
         const __m128i totals =
             _mm_add_epi64(twoWideTotals(sums, samples, x, x + 1), _mm_set1_epi64x(half));

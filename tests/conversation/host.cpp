@@ -2,9 +2,4 @@
 
 #include "transport/image.h"
 
-ModuleHome& moduleHome() {
-    static ModuleHome home;
-    return home;
-}
-
 int Module::program() const { return image_->process.id; }

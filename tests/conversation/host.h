@@ -54,7 +54,7 @@ class Module {
 class Loader : public Module {
   public:
     explicit Loader(const std::string& name = "loader")
-        : Module((install(name), name), VORN_LOADER) {}
+        : Module((installLoader(name), name), VORN_LOADER) {}
 
     bool read(const Picture& target) {
         const VORN_ImageBuffer buffer = bufferOf(target);
@@ -73,16 +73,13 @@ class Loader : public Module {
         if (!read(target)) return testing::AssertionFailure() << "read: error " << code();
         return same(target, expected);
     }
-
-  private:
-    static void install(const std::string& name) { moduleHome().installLoader(name); }
 };
 
 class Saver : public Module {
   public:
     explicit Saver(const std::string& name = "saver",
                    const std::string& colorSpaces = "RGB,Gray,YUV601,CMYK")
-        : Module((install(name, colorSpaces), name), VORN_SAVER) {}
+        : Module((installSaver(name, colorSpaces), name), VORN_SAVER) {}
 
     // Sets what describes a picture. `wishes` are test_saver's.
     void describe(const Picture& picture,
@@ -101,11 +98,6 @@ class Saver : public Module {
     bool write(const Picture& source, const std::vector<VORN_Word>& tags) {
         const VORN_ImageBuffer buffer = bufferOf(source);
         return VORN_H_ImageWriteData(image(), &buffer, tags.data());
-    }
-
-  private:
-    static void install(const std::string& name, const std::string& colorSpaces) {
-        moduleHome().installSaver(name, colorSpaces);
     }
 };
 

@@ -12,7 +12,13 @@ std::string text(int value) { return std::to_string(value); }
 
 class Writing : public ConversationTest {
   protected:
-    static std::string target() { return moduleHome().path("saved"); }
+    void SetUp() override {
+        ConversationTest::SetUp();
+        moduleHome().remove("target");
+        moduleHome().makeDirectory("target");
+    }
+
+    static std::string target() { return moduleHome().path("target/saved"); }
 
     // Any memory of the host, filled.
     Picture source(const Shape& shape) {
@@ -21,16 +27,11 @@ class Writing : public ConversationTest {
         return picture;
     }
 
-    // What stands beside a module's target, and the target itself.
-    static std::string leaveOldTarget() { return moduleHome().write("saved", "old"); }
+    static std::string leaveOldTarget() { return moduleHome().write("target/saved", "old"); }
     static bool oldTargetIsAsItWas() {
-        for (const auto& entry : std::filesystem::directory_iterator(moduleHome().path())) {
-            const std::string name = entry.path().filename();
-            EXPECT_TRUE(name == "Errors" || name == "Loaders" || name == "Savers" ||
-                        name == "saved")
-                << name;
-        }
-        return moduleHome().read("saved") == "old";
+        const std::filesystem::directory_iterator files(moduleHome().path("target"));
+        EXPECT_EQ(std::distance(files, {}), 1);
+        return moduleHome().read("target/saved") == "old";
     }
 
     Random random_{31};

@@ -1,0 +1,30 @@
+#include "tests/conversation/module_home.h"
+
+#include <filesystem>
+
+namespace {
+
+void install(const std::string& name, const char* program) {
+    const std::string target = moduleHome().path(name);
+    if (std::filesystem::exists(target)) return;
+    std::error_code error;
+    std::filesystem::create_hard_link(program, target, error);
+    if (error) std::filesystem::copy_file(program, target);
+}
+
+}  // namespace
+
+ScratchHome& moduleHome() {
+    static ScratchHome home;
+    return home;
+}
+
+void installLoader(const std::string& name) {
+    install("Loaders/" + name, name == "loader" ? TEST_LOADER : MISBEHAVE);
+}
+
+void installSaver(const std::string& name, const std::string& colorSpaces) {
+    const bool good = name.rfind("saver", 0) == 0 || name == "mute";
+    install("Savers/" + name, good ? TEST_SAVER : MISBEHAVE);
+    moduleHome().write("Savers/" + name + ".cap", "ColorSpaces=" + colorSpaces + "\n");
+}
