@@ -8,19 +8,22 @@
 #include <cerrno>
 #include <filesystem>
 #include <fstream>
-#include <regex>
 
 namespace {
 
 namespace fs = std::filesystem;
 
-// Objects of the system's own that bear a name of the protocol.
+// Names of the protocol: "12", "12VN", and what is called after this library.
+bool isOurs(const std::string& name) {
+    const size_t digits = name.find_first_not_of("0123456789");
+    if (digits == std::string::npos) return true;
+    return name.substr(digits) == "VN" || name.find("vorn") != std::string::npos;
+}
+
 std::set<std::string> sharedObjects() {
-    const std::regex ours("(sem\\.)?(.*vorn.*|[0-9]+(VN)?)", std::regex::icase);
     std::set<std::string> names;
     for (const auto& entry : fs::directory_iterator("/dev/shm")) {
-        const std::string name = entry.path().filename();
-        if (std::regex_match(name, ours)) names.insert(name);
+        if (isOurs(entry.path().filename())) names.insert(entry.path().filename());
     }
     return names;
 }

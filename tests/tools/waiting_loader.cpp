@@ -51,6 +51,7 @@ void readImage() {
 }  // namespace
 
 int main(int argc, char** argv) {
+    ::alarm(120);  // nothing stays behind, whatever becomes of the test
     VORN_M_SetVaModuleTags(SHTAG_Version, VORN_Word{VORN_PROTOCOL_VERSION}, SHTAG_LoaderOpen,
                            reinterpret_cast<VORN_Word>(&openImage), SHTAG_LoaderBegin,
                            reinterpret_cast<VORN_Word>(&beginImage), SHTAG_LoaderRead,
