@@ -78,5 +78,15 @@ TEST_F(BicubicBlurTest, FollowsTheEnvironmentAtEveryInit) {
     }
 }
 
+// Without blur, each of four lines is made of one of forty, the last of line 35.
+TEST_F(BicubicBlurTest, AsksForNoLinesBehindTheLastThatIsNeeded) {
+    ASSERT_TRUE(vorn::platform::publishVariable("VORN_BICUBIC_BLUR", "0"));
+    ScaleRun run;
+    run.method = "bcscale";
+    run.width = 2, run.lines = 4, run.destinationBand = 4;
+    scaleThrough(Image(2, 40, 1, 1), run);
+    EXPECT_EQ(std::string(36, '1') + "23", run.codes);
+}
+
 }  // namespace
 }  // namespace vorn_test
