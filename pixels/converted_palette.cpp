@@ -39,7 +39,7 @@ int32_t paletteColorSpace(int32_t target, int32_t bufferChannels) {
     if (target == VORN_CS_CMAPPED) {
         return VORN_CS_RGB;
     }
-    if (colorSpaceChannels(target) > 0) {
+    if (VORN_L_ColorSpaceChannels(target) > 0) {
         return target;
     }
     return bufferChannels >= 3 ? VORN_CS_RGB : VORN_CS_GRAY;
@@ -47,10 +47,24 @@ int32_t paletteColorSpace(int32_t target, int32_t bufferChannels) {
 
 }  // namespace
 
+Owned<VORN_ChunkyBuffer> convertedPalette(const VORN_Image& image,
+                                          const VORN_ChunkyBuffer& buffer) {
+    const int32_t colorSpace = paletteColorSpace(image.targetColorSpace, buffer.channels);
+    return Owned<VORN_ChunkyBuffer>(
+        VORN_L_ConvertPalette(VORN_L_TagFind(image.imageTags, ITAG_Palette), buffer.bytesPerChannel,
+                              VORN_L_ColorSpaceChannels(colorSpace), buffer.flags, colorSpace));
+}
+
+bool hasNeededPalette(const VORN_Image& image, const Owned<VORN_ChunkyBuffer>& palette) {
+    return image.colorConversion != kConversionPalette || palette != nullptr;
+}
+
+}  // namespace vorn
+
 VORN_ChunkyBuffer* VORN_L_ConvertPalette(
     const VORN_TagItem* item, int32_t bytes, int32_t channels, uint32_t flags, int32_t target) {
-    PaletteView palette;
-    if (!viewPalette(item, palette) || channels < 1 || channels > VORN_MAX_CHANNELS) {
+    vorn::PaletteView palette;
+    if (!vorn::viewPalette(item, palette) || channels < 1 || channels > VORN_MAX_CHANNELS) {
         return nullptr;
     }
     const int32_t sampleSize = bytes < 2 ? 1 : 2;
@@ -61,7 +75,7 @@ VORN_ChunkyBuffer* VORN_L_ConvertPalette(
     if (made == nullptr) {
         return nullptr;
     }
-    made->layout = lineInterleavedLayout(sampleSize);
+    made->layout = vorn::lineInterleavedLayout(sampleSize);
     made->width = palette.format.width;
     made->height = palette.format.height;
     made->channels = channels;
@@ -75,17 +89,3 @@ VORN_ChunkyBuffer* VORN_L_ConvertPalette(
                                         nullptr);
     return made;
 }
-
-Owned<VORN_ChunkyBuffer> convertedPalette(const VORN_Image& image,
-                                          const VORN_ChunkyBuffer& buffer) {
-    const int32_t colorSpace = paletteColorSpace(image.targetColorSpace, buffer.channels);
-    return Owned<VORN_ChunkyBuffer>(
-        VORN_L_ConvertPalette(VORN_L_TagFind(image.imageTags, ITAG_Palette), buffer.bytesPerChannel,
-                              colorSpaceChannels(colorSpace), buffer.flags, colorSpace));
-}
-
-bool hasNeededPalette(const VORN_Image& image, const Owned<VORN_ChunkyBuffer>& palette) {
-    return image.colorConversion != kConversionPalette || palette != nullptr;
-}
-
-}  // namespace vorn

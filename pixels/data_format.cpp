@@ -114,12 +114,12 @@ bool linesInside(const VORN_DataFormat& format, int32_t lines, uint64_t bytes) {
     return true;
 }
 
-int32_t colorSpaceChannels(int32_t colorSpace) {
+}  // namespace vorn
+
+int32_t VORN_L_ColorSpaceChannels(int32_t colorSpace) {
     constexpr int32_t kChannels[] = {0, 1, 3, 3, 3, 3, 4, 1};
     return colorSpace >= VORN_CS_NONE && colorSpace <= VORN_CS_CMAPPED ? kChannels[colorSpace] : 0;
 }
-
-}  // namespace vorn
 
 void VORN_L_DataFormatMacroSetup(VORN_DataFormat* format) { setUpLayout(*format); }
 

@@ -59,7 +59,4 @@ VORN_ChunkyBuffer bufferAt(const VORN_DataFormat& format, const void* base);
 // touched; a format that VORN_L_CheckDataFormat refuses is refused here too.
 bool linesInside(const VORN_DataFormat& format, int32_t lines, uint64_t bytes);
 
-// Channels of a colour space, 0 for "None" and for numbers that are none.
-int32_t colorSpaceChannels(int32_t colorSpace);
-
 }  // namespace vorn

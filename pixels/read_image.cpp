@@ -23,7 +23,6 @@ bool fail(VORN_Image& image, int32_t code) {
 
 bool prepareRead(VORN_Image& image, int32_t& width, int32_t& height) {
     transferAborted() = false;
-    image.block = BlockPosition{};
     if (!VORN_L_PrepareTransfer(&image)) {
         return abandonTransfer(image);
     }

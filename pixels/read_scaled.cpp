@@ -27,21 +27,6 @@ bool fail(VORN_Image& image, int32_t code) {
     return false;
 }
 
-// The cubic filter takes no sizes below 2 and above 16000.
-bool bicubicTakes(int32_t length) { return length >= 2 && length <= 16000; }
-
-// The best method for a pair of sizes.
-const char* scalerFor(int32_t width, int32_t height, int32_t targetWidth, int32_t targetHeight) {
-    const bool enlarged = width < targetWidth || height < targetHeight;
-    const bool narrow = width + height <= 4 || targetWidth == 1 || targetHeight == 1;
-    if (width + height == 2) return "fastest";
-    if (narrow && enlarged) return "blscale";
-    if (!enlarged) return "bestdown";
-    const bool possible = bicubicTakes(width) && bicubicTakes(height) &&
-                          bicubicTakes(targetWidth) && bicubicTakes(targetHeight);
-    return possible ? "bestup" : "blscale";
-}
-
 // Palette indices can be copied, not mixed.
 bool keepsIndices(const VORN_Image& image) {
     int32_t colorSpace = 0;
@@ -58,7 +43,7 @@ OwnedScaler chooseScaler(const VORN_Image& image,
     if (!wish && keepsIndices(image)) return OwnedScaler(VORN_S_AllocScaler("fastest"));
     if (!wish)
         return OwnedScaler(
-            VORN_S_AllocScaler(scalerFor(width, height, target.width, target.height)));
+            VORN_S_AllocScaler(VORN_S_ChooseScaler(width, height, target.width, target.height)));
     const Owned<char> name(VORN_L_TagGetString(wish));
     return OwnedScaler(name ? VORN_S_AllocScaler(name.get()) : nullptr);
 }

@@ -26,6 +26,9 @@ constexpr NamedMethod kMethods[] = {
     {"fastest", make<NearestScaler>},
 };
 
+// The cubic filter takes no sizes below 2 and above 16000.
+bool bicubicTakes(int32_t length) { return length >= 2 && length <= 16000; }
+
 Scaler* scalerOf(VORN_Scaler* scaler) { return static_cast<Scaler*>(scaler); }
 
 }  // namespace
@@ -38,6 +41,19 @@ VORN_Scaler* VORN_S_AllocScaler(const char* name) {
         if (name && vorn::namesEqual(name, method.name)) return method.make();
     }
     return vorn::make<vorn::NearestScaler>();
+}
+
+const char* VORN_S_ChooseScaler(int32_t srcWidth,
+                                int32_t srcLines,
+                                int32_t dstWidth,
+                                int32_t dstLines) {
+    const bool enlarged = srcWidth < dstWidth || srcLines < dstLines;
+    const bool narrow = srcWidth + srcLines <= 4 || dstWidth == 1 || dstLines == 1;
+    if (srcWidth + srcLines == 2) return "fastest";
+    if (!enlarged) return "bestdown";
+    const bool cubic = vorn::bicubicTakes(srcWidth) && vorn::bicubicTakes(srcLines) &&
+                       vorn::bicubicTakes(dstWidth) && vorn::bicubicTakes(dstLines);
+    return cubic && !narrow ? "bestup" : "blscale";
 }
 
 int32_t VORN_S_InitScale(VORN_Scaler* scaler,

@@ -5,18 +5,14 @@
 #include <cstring>
 
 #include "platform/file.h"
+#include "support/file_error.h"
 #include "support/memory.h"
-#include "support/thread_state.h"
 
 namespace {
 
 constexpr size_t kBufferSize = 65536;
 
-struct FileErrorState {
-    int32_t error = 0;
-};
-
-int32_t& lastError() { return vorn::threadState<FileErrorState>().error; }
+int32_t& lastError() { return vorn::lastFileError(); }
 
 }  // namespace
 

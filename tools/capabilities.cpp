@@ -78,6 +78,10 @@ bool Capabilities::handlesDepth(int32_t bits) const {
     return VORN_L_CheckDepthLegality(pointers(bitsPerChannel).data(), bits);
 }
 
+bool Capabilities::handlesSize(int32_t width, int32_t height) const {
+    return VORN_L_CheckSizeLegality(pointers(sizes).data(), width, height);
+}
+
 bool Capabilities::handlesExtension(const std::string& extension) const {
     return std::ranges::find(extensions, lowerCase(extension)) != extensions.end();
 }

@@ -24,6 +24,7 @@ struct Capabilities {
 
     bool handlesColorSpace(int32_t colorSpace) const;
     bool handlesDepth(int32_t bits) const;
+    bool handlesSize(int32_t width, int32_t height) const;
     bool handlesExtension(const std::string& extension) const;
 };
 

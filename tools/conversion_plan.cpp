@@ -53,7 +53,7 @@ std::optional<int32_t> bestColorSpace(const ImageDescription& image,
     constexpr std::array kBySuperiority = {VORN_CS_RGB, VORN_CS_YUV601, VORN_CS_GRAY};
     const bool indexed = image.colorSpace == VORN_CS_CMAPPED;
     if (saver.handlesColorSpace(image.colorSpace) &&
-        (!indexed || keepsIndices(image, saver, wishes))) {
+        (!indexed || (keepsIndices(image, saver, wishes) && !wishes.mixesColors))) {
         return image.colorSpace;
     }
     for (const int32_t target : kBySuperiority) {
@@ -84,20 +84,8 @@ std::optional<int32_t> chooseBytes(const ImageDescription& image,
 }
 
 int32_t colorChannelsOf(int32_t colorSpace, const ImageDescription& image) {
-    switch (colorSpace) {
-        case VORN_CS_GRAY:
-        case VORN_CS_CMAPPED:
-            return 1;
-        case VORN_CS_RGB:
-        case VORN_CS_YUV:
-        case VORN_CS_YUV601:
-        case VORN_CS_CMY:
-            return 3;
-        case VORN_CS_CMYK:
-            return 4;
-        default:
-            return image.channels - (image.alpha ? 1 : 0);
-    }
+    const int32_t channels = VORN_L_ColorSpaceChannels(colorSpace);
+    return channels != 0 ? channels : image.channels - (image.alpha ? 1 : 0);
 }
 
 }  // namespace
@@ -119,6 +107,7 @@ std::optional<ConversionPlan> planConversion(const ImageDescription& image,
     plan.readAlpha = image.alpha && (saver.alpha || saver.alphaAlways);
     plan.addAlpha = !image.alpha && saver.alphaAlways;
     plan.palette = *colorSpace == VORN_CS_CMAPPED;
+    plan.lookUp = image.colorSpace == VORN_CS_CMAPPED && !plan.palette;
     if (plan.channels() < 1 || plan.channels() > VORN_MAX_CHANNELS) {
         reason = "The saver " + saver.name + " can't take " + std::to_string(plan.channels()) +
                  " channels";

@@ -15,6 +15,7 @@ namespace vorn::tool {
 struct ConversionWishes {
     std::optional<int32_t> colorSpace = std::nullopt;
     std::optional<int32_t> depth = std::nullopt;  // 8 or 16
+    bool mixesColors = false;  // a scaled picture has colours that its palette doesn't have
 };
 
 struct ConversionPlan {
@@ -24,6 +25,7 @@ struct ConversionPlan {
     bool readAlpha = false;  // the picture has alpha, and the saver keeps it
     bool addAlpha = false;   // the saver wants alpha, and the picture has none: opaque
     bool palette = false;    // the pixels stay indices into the picture's palette
+    bool lookUp = false;     // the pixels are the colours that the picture's palette has for them
 
     int32_t channels() const { return colorChannels + (readAlpha || addAlpha ? 1 : 0); }
 };

@@ -1,142 +1,44 @@
 // vorn convert IN OUT: a picture from one file into another, in the format of the other.
 
-#include <vorn/host.h>
 #include <vorn/library.h>
 
 #include <memory>
-#include <optional>
-#include <string>
-#include <vector>
 
 #include "tools/capabilities.h"
 #include "tools/commands.h"
-#include "tools/conversion_plan.h"
-#include "tools/handle.h"
-#include "tools/picture.h"
+#include "tools/conversion.h"
+#include "tools/fields.h"
 #include "tools/target_size.h"
 
 namespace vorn::tool {
 
 namespace {
 
-struct Arguments {
-    std::string in;
-    std::string out;
-    std::string loader;
-    std::string saver;
-    std::string colorSpace;
-    int32_t depth = 0;
-    int32_t orientation = 0;
-    std::string size;
-    std::string fit;
-    std::string scaler;
-    std::vector<std::string> settings;
-    bool quiet = false;
-};
-
-bool isScaled(const Arguments& arguments) {
-    return !arguments.size.empty() || !arguments.fit.empty();
-}
-
-ConversionWishes wishesOf(const Arguments& arguments, const ImageDescription& image) {
-    ConversionWishes wishes;
-    if (isScaled(arguments) && image.colorSpace == VORN_CS_CMAPPED) {
-        wishes.colorSpace = VORN_CS_RGB;  // colours can be mixed, palette indices can't
-    }
-    if (!arguments.colorSpace.empty()) {
-        wishes.colorSpace = VORN_L_FindColorSpace(arguments.colorSpace.c_str());
-    }
-    if (arguments.depth != 0) {
-        wishes.depth = arguments.depth;
-    }
-    return wishes;
-}
-
-// Asks for the size that the user wants, in the orientation that was asked for. The picture is then
-// scaled while it streams in.
-void wishSize(const Arguments& arguments, VORN_Image* image) {
-    if (!isScaled(arguments)) {
-        return;
-    }
-    const std::string& text = arguments.size.empty() ? arguments.fit : arguments.size;
-    Size own;
-    if (!VORN_H_ImageVaGetTags(image, ITAG_Width, reinterpret_cast<VORN_Word>(&own.width),
-                               ITAG_Height, reinterpret_cast<VORN_Word>(&own.height), TAG_End)) {
-        throw libraryFailure(arguments.in, image);
-    }
-    const TargetSize target = *TargetSize::parse(text);  // checked with the command line
-    const Size size = arguments.size.empty() ? target.fitting(own) : target.of(own);
-    VORN_H_ImageVaSetTags(image, ITAG_Width, static_cast<VORN_Word>(size.width), ITAG_Height,
-                          static_cast<VORN_Word>(size.height), TAG_End);
-    if (!arguments.scaler.empty()) {
-        VORN_H_ImageVaSetTags(image, ITAG_ScalerName,
-                              reinterpret_cast<VORN_Word>(arguments.scaler.c_str()), TAG_End);
-    }
-}
-
-struct Loaded {
-    Picture picture;
-    Fields fields;
-};
-
-Loaded load(const Arguments& arguments, const Capabilities& saver, Onlookers& onlookers) {
-    const std::string loader = chooseLoader(arguments.in, arguments.loader);
-    const Handle handle(loader, VORN_LOADER, arguments.in);
-    VORN_Image* const image = handle.get();
-    const Interrupts::Watch watch(onlookers.interrupts, image);
-    // A loader that says nothing about the orientation delivers the picture upright.
-    if (!VORN_H_ImageVaOpen(image, ITAG_Filename, arguments.in.c_str(), ITAG_Orientation,
-                            VORN_Word{0}, TAG_End) ||
-        !VORN_H_ImageVaSetTags(image, ITAG_Orientation,
-                               static_cast<VORN_Word>(arguments.orientation), TAG_End)) {
-        throw libraryFailure(arguments.in, image);
-    }
-    wishSize(arguments, image);
-    const ImageDescription description = describe(image, arguments.in, loader);
-    std::string reason;
-    const auto plan = planConversion(description, saver, wishesOf(arguments, description), reason);
-    if (!plan) {
-        throw Failure{arguments.out, reason, kErrorCannotSave, 0};
-    }
-    VORN_H_ImageVaSetTags(image, ITAG_ColorSpace, static_cast<VORN_Word>(plan->colorSpace),
-                          TAG_End);
-    return {Picture::read(image, arguments.in, description, *plan, onlookers), description.fields};
-}
-
-void transfer(const Arguments& arguments, const std::string& saver, Onlookers& onlookers) {
-    onlookers.progress.beginStage(0, 2);
-    Loaded loaded = load(arguments, capabilitiesOf(saver, VORN_SAVER), onlookers);
-    for (const std::string& setting : arguments.settings) {
-        setField(loaded.fields, setting);
-    }
-    onlookers.progress.beginStage(1, 2);
-    loaded.picture.write(saver, arguments.out, loaded.fields, onlookers);
-}
+constexpr int32_t kMostMebibytes = 1 << 20;
 
 // What can be wrong with the command line is found before any module is started.
-std::string checkedSaver(const Arguments& arguments) {
+std::string checkedSaver(const ConversionRequest& request) {
     requireHome();
     Fields ignored;
-    for (const std::string& setting : arguments.settings) {
+    for (const std::string& setting : request.settings) {
         setField(ignored, setting);
     }
-    if (!arguments.loader.empty()) {
-        requireInstalled(arguments.loader, VORN_LOADER);
+    if (!request.loader.empty()) {
+        requireInstalled(request.loader, VORN_LOADER);
     }
-    if (arguments.saver.empty()) {
-        return saverForFile(arguments.out);
+    if (request.saver.empty()) {
+        return saverForFile(request.out);
     }
-    requireInstalled(arguments.saver, VORN_SAVER);
-    return arguments.saver;
+    requireInstalled(request.saver, VORN_SAVER);
+    return request.saver;
 }
 
-void convert(const Arguments& arguments) {
-    const std::string saver = checkedSaver(arguments);
+void convert(ConversionRequest request) {
+    request.saver = checkedSaver(request);
     Interrupts interrupts;
-    ProgressBar progress(arguments.in, arguments.quiet);
-    Onlookers onlookers{interrupts, progress};
+    ProgressBar progress(request.in, request.quiet);
     try {
-        transfer(arguments, saver, onlookers);
+        convertPicture(request, interrupts, progress);
     } catch (const Failure& failure) {
         progress.clear();
         // However a transfer ends that was asked to stop, it has been stopped.
@@ -167,7 +69,7 @@ std::string checkColorSpace(const std::string& name) {
 void addConvertCommand(CLI::App& program, ExitStatus&) {
     CLI::App* const command =
         program.add_subcommand("convert", "Write a picture in another format or form");
-    const auto arguments = std::make_shared<Arguments>();
+    const auto arguments = std::make_shared<ConversionRequest>();
     command->add_option("IN", arguments->in, "The picture")->required();
     command->add_option("OUT", arguments->out, "The file to write")->required();
     command->add_option("--loader", arguments->loader,
@@ -200,7 +102,15 @@ void addConvertCommand(CLI::App& program, ExitStatus&) {
                      "Set a field: Artist=Me, XDPI=300; without VALUE, drop it")
         ->type_name("NAME=VALUE")
         ->allow_extra_args(false);
-    command->add_flag("--quiet", arguments->quiet, "No progress bar");
+    command
+        ->add_option("--memory", arguments->mebibytes,
+                     "MiB of memory for a picture that has to be kept whole, because it is turned; "
+                     "a larger one goes to a temporary file (64)")
+        ->check(CLI::Range(0, kMostMebibytes));
+    command->add_flag("--strict", arguments->strict,
+                      "Write nothing when the saver can't hold all of the picture");
+    command->add_flag("--quiet", arguments->quiet,
+                      "No progress bar, and no word about what the saver can't hold");
     command->callback([arguments] { convert(*arguments); });
 }
 

@@ -43,6 +43,8 @@ inline constexpr int32_t kErrorProtocol = 5;
 inline constexpr int32_t kErrorMemory = 17;
 inline constexpr int32_t kErrorOpenFile = 20;
 inline constexpr int32_t kErrorAborted = 27;
+inline constexpr int32_t kErrorNoDataFormat = 32;
+inline constexpr int32_t kErrorCannotWrite = 0x08000025;  // subcode: the system's error number
 inline constexpr int32_t kErrorCannotSave = 2004;
 inline constexpr int32_t kErrorNoSaver = 3001;
 

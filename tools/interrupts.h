@@ -1,8 +1,8 @@
 // Ctrl-C (and a request to terminate, and a lost terminal) while a picture is on its way.
 //
 // While the object lives, the first such interrupt only asks: transfers see it in their abort
-// callback and end in order. A second one means that a module doesn't answer: the module program
-// that is being talked to is stopped. A third one ends this program at once; modules end with it,
+// callback and end in order. A second one means that a module doesn't answer: the module programs
+// that are being talked to are stopped. A third one ends this program at once; modules end with it,
 // and a file that a saver hasn't finished leaves no trace.
 #pragma once
 
@@ -11,6 +11,7 @@
 #include <atomic>
 #include <memory>
 #include <mutex>
+#include <vector>
 
 namespace vorn::tool {
 
@@ -23,7 +24,13 @@ class Interrupts {
 
     bool requested() const { return count_ > 0; }
 
-    // While it lives, a second interrupt stops the module program of this image.
+    // An abort callback (ITAG_AbortCallback) and its user data.
+    static int32_t onAbort(VORN_Image*, VORN_Word userData) {
+        return reinterpret_cast<const Interrupts*>(userData)->requested();
+    }
+    VORN_Word userData() const { return reinterpret_cast<VORN_Word>(this); }
+
+    // While it lives, a second interrupt stops the module program of this image, too.
     class Watch {
       public:
         Watch(Interrupts& interrupts, VORN_Image* image);
@@ -33,17 +40,17 @@ class Interrupts {
 
       private:
         Interrupts& interrupts_;
+        VORN_Image* image_;
     };
 
   private:
     struct Listener;
 
     void received();
-    void watch(VORN_Image* image);
 
     std::atomic<int> count_ = 0;
     std::mutex mutex_;
-    VORN_Image* watched_ = nullptr;
+    std::vector<VORN_Image*> watched_;
     std::unique_ptr<Listener> listener_;
 };
 

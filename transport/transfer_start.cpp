@@ -54,7 +54,8 @@ SaverNews newsFor(const VORN_Image& image) {
         news.layout = true;
         const int32_t target =
             image.targetColorSpace == VORN_CS_CMAPPED ? VORN_CS_RGB : image.targetColorSpace;
-        news.channels = blockChannels(channels, image.colorConversion, colorSpaceChannels(target));
+        news.channels =
+            blockChannels(channels, image.colorConversion, VORN_L_ColorSpaceChannels(target));
         news.colorSpace = image.targetColorSpace;
     }
     return news;
@@ -81,6 +82,7 @@ void* write(const SaverNews& news, void* place) {
 extern "C" {
 
 VORN_Bool VORN_L_StartReadingImage(VORN_Image* image) {
+    image->block = vorn::BlockPosition{};  // nothing of a read that was broken off may stay
     void* place = VORN_L_ImageHandleStartWriting(image, vorn::kLongItemSize + vorn::kEndItemSize);
     if (!place) return 0;
     const uint32_t command = CMD_LoadData;

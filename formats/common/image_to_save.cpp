@@ -13,24 +13,6 @@
 namespace formats {
 namespace {
 
-// 0: any number.
-int32_t colorsOf(int32_t colorSpace) {
-    switch (colorSpace) {
-        case VORN_CS_GRAY:
-        case VORN_CS_CMAPPED:
-            return 1;
-        case VORN_CS_RGB:
-        case VORN_CS_YUV:
-        case VORN_CS_YUV601:
-        case VORN_CS_CMY:
-            return 3;
-        case VORN_CS_CMYK:
-            return 4;
-        default:
-            return 0;
-    }
-}
-
 // A host that names no colour space means grey or RGB, by the number of channels.
 int32_t colorSpaceFor(int32_t channels) {
     if (channels == 1 || channels == 2) return VORN_CS_GRAY;
@@ -39,10 +21,10 @@ int32_t colorSpaceFor(int32_t channels) {
 
 void setChannels(ImageToSave& image) {
     const int32_t named = image.number(ITAG_ColorSpace).value_or(VORN_CS_NONE);
-    const int32_t standard = colorsOf(named) ? colorsOf(named) : 3;
-    image.channels = image.number(ITAG_Channels).value_or(standard);
+    const int32_t standard = VORN_L_ColorSpaceChannels(named);
+    image.channels = image.number(ITAG_Channels).value_or(standard != 0 ? standard : 3);
     image.colorSpace = named == VORN_CS_NONE ? colorSpaceFor(image.channels) : named;
-    const int32_t colors = colorsOf(image.colorSpace);
+    const int32_t colors = VORN_L_ColorSpaceChannels(image.colorSpace);  // 0: any number
     image.alpha = colors != 0 && image.channels == colors + 1;
     if (image.channels < 1 || image.channels > VORN_MAX_CHANNELS) throw Failure{kCannotSave};
     if (colors != 0 && image.channels != colors && !image.alpha) throw Failure{kCannotSave};

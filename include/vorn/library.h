@@ -189,6 +189,10 @@ VORN_API int32_t VORN_L_GetMaxDepth(char* const* depths);
 VORN_API int32_t VORN_L_FindColorSpace(const char* name);
 VORN_API VORN_Bool VORN_L_ColorSpaceInList(int32_t colorSpace, char* const* list);
 
+/* Channels of a colour space's colours: 1 for grey and for palette indices, 3, 4 for "CMYK"; 0 for
+ * "None" and for numbers that are no colour space. */
+VORN_API int32_t VORN_L_ColorSpaceChannels(int32_t colorSpace);
+
 /* The universal loader's choice for a file: the bare name of a loader (valid until the thread's
  * next question) or NULL (error 28: no answer, 15: no such loader, 20 or 17: the loaders could not
  * be listed). */
@@ -350,13 +354,34 @@ VORN_API VORN_Bool VORN_L_ImageModuleGetTags(VORN_Image* image, const VORN_Word*
 VORN_API VORN_Bool VORN_L_ImageVaModuleGetTags(VORN_Image* image, ...);
 
 /* ---- Transfers, line by line
- * ------------------------------------------------------------------------------------------- */
+ * -------------------------------------------------------------------------------------------
+ *
+ * For a host that holds a few lines instead of a picture. These calls move lines in the module's
+ * order and know nothing of orientation or scaling.
+ *
+ * Reading: VORN_H_ImageOpen; VORN_H_ImageSetTags with the colour space that is wanted;
+ * VORN_H_ImageGetTags (of any tag: it is what chooses the conversion); VORN_L_StartReadingImage;
+ * VORN_L_ImageReadLineChunky until all lines have come; VORN_L_WaitForAck, after which the handle's
+ * error tells whether the file was whole.
+ * Writing: VORN_H_ImageOpen; VORN_H_ImageSetTags with the description, in a colour space that the
+ * saver takes; VORN_L_StartWritingImage; VORN_L_ImageWriteChunkyBegin; VORN_L_ImageWriteLineChunky
+ * until all lines are gone; VORN_L_ImageWriteChunkyEnd; VORN_L_SendCMDAbort, which is the end of
+ * the data, and VORN_L_WaitForAck, which says whether the file was written.
+ * Where either can't go on, VORN_L_SendCMDAbort brings the module back to its command loop; a
+ * saver's file is then as it was before. */
 
 /* Chooses the orientation correction from a source to a target orientation (0 to 7). True when it
  * exchanges width and height. The same orientation on both sides leaves the handle as it is. */
 VORN_API VORN_Bool VORN_L_SetOrientationCorrection(VORN_Image* image,
                                                    int32_t source,
                                                    int32_t target);
+
+/* The palette of an ITAG_Palette item in the form that line reads look colours up in: converted to
+ * colour space `target`, with the given channels and the sample size of the lines that are wanted;
+ * `flags` are kept in the record. One block, freed with FreeMemory. NULL without an item, when
+ * memory is short, and for an item whose record or entries are not in order. */
+VORN_API VORN_ChunkyBuffer* VORN_L_ConvertPalette(
+    const VORN_TagItem* item, int32_t bytes, int32_t channels, uint32_t flags, int32_t target);
 
 /* Reads the next `buffer->height` lines of a started read into the buffer. The result is the number
  * of lines, 0 on failure or abort. `format` is the module's data format, `palette` the converted

@@ -71,6 +71,14 @@ enum {
  * it is unset or no number, to 256; values beyond the ends are taken as the ends. */
 VORN_API VORN_Scaler* VORN_S_AllocScaler(const char* name);
 
+/* The name of the method that suits a pair of sizes best: "bestdown" when no side grows and
+ * "bestup" when one does, "blscale" where the cubic filter doesn't go or makes nothing better (very
+ * small images, a side of 1 or above 16000), "fastest" for a single sample. */
+VORN_API const char* VORN_S_ChooseScaler(int32_t srcWidth,
+                                         int32_t srcLines,
+                                         int32_t dstWidth,
+                                         int32_t dstLines);
+
 /* Sets up one image, ending the one before.
  *
  * srcLines, dstLines: lines of the whole source and destination images. The widths are those of the

@@ -3,6 +3,7 @@
 #include <signal.h>
 #include <vorn/library.h>
 
+#include <algorithm>
 #include <cstdlib>
 #include <thread>
 
@@ -61,27 +62,25 @@ void Interrupts::received() {
     const int count = ++count_;
     if (count == 2) {
         const std::lock_guard lock(mutex_);
-        if (watched_ != nullptr) {
-            VORN_L_ShutDownHandle(watched_);
-        }
+        std::ranges::for_each(watched_, VORN_L_ShutDownHandle);
     } else if (count > 2) {
         std::_Exit(EXIT_FAILURE);
     }
 }
 
-void Interrupts::watch(VORN_Image* image) {
-    const std::lock_guard lock(mutex_);
-    watched_ = image;
+Interrupts::Watch::Watch(Interrupts& interrupts, VORN_Image* image)
+    : interrupts_(interrupts), image_(image) {
+    const std::lock_guard lock(interrupts_.mutex_);
+    interrupts_.watched_.push_back(image);
     // The second interrupt may have come between two images.
-    if (image != nullptr && count_ >= 2) {
+    if (interrupts_.count_ >= 2) {
         VORN_L_ShutDownHandle(image);
     }
 }
 
-Interrupts::Watch::Watch(Interrupts& interrupts, VORN_Image* image) : interrupts_(interrupts) {
-    interrupts_.watch(image);
+Interrupts::Watch::~Watch() {
+    const std::lock_guard lock(interrupts_.mutex_);
+    std::erase(interrupts_.watched_, image_);
 }
-
-Interrupts::Watch::~Watch() { interrupts_.watch(nullptr); }
 
 }  // namespace vorn::tool

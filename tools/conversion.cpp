@@ -1,0 +1,190 @@
+#include "tools/conversion.h"
+
+#include <vorn/library.h>
+
+#include <cstdio>
+#include <cstring>
+
+#include "tools/connection.h"
+#include "tools/failure.h"
+#include "tools/kept_picture.h"
+#include "tools/line_order.h"
+#include "tools/losses.h"
+#include "tools/printable.h"
+#include "tools/stream.h"
+#include "tools/tag_words.h"
+
+namespace vorn::tool {
+
+namespace {
+
+constexpr size_t kMebibyte = size_t{1} << 20;
+
+class Conversion {
+  public:
+    Conversion(const ConversionRequest& request, Interrupts& interrupts)
+        : request_(request),
+          loaderName_(chooseLoader(request.in, request.loader)),
+          saverAbilities_(capabilitiesOf(request.saver, VORN_SAVER)),
+          loader_(loaderName_, VORN_LOADER, request.in, interrupts),
+          saver_(request.saver, VORN_SAVER, request.out, interrupts) {}
+
+    void run(ProgressBar& progress) {
+        openLoader();
+        wishSize();
+        image_ = describe(loader_.image(), request_.in, loaderName_);
+        makePlan();
+        tellLosses();
+        openSaver();
+        describeToSaver();
+        movePixels(progress);
+    }
+
+  private:
+    // A loader that says nothing about the orientation delivers the picture upright.
+    void openLoader() {
+        if (!VORN_H_ImageVaOpen(loader_.image(), ITAG_Filename, request_.in.c_str(),
+                                ITAG_Orientation, VORN_Word{0}, TAG_End)) {
+            loader_.fail();
+        }
+        wish(ITAG_Orientation, static_cast<VORN_Word>(request_.orientation));
+    }
+
+    void wish(unsigned id, VORN_Word value) {
+        if (!VORN_H_ImageVaSetTags(loader_.image(), id, value, TAG_End)) {
+            loader_.fail();
+        }
+    }
+
+    // The size that the user wants, in the orientation that was asked for.
+    void wishSize() {
+        if (!request_.isScaled()) {
+            return;
+        }
+        const auto width = longTag(loader_.image(), ITAG_Width);
+        const auto height = longTag(loader_.image(), ITAG_Height);
+        if (!width || !height) {
+            loader_.fail();
+        }
+        const Size own{*width, *height};
+        const bool fit = request_.size.empty();
+        // The text was checked with the command line.
+        const TargetSize target = *TargetSize::parse(fit ? request_.fit : request_.size);
+        const Size size = fit ? target.fitting(own) : target.of(own);
+        wish(ITAG_Width, static_cast<VORN_Word>(size.width));
+        wish(ITAG_Height, static_cast<VORN_Word>(size.height));
+        if (!request_.scaler.empty()) {
+            wish(ITAG_ScalerName, reinterpret_cast<VORN_Word>(request_.scaler.c_str()));
+        }
+    }
+
+    void makePlan() {
+        wishes_.mixesColors = request_.isScaled();
+        if (!request_.colorSpace.empty()) {
+            wishes_.colorSpace = VORN_L_FindColorSpace(request_.colorSpace.c_str());
+        }
+        if (request_.depth != 0) {
+            wishes_.depth = request_.depth;
+        }
+        std::string reason;
+        const auto plan = planConversion(image_, saverAbilities_, wishes_, reason);
+        if (!plan) {
+            throw Failure{request_.out, reason, kErrorCannotSave, 0};
+        }
+        plan_ = *plan;
+        wish(ITAG_ColorSpace, static_cast<VORN_Word>(plan_.colorSpace));
+    }
+
+    void tellLosses() const {
+        const std::string losses = lossesOf(image_, saverAbilities_, wishes_, plan_);
+        if (losses.empty()) {
+            return;
+        }
+        if (request_.strict) {
+            throw Failure{request_.out, losses, kErrorCannotSave, 0};
+        }
+        if (!request_.quiet) {
+            std::fprintf(stderr, "vorn: %s: %s\n", printable(request_.out).c_str(),
+                         printable(losses).c_str());
+        }
+    }
+
+    void openSaver() {
+        if (!VORN_H_ImageVaOpen(saver_.image(), ITAG_Filename, request_.out.c_str(), TAG_End)) {
+            saver_.fail();
+        }
+    }
+
+    // All that the loader has told reaches the saver.
+    void describeToSaver() {
+        Fields fields = image_.fields;
+        for (const std::string& setting : request_.settings) {
+            setField(fields, setting);
+        }
+        TagWords words;
+        words.addLong(ITAG_Width, image_.width);
+        words.addLong(ITAG_Height, image_.height);
+        words.addLong(ITAG_Channels, plan_.channels());
+        words.addLong(ITAG_ImageChannels, plan_.colorChannels);
+        words.addLong(ITAG_ImageChannelSize, plan_.bytesPerChannel);
+        words.addLong(ITAG_Alpha, plan_.channels() > plan_.colorChannels);
+        words.addLong(ITAG_ColorSpace, plan_.colorSpace);
+        words.addLong(ITAG_Orientation, 0);
+        const std::vector<uint32_t> palette =
+            plan_.palette ? copyPalette() : std::vector<uint32_t>();
+        if (!palette.empty()) {
+            words.addAddress(ITAG_Palette, palette.data());
+        }
+        addFields(words, fields);
+        if (!VORN_H_ImageSetTags(saver_.image(), words.data())) {
+            saver_.fail();
+        }
+    }
+
+    // A VORN_Palette, in words so that it is aligned.
+    std::vector<uint32_t> copyPalette() const {
+        PaletteView view;
+        if (!findPalette(loader_.image(), view)) {
+            throw numberedFailure(request_.in, kErrorProtocol, 0);
+        }
+        std::vector<uint32_t> palette(1 + (view.byteCount + 3) / 4);
+        palette[0] = view.byteCount;
+        std::memcpy(&palette[1], view.bytes, view.byteCount);
+        return palette;
+    }
+
+    void movePixels(ProgressBar& progress) {
+        const Size size{image_.width, image_.height};
+        int32_t stored = 0;  // how the file's lines lie
+        const unsigned id = ITAG_Orientation;
+        VORN_L_ImageVaModuleGetTags(loader_.image(), id, &stored, TAG_End);
+        const LineOrder order = lineOrder(stored, request_.orientation);
+        const int32_t written = longTag(saver_.image(), ITAG_Orientation).value_or(0);
+        if (order != LineOrder::kOther && lineOrder(0, written) == LineOrder::kSame) {
+            streamPicture(loader_, saver_,
+                          {plan_, size, order == LineOrder::kMirrored, request_.scaler}, progress);
+        } else {
+            movePicture(loader_, saver_, plan_, size,
+                        static_cast<size_t>(request_.mebibytes) * kMebibyte, progress);
+        }
+    }
+
+    const ConversionRequest& request_;
+    std::string loaderName_;
+    Capabilities saverAbilities_;
+    Connection loader_;
+    Connection saver_;
+    ImageDescription image_;
+    ConversionWishes wishes_;
+    ConversionPlan plan_;
+};
+
+}  // namespace
+
+void convertPicture(const ConversionRequest& request,
+                    Interrupts& interrupts,
+                    ProgressBar& progress) {
+    Conversion(request, interrupts).run(progress);
+}
+
+}  // namespace vorn::tool

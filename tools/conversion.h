@@ -1,0 +1,37 @@
+// What `vorn convert` does once its command line is understood.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "tools/interrupts.h"
+#include "tools/progress_bar.h"
+
+namespace vorn::tool {
+
+struct ConversionRequest {
+    std::string in;
+    std::string out;
+    std::string loader;  // "": the one that knows the file
+    std::string saver;
+    std::string colorSpace;
+    int32_t depth = 0;
+    int32_t orientation = 0;
+    std::string size;
+    std::string fit;
+    std::string scaler;
+    std::vector<std::string> settings;
+    int32_t mebibytes = 64;  // of memory for a picture that has to be kept whole
+    bool strict = false;
+    bool quiet = false;
+
+    bool isScaled() const { return !size.empty() || !fit.empty(); }
+};
+
+// Throws; the file to write is then as it was before.
+void convertPicture(const ConversionRequest& request,
+                    Interrupts& interrupts,
+                    ProgressBar& progress);
+
+}  // namespace vorn::tool
