@@ -7,7 +7,7 @@
 namespace vorn::platform {
 
 // The directory for temporary files that may be large (not one that the system keeps in memory).
-const char* scratchDirectory();
+const char* scratchFolder();
 
 // Maps a new file of `size` zero bytes, for which the disk has room. The file has no name. The
 // result is the system's error number, 0 for none.

@@ -34,6 +34,6 @@ void FreeScratch(void* block) {
     vorn::platform::unmapScratch(mapping, whole);
 }
 
-const char* ScratchDirectory(void) { return vorn::platform::scratchDirectory(); }
+const char* ScratchFolder(void) { return vorn::platform::scratchFolder(); }
 
 }  // extern "C"

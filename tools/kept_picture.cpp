@@ -15,7 +15,7 @@ Bytes allocate(const std::string& file, size_t size, size_t mostMemory) {
     Bytes bytes(static_cast<uint8_t*>(onDisk ? AllocScratch(size) : AllocMemory(size, 0)),
                 onDisk ? FreeScratch : FreeMemory);
     if (bytes == nullptr && onDisk) {
-        throw numberedFailure(ScratchDirectory(), kErrorCannotWrite, BGetErrorCode());
+        throw numberedFailure(ScratchFolder(), kErrorCannotWrite, BGetErrorCode());
     }
     if (bytes == nullptr) {
         throw numberedFailure(file, kErrorMemory, 0);

@@ -86,7 +86,7 @@ VORN_API void BClose(VORN_File* file);
 VORN_API int32_t BGetErrorCode(void);
 
 /* Memory for what may be larger than the machine's memory: the bytes lie in a temporary file of
- * ScratchDirectory, and the system keeps as many of them in memory as it has room for. All of them
+ * ScratchFolder, and the system keeps as many of them in memory as it has room for. All of them
  * are zero, and the disk has room for them when this answers. No other program sees the file, and
  * it is gone with the block and with the program, however that ends. NULL on failure (a full disk,
  * a directory that can't be written); BGetErrorCode then gives the system's error number. */
@@ -94,7 +94,7 @@ VORN_API void* AllocScratch(size_t size);
 VORN_API void FreeScratch(void* block); /* NULL is ignored */
 
 /* The environment variable TMPDIR where it is set, else /var/tmp. */
-VORN_API const char* ScratchDirectory(void);
+VORN_API const char* ScratchFolder(void);
 
 /* Diagnostics in printf style. dbprint goes to standard error; dblog goes there only when the
  * environment variable VORN_LOG is set and not empty. */

@@ -42,13 +42,13 @@ int32_t reserve(int descriptor, size_t size) {
 
 }  // namespace
 
-const char* scratchDirectory() {
+const char* scratchFolder() {
     const char* const chosen = environmentVariable("TMPDIR");
     return chosen && *chosen ? chosen : "/var/tmp";
 }
 
 int32_t mapScratch(size_t size, void*& bytes) {
-    const int descriptor = openUnnamed(scratchDirectory());
+    const int descriptor = openUnnamed(scratchFolder());
     if (descriptor < 0) return errno;
     int32_t error = reserve(descriptor, size);
     if (!error) {

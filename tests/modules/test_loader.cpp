@@ -1,6 +1,6 @@
 // A loader whose pictures are made up from their file names, see wished_picture.h. Further wishes:
-// fail=open, begin or read with code=N and subcode=N; failat=LINE for the latter; dpi=X and y as
-// "dpix", "dpiy"; text=... for a description.
+// fail=open, begin or read with code=N and subcode=N; failat=LINE for the latter (the height:
+// behind the last line); dpi=X and y as "dpix", "dpiy"; text=... for a description.
 #include <vorn/host.h>
 #include <vorn/module.h>
 
@@ -175,6 +175,7 @@ void readImage() {
         if (y >= failAt && fails("read")) break;
         if (!sendBlock(s, buffer, y, std::min(s.blockLines, s.picture->height - y))) break;
     }
+    if (failAt == s.picture->height) fails("read");
     VORN_M_FreeLoadBuffer(buffer);
 }
 

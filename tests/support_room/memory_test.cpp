@@ -2,9 +2,11 @@
 
 #include <gtest/gtest.h>
 
+#include <cerrno>
 #include <cstdint>
 #include <cstring>
 
+#include "tests/scratch_home.h"
 #include "tests/support/failing_memory.h"
 
 namespace {
@@ -66,6 +68,33 @@ TEST(Tracker, FailsWithoutMemoryOrTracker) {
     EXPECT_EQ(AllocMemoryTracked(tracker, SIZE_MAX, 0), nullptr);
     EXPECT_EQ(AllocMemoryTracked(tracker, SIZE_MAX - 8, 0), nullptr);
     FreeTracker(tracker);
+}
+
+TEST(Scratch, IsZeroedMemoryInAFileWithoutAName) {
+    const ScratchDirectory scratch;
+    const ScopedVariable chosen("TMPDIR", scratch.path());
+    constexpr size_t kSize = size_t{3} << 20;
+    void* const bytes = AllocScratch(kSize);
+    ASSERT_NE(bytes, nullptr);
+    EXPECT_EQ(BGetErrorCode(), 0);
+    EXPECT_TRUE(isClear(bytes, kSize));
+    std::memset(bytes, 7, kSize);
+    EXPECT_TRUE(std::filesystem::is_empty(scratch.path()));
+    FreeScratch(bytes);
+    FreeScratch(nullptr);
+}
+
+TEST(Scratch, SaysWhyThereIsNone) {
+    const ScratchDirectory scratch;
+    const ScopedVariable chosen("TMPDIR", scratch.path());
+    for (const size_t size : {SIZE_MAX, SIZE_MAX / 2, SIZE_MAX / 4}) {  // no disk is as large
+        EXPECT_EQ(AllocScratch(size), nullptr);
+        EXPECT_NE(BGetErrorCode(), 0);
+    }
+    const ScopedVariable missing("TMPDIR", scratch.path("missing"));
+    EXPECT_EQ(AllocScratch(1), nullptr);
+    EXPECT_EQ(BGetErrorCode(), ENOENT);
+    EXPECT_EQ(ScratchFolder(), scratch.path("missing"));
 }
 
 }  // namespace
