@@ -31,8 +31,8 @@ struct SharedWord {
 };
 
 SharedWord* sharedWords(size_t count) {
-    void* memory = ::mmap(nullptr, count * 64, PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS,
-                          -1, 0);
+    void* memory =
+        ::mmap(nullptr, count * 64, PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0);
     return static_cast<SharedWord*>(memory);
 }
 

@@ -41,9 +41,9 @@ class Pictures {
 void require(VORN_Bool done) {
     if (done) return;
     const VORN_ErrorPair error = VORN_H_ImageGetError(nullptr);
-    std::fprintf(stderr, "talk_bench: %s\n",
-                 VORN_H_ImageGetErrorString(VORN_ErrorPairCode(error),
-                                            VORN_ErrorPairSubcode(error)));
+    std::fprintf(
+        stderr, "talk_bench: %s\n",
+        VORN_H_ImageGetErrorString(VORN_ErrorPairCode(error), VORN_ErrorPairSubcode(error)));
     std::exit(1);
 }
 
@@ -121,8 +121,7 @@ double iconsThroughModules(const Pictures& pictures) {
 
 double iconsInProcess(const Pictures& pictures) {
     return secondsEach(1, [&] {
-        for (int i = 0; i < kIcons; ++i)
-            writePng(pictures.target(), readPng(pictures.icon()));
+        for (int i = 0; i < kIcons; ++i) writePng(pictures.target(), readPng(pictures.icon()));
     });
 }
 
@@ -144,8 +143,9 @@ void pictureRows() {
     const Pictures pictures;
     const auto contest = [&pictures](double (*ours)(const Pictures&),
                                      double (*theirs)(const Pictures&)) {
-        return std::vector<Contestant>{{"vorn", [&pictures, ours] { return ours(pictures); }},
-                                       {"libpng", [&pictures, theirs] { return theirs(pictures); }}};
+        return std::vector<Contestant>{
+            {"vorn", [&pictures, ours] { return ours(pictures); }},
+            {"libpng", [&pictures, theirs] { return theirs(pictures); }}};
     };
     compare("64x64 PNG, open, read, close", 9, contest(smallThroughModule, smallInProcess));
     compare("1000 icons from PNG to PNG", 5, contest(iconsThroughModules, iconsInProcess));

@@ -108,8 +108,8 @@ void startRows() {
     for (const char* loader : {"pnm", "png"}) {
         compare(std::string("Start to the first acknowledgement, ") + loader + " loader", kTurns,
                 {{"vorn", [loader] { return moduleStart(loader); }},
-                 {"program with the C++ library", [] { return programStart("trivial"); }},
-                 {"program with libvorn, too", [] { return programStart("trivial_vorn"); }}});
+                 {"program that only says so", [] { return programStart("trivial"); }},
+                 {"the same, linked with libvorn", [] { return programStart("trivial_vorn"); }}});
     }
     compare("Death to its news", kTurns,
             {{"vorn", deathOfModule}, {"poll on the process", deathOfProgram}});
