@@ -1,9 +1,10 @@
 // The tool beside one program that does the same work with libpng alone: time from a PNG file to a
-// PPM file, programs started and ended included. The contestants take turns; the medians count.
+// PPM file, programs started and ended included; and the memory of all of the tool's programs.
 //
-//     convert_bench VORN PICTURE.png DIRECTORY [RUNS]
+//     convert_bench [PICTURE.png [DIRECTORY [RUNS [VORN]]]]
 //
-// The files are written to the directory, which should lie in memory.
+// The picture is one of 8-bit RGB; without one, one of 6000 x 4000 is painted. The files are
+// written to the directory, which should lie in memory. The contestants take turns; medians count.
 #include <png.h>
 
 #include <algorithm>
@@ -13,6 +14,9 @@
 #include <string>
 #include <vector>
 
+#include "contest.h"
+#include "memory.h"
+#include "png_in_process.h"
 #include "started.h"
 
 namespace vorn_bench {
@@ -82,11 +86,6 @@ int halvePng(const char* in, const char* out) {
     return std::fclose(file);
 }
 
-double median(std::vector<double> values) {
-    std::sort(values.begin(), values.end());
-    return values[values.size() / 2];
-}
-
 void row(const char* name,
          const std::vector<std::string>& tool,
          const std::vector<std::string>& peer,
@@ -114,13 +113,21 @@ int main(int argc, char** argv) {
     using namespace vorn_bench;
     if (argc == 4 && std::strcmp(argv[1], "--copy") == 0) return copyPng(argv[2], argv[3]);
     if (argc == 4 && std::strcmp(argv[1], "--halve") == 0) return halvePng(argv[2], argv[3]);
-    if (argc < 4) return 2;
-    const std::string tool = argv[1], in = argv[2];
-    const std::string ours = std::string(argv[3]) + "/vorn.ppm";
-    const std::string theirs = std::string(argv[3]) + "/libpng.ppm";
-    const int runs = argc > 4 ? std::atoi(argv[4]) : 11;
+    const std::string directory = argc > 2 ? argv[2] : "/dev/shm";
+    const std::string painted = directory + "/vorn-bench-photo.png";
+    const std::string in = argc > 1 ? argv[1] : painted;
+    const int runs = argc > 3 ? std::atoi(argv[3]) : 7;
+    const std::string tool = argc > 4 ? argv[4] : VORN_BENCH_TOOL;
+    const std::string ours = directory + "/vorn-bench-ours.ppm";
+    const std::string theirs = directory + "/vorn-bench-libpng.ppm";
+    if (argc < 2) writePng(painted, paint(6000, 4000));
     row("PNG to PPM", {tool, "convert", in, ours}, {argv[0], "--copy", in, theirs}, runs);
     row("PNG to 50 % PPM", {tool, "convert", in, ours, "--size", "50%"},
         {argv[0], "--halve", in, theirs}, runs);
+    printMemory("PNG to PPM", {tool, "convert", in, ours});
+    printMemory("PNG to 50 % PPM", {tool, "convert", in, ours, "--size", "50%"});
+    printMemory("PNG to PPM, mirrored", {tool, "convert", in, ours, "--orientation", "4"});
+    printMemory("50 % PPM to PNG", {tool, "convert", theirs, ours, "--saver", "png"});
+    for (const std::string& file : {painted, ours, theirs}) std::remove(file.c_str());
     return 0;
 }
