@@ -18,7 +18,7 @@ namespace vorn::tool {
 
 namespace {
 
-constexpr size_t kMebibyte = size_t{1} << 20;
+constexpr uint64_t kMebibyte = uint64_t{1} << 20;
 
 class Conversion {
   public:
@@ -165,7 +165,7 @@ class Conversion {
                           {plan_, size, order == LineOrder::kMirrored, request_.scaler}, progress);
         } else {
             movePicture(loader_, saver_, plan_, size,
-                        static_cast<size_t>(request_.mebibytes) * kMebibyte, progress);
+                        static_cast<uint64_t>(request_.mebibytes) * kMebibyte, progress);
         }
     }
 

@@ -1,5 +1,8 @@
 #include "tools/kept_picture.h"
 
+#include <memory>
+#include <string>
+
 #include "tools/failure.h"
 #include "tools/pixel_layout.h"
 #include "tools/tag_words.h"
@@ -10,8 +13,12 @@ namespace {
 
 using Bytes = std::unique_ptr<uint8_t, void (*)(void*)>;
 
-Bytes allocate(const std::string& file, size_t size, size_t mostMemory) {
-    const bool onDisk = size > mostMemory;
+Bytes allocate(const std::string& file, uint64_t wanted, uint64_t mostMemory) {
+    const bool onDisk = wanted > mostMemory;
+    const auto size = static_cast<size_t>(wanted);
+    if (size != wanted) {  // more than this program can address
+        throw numberedFailure(file, kErrorMemory, 0);
+    }
     Bytes bytes(static_cast<uint8_t*>(onDisk ? AllocScratch(size) : AllocMemory(size, 0)),
                 onDisk ? FreeScratch : FreeMemory);
     if (bytes == nullptr && onDisk) {
@@ -46,10 +53,10 @@ void movePicture(Connection& loader,
                  Connection& saver,
                  const ConversionPlan& plan,
                  Size size,
-                 size_t mostMemory,
+                 uint64_t mostMemory,
                  ProgressBar& progress) {
     const Bytes bytes = allocate(loader.file(), bytesOf(plan, size), mostMemory);
-    prefill(bytes.get(), bytesOf(plan, size), plan);
+    prefill(bytes.get(), static_cast<size_t>(bytesOf(plan, size)), plan);
     VORN_ImageBuffer buffer{VORN_BUFFER_CHUNKY, pixelsAt(bytes.get(), plan, size)};
     const VORN_ImageBuffer loaded{VORN_BUFFER_CHUNKY, loadedPart(buffer.chunky, plan)};
 

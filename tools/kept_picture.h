@@ -1,8 +1,7 @@
 // A whole picture on its way from a loader to a saver, for turns that need its last lines first.
 #pragma once
 
-#include <cstddef>
-#include <memory>
+#include <cstdint>
 
 #include "tools/connection.h"
 #include "tools/conversion_plan.h"
@@ -18,7 +17,7 @@ void movePicture(Connection& loader,
                  Connection& saver,
                  const ConversionPlan& plan,
                  Size size,
-                 size_t mostMemory,
+                 uint64_t mostMemory,
                  ProgressBar& progress);
 
 }  // namespace vorn::tool

@@ -10,10 +10,7 @@ LineReader::LineReader(Connection& loader, const ConversionPlan& plan) : loader_
     takeFormat();
     preparePalette(plan);
     // Asking for a tag makes the library choose the conversion to the colour space that is wanted.
-    const bool chosen = VORN_H_ImageVaSetTags(loader.image(), ITAG_ColorSpace,
-                                              static_cast<VORN_Word>(plan.colorSpace), TAG_End) &&
-                        longTag(loader.image(), ITAG_Width);
-    if (!chosen || !VORN_L_StartReadingImage(loader.image())) {
+    if (!longTag(loader.image(), ITAG_Width) || !VORN_L_StartReadingImage(loader.image())) {
         loader.fail();
     }
     loader.beginLines();

@@ -13,8 +13,8 @@ namespace vorn::tool {
 
 class LineReader {
   public:
-    // Of an image that has been opened and described. Asks the loader for its pixels. All functions
-    // throw the loader's failure.
+    // Of an image that has been opened and whose wishes are set. Asks the loader for its pixels.
+    // All functions throw the loader's failure.
     LineReader(Connection& loader, const ConversionPlan& plan);
 
     // The loader's own, whatever the host wants.

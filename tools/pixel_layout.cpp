@@ -4,9 +4,9 @@
 
 namespace vorn::tool {
 
-size_t bytesOf(const ConversionPlan& plan, Size size) {
-    return static_cast<size_t>(size.width) * static_cast<size_t>(size.height) *
-           static_cast<size_t>(plan.channels() * plan.bytesPerChannel);
+uint64_t bytesOf(const ConversionPlan& plan, Size size) {
+    return static_cast<uint64_t>(size.width) * static_cast<uint64_t>(size.height) *
+           static_cast<uint64_t>(plan.channels() * plan.bytesPerChannel);
 }
 
 VORN_ChunkyBuffer pixelLayout(const ConversionPlan& plan, Size size) {

@@ -10,7 +10,7 @@
 
 namespace vorn::tool {
 
-size_t bytesOf(const ConversionPlan& plan, Size size);
+uint64_t bytesOf(const ConversionPlan& plan, Size size);
 
 // What a saver gets. The first form leaves the places open.
 VORN_ChunkyBuffer pixelLayout(const ConversionPlan& plan, Size size);

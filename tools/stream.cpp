@@ -26,7 +26,7 @@ using OwnedScaler = std::unique_ptr<VORN_Scaler, ScalerDeleter>;
 class Strip {
   public:
     Strip(const StreamPlan& plan, int32_t width, int32_t lines)
-        : bytes_(bytesOf(plan.pixels, {width, lines})),
+        : bytes_(static_cast<size_t>(bytesOf(plan.pixels, {width, lines}))),
           out_(pixelsAt(bytes_.data(), plan.pixels, {width, lines})) {
         prefill(bytes_.data(), bytes_.size(), plan.pixels);
         in_ = loadedPart(out_, plan.pixels);
