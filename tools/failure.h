@@ -44,6 +44,7 @@ inline constexpr int32_t kErrorMemory = 17;
 inline constexpr int32_t kErrorOpenFile = 20;
 inline constexpr int32_t kErrorAborted = 27;
 inline constexpr int32_t kErrorCannotSave = 2004;
+inline constexpr int32_t kErrorNotStored = 2010;
 inline constexpr int32_t kErrorNoSaver = 3001;
 
 }  // namespace vorn::tool
