@@ -127,14 +127,24 @@ void SettingsWindow::accept() {
     window_.hide();
 }
 
-// Return is OK wherever the focus is, but in an open menu; number fields would keep it.
+// Return is OK wherever the focus is, and the arrows change a number: its text field would keep
+// these keys to itself.
+bool SettingsWindow::takeKey() {
+    const int key = Fl::event_key();
+    if (key == FL_Enter || key == FL_KP_Enter) {
+        (Fl::focus() == cancel_ ? cancel_ : ok_)->do_callback();
+        return true;
+    }
+    Fl_Widget* field = Fl::focus();
+    auto* number = dynamic_cast<Fl_Spinner*>(field != nullptr ? field->parent() : nullptr);
+    return number != nullptr && (key == FL_Up || key == FL_Down) && number->handle(FL_KEYDOWN) != 0;
+}
+
+// In an open menu the keys are the menu's.
 int SettingsWindow::dispatch(int event, Fl_Window* window) {
-    const bool isReturn = Fl::event_key() == FL_Enter || Fl::event_key() == FL_KP_Enter;
     const bool isOurs = shown != nullptr && window == &shown->window_ && Fl::grab() == nullptr;
-    if (event != FL_KEYBOARD || !isReturn || !isOurs) return Fl::handle_(event, window);
-    Fl_Button* pressed = Fl::focus() == shown->cancel_ ? shown->cancel_ : shown->ok_;
-    pressed->do_callback();
-    return 1;
+    if (isOurs && event == FL_KEYBOARD && shown->takeKey()) return 1;
+    return Fl::handle_(event, window);
 }
 
 bool SettingsWindow::run(const DisplayConnection& connection, uintptr_t owner) {

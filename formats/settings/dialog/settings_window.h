@@ -35,6 +35,7 @@ class SettingsWindow {
     void addSwitch(const std::string& value, int y);
     void addButtons(int y);
     void accept();
+    bool takeKey();
     static int dispatch(int event, Fl_Window* window);
 
     Fl_Double_Window window_;  // owns its widgets
