@@ -19,7 +19,8 @@ enum : int32_t {
     kCancelled = 2007,    // the settings dialog was closed without OK
     kNoDisplay = 2008,    // for the settings dialog
     kDisplayLost = 2009,  // while the settings dialog was open
-    kNotStored = 2010     // settings
+    kNotStored = 2010,    // settings
+    kNoFonts = 2011       // for the settings dialog
 };
 
 // Error numbers of the library that modules use too.

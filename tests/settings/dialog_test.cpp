@@ -121,6 +121,15 @@ TEST_F(Dialog, TurnsALostOrMissingDisplayIntoAnError) {
     EXPECT_TRUE(show(pressing({"Return"})).completed);
 }
 
+TEST_F(Dialog, MissesFontsWithoutHarmToItsHost) {
+    const ScopedVariable fonts(
+        "FONTCONFIG_FILE",
+        config_.write("fonts.conf",
+                      "<?xml version='1.0'?><!DOCTYPE fontconfig SYSTEM 'fonts.dtd'>"
+                      "<fontconfig><dir>/nowhere</dir></fontconfig>"));
+    EXPECT_EQ(show([] {}).code, 2011);
+}
+
 TEST_F(Dialog, LeavesNothingOfItselfInTheHost) {
     EXPECT_TRUE(show(pressing({"Return"})).completed);
     std::ifstream maps("/proc/self/maps");

@@ -2,6 +2,7 @@
 
 #include <FL/Fl.H>
 #include <FL/x.H>
+#include <X11/Xft/Xft.h>
 #include <vorn/support.h>
 
 #include "formats/common/failure.h"
@@ -18,6 +19,13 @@ int ignoreError(Display*, XErrorEvent* error) {
 
 int ignoreLoss(Display*) { return 0; }
 
+// Without any font the toolkit would end the program with nothing in between to take.
+bool hasFonts(Display* display) {
+    XftFont* font = XftFontOpenName(display, DefaultScreen(display), "sans");
+    if (font != nullptr) XftFontClose(display, font);
+    return font != nullptr;
+}
+
 // The toolkit must not go on behind this call, and the program must not end.
 void giveUp(const char*, ...) { throw formats::Failure{formats::kNoDisplay}; }
 
@@ -27,6 +35,10 @@ DisplayConnection::DisplayConnection() {
     if (fl_display != nullptr) return;
     Display* display = XOpenDisplay(nullptr);
     if (display == nullptr) throw formats::Failure{formats::kNoDisplay};
+    if (!hasFonts(display)) {
+        XCloseDisplay(display);
+        throw formats::Failure{formats::kNoFonts};
+    }
     own_ = true;
     XSetIOErrorExitHandler(display, &noteLoss, this);
     lossesBefore_ = XSetIOErrorHandler(&ignoreLoss);

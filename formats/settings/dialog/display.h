@@ -9,7 +9,7 @@ namespace settings {
 class DisplayConnection {
   public:
     // Where the host itself uses the toolkit, the connection is the host's and stays as it is.
-    // Throws kNoDisplay.
+    // Throws kNoDisplay, kNoFonts.
     DisplayConnection();
     ~DisplayConnection();
     DisplayConnection(const DisplayConnection&) = delete;
