@@ -11,7 +11,7 @@
 #include "tests/settings/display.h"
 
 // What the X and font libraries allocate once stays when the dialog's library is unloaded.
-extern "C" const char* __asan_default_options() { return "detect_leaks=0"; }
+extern "C" VORN_API const char* __asan_default_options() { return "detect_leaks=0"; }
 
 namespace {
 
