@@ -1,5 +1,7 @@
 // The settings of modules, kept between runs: for each module one text that all applications share,
 // and one for every application that has told its name.
+#include "config/parameters.h"
+
 #include <vorn/host.h>
 
 #include <algorithm>
@@ -31,7 +33,19 @@ class Key {
     const char* names_[3];
 };
 
+// A text as it is stored. Null without one, or when memory is short.
+Owned<char> storedForm(const char* text) {
+    Owned<char> copy(text != nullptr ? AllocString(text) : nullptr);
+    if (copy != nullptr) {
+        std::replace(copy.get(), copy.get() + std::strlen(copy.get()), '\n', ',');
+    }
+    return copy;
+}
+
 }  // namespace
+
+const char* applicationName() { return threadState<ParameterState>().application; }
+
 }  // namespace vorn
 
 using namespace vorn;
@@ -45,12 +59,11 @@ const char* VORN_H_RegisterAppName(const char* name) {
 }
 
 VORN_Bool VORN_H_ModuleStoreParameters(const char* module, int32_t type, const char* text) {
-    const Owned<char> copy(module != nullptr && text != nullptr ? AllocString(text) : nullptr);
-    if (copy == nullptr) {
+    const Owned<char> copy = storedForm(text);
+    if (module == nullptr || copy == nullptr) {
         return 0;
     }
-    std::replace(copy.get(), copy.get() + std::strlen(copy.get()), '\n', ',');
-    const char* application = threadState<ParameterState>().application;
+    const char* application = applicationName();
     bool stored = platform::storeParameter(Key(application, module, type), copy.get());
     if (*application != '\0') {
         stored |= platform::storeParameter(Key("", module, type), copy.get());
@@ -58,12 +71,24 @@ VORN_Bool VORN_H_ModuleStoreParameters(const char* module, int32_t type, const c
     return stored;
 }
 
+VORN_Bool VORN_H_ModuleStoreOwnParameters(const char* module, int32_t type, const char* text) {
+    if (module == nullptr) {
+        return 0;
+    }
+    const Key key(applicationName(), module, type);
+    if (text == nullptr) {
+        return platform::removeParameter(key);
+    }
+    const Owned<char> copy = storedForm(text);
+    return copy != nullptr && platform::storeParameter(key, copy.get());
+}
+
 char* VORN_H_ModuleGetParameters(const char* module, int32_t type) {
     if (module == nullptr) {
         return nullptr;
     }
     Owned<char> text;
-    const char* application = threadState<ParameterState>().application;
+    const char* application = applicationName();
     if (!platform::fetchParameter(Key(application, module, type), text) &&
         (*application == '\0' || !platform::fetchParameter(Key("", module, type), text))) {
         return nullptr;

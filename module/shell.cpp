@@ -1,5 +1,6 @@
 // The module shell: attach, acknowledge, and act on the host's commands until the host ends it or
 // is gone.
+#include <vorn/host.h>
 #include <vorn/library.h>
 #include <vorn/module.h>
 
@@ -9,6 +10,7 @@
 
 #include "errors/error_numbers.h"
 #include "module/module_state.h"
+#include "platform/process.h"
 #include "tags/gathered_words.h"
 #include "tags/tag_walk.h"
 #include "transport/attach.h"
@@ -259,6 +261,7 @@ void VORN_M_ShellMain(int argc, char** argv) {
     std::atexit(vorn::reportAbnormalExit);
     vorn::setRoles(state.stuff);
     if (!vorn::SharedStuffAttach(state.stuff, argc, argv)) return;
+    VORN_H_RegisterAppName(vorn::platform::hostApplication());
     vorn::Shell(state).run();
     vorn::SharedStuffDetach(state.stuff);
     state.exitedNormally = true;

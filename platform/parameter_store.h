@@ -18,4 +18,7 @@ bool storeParameter(ParameterKey key, const char* text);
 // False when there is no text that can be read. The text is null when memory is short.
 bool fetchParameter(ParameterKey key, Owned<char>& text);
 
+// False when there is still a text.
+bool removeParameter(ParameterKey key);
+
 }  // namespace vorn::platform

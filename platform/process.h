@@ -18,6 +18,7 @@ struct ProcessStart {
     const int32_t* inherited =
         nullptr;  // descriptors that the program inherits under their numbers
     size_t inheritedCount = 0;
+    const char* application = "";  // what hostApplication() gives in the program
     ProcessLimits limits;
 };
 
@@ -48,5 +49,8 @@ int32_t currentThreadId();
 // kNoDescriptor when there is none. `hostThread` is the number on the command line. False when the
 // host has ended already.
 bool watchHost(int32_t hostThread, int32_t& watch);
+
+// In a module program: what its host gave as its application; null when there is none.
+const char* hostApplication();
 
 }  // namespace vorn::platform

@@ -11,6 +11,7 @@ namespace vorn::tool {
 void addInfoCommand(CLI::App& program, ExitStatus& status);
 void addConvertCommand(CLI::App& program, ExitStatus& status);
 void addModulesCommand(CLI::App& program, ExitStatus& status);
+void addSettingsCommand(CLI::App& program, ExitStatus& status);
 void addExplainCommand(CLI::App& program, ExitStatus& status);
 
 }  // namespace vorn::tool

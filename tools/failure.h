@@ -46,6 +46,7 @@ inline constexpr int32_t kErrorAborted = 27;
 inline constexpr int32_t kErrorNoDataFormat = 32;
 inline constexpr int32_t kErrorCannotWrite = 0x08000025;  // subcode: the system's error number
 inline constexpr int32_t kErrorCannotSave = 2004;
+inline constexpr int32_t kErrorNotStored = 2010;
 inline constexpr int32_t kErrorNoSaver = 3001;
 
 }  // namespace vorn::tool

@@ -28,6 +28,7 @@ int run(int argc, char** argv) {
     addInfoCommand(program, status);
     addConvertCommand(program, status);
     addModulesCommand(program, status);
+    addSettingsCommand(program, status);
     addExplainCommand(program, status);
     try {
         program.parse(argc, argv);

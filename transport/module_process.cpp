@@ -4,6 +4,7 @@
 #include <cstdio>
 #include <cstring>
 
+#include "config/parameters.h"
 #include "errors/error_numbers.h"
 #include "platform/path.h"
 #include "transport/image.h"
@@ -88,6 +89,7 @@ bool ModuleLaunch(VORN_Image& image, const char* moduleFileName) {
     start.arguments = arguments;
     start.inherited = inherited;
     start.inheritedCount = std::size(inherited);
+    start.application = applicationName();
     start.limits = image.limits;
     if (const int32_t error = platform::startProcess(start, image.process))
         return fail(image, path, line, error);

@@ -15,7 +15,12 @@ enum : int32_t {
     kUnsupported = 2003,    // a variant of the format that the module doesn't know
     kCannotSave = 2004,     // the format can't hold this colour space, depth or channel count
     kNoFileName = 2005,
-    kBadOption = 2006
+    kBadOption = 2006,    // a stored setting
+    kCancelled = 2007,    // the settings dialog was closed without OK
+    kNoDisplay = 2008,    // for the settings dialog
+    kDisplayLost = 2009,  // while the settings dialog was open
+    kNotStored = 2010,    // settings
+    kNoFonts = 2011       // for the settings dialog
 };
 
 // Error numbers of the library that modules use too.
@@ -25,6 +30,7 @@ enum : int32_t {
     kSizeOutOfRange = 26,
     kTooWideForBlock = 29,
     kNoSize = 34,
+    kNoDialog = 73,
     kCannotWrite = 0x08000025  // 37; subcode: the system's error number
 };
 

@@ -13,10 +13,6 @@ using formats::Failure;
 
 constexpr size_t kSignatureBytes = 8;
 
-// An interlaced file gives its last line at the very end, so the module has to hold the whole
-// picture. A small file can claim a huge one: this is where that ends.
-constexpr size_t kLargestPicture = size_t{1} << 30;
-
 std::vector<uint8_t> paletteOf(const Session& session) {
     png_colorp colors = nullptr;
     int count = 0;

@@ -10,6 +10,11 @@
 
 namespace png {
 
+// The first pass of an interlaced file needs all lines and the last one completes them, so the
+// modules have to hold the whole picture. A small file can claim a huge one: this is where that
+// ends.
+inline constexpr size_t kLargestPicture = size_t{1} << 30;
+
 // One libpng structure for reading or writing.
 class Session {
   public:

@@ -1,8 +1,12 @@
 #include "formats/pnm/pnm_saver.h"
 
+#include <charconv>
 #include <cstring>
-#include <string>
+#include <iterator>
 #include <utility>
+
+#include "formats/settings/module_settings.h"
+#include "pnm_capabilities.h"
 
 namespace pnm {
 namespace {
@@ -10,7 +14,11 @@ namespace {
 using formats::Failure;
 using formats::ImageToSave;
 
+constexpr settings::Choice<bool> kForms[] = {{"raw", false}, {"plain", true}};
+
 constexpr uint8_t kWhiteFrom = 128;  // grey samples from here on are white in a bitmap
+
+constexpr size_t kLongestPlainLine = 70;
 
 enum class Kind { kBitmap, kGrey, kColor, kPam };
 
@@ -35,12 +43,13 @@ std::string pamHeader(const ImageToSave& image, const std::string& maxValue) {
            type + "\nENDHDR\n";
 }
 
-std::string headerFor(Kind kind, const ImageToSave& image) {
+std::string headerFor(Kind kind, bool plain, const ImageToSave& image) {
     const std::string maxValue = image.bytesPerChannel == 2 ? "65535" : "255";
     if (kind == Kind::kPam) return pamHeader(image, maxValue);
     const std::string size = std::to_string(image.width) + ' ' + std::to_string(image.height);
-    if (kind == Kind::kBitmap) return "P4\n" + size + '\n';
-    return (kind == Kind::kGrey ? "P5\n" : "P6\n") + size + '\n' + maxValue + '\n';
+    const int raw = kind == Kind::kBitmap ? 4 : kind == Kind::kGrey ? 5 : 6;
+    const std::string head = 'P' + std::to_string(plain ? raw - 3 : raw) + '\n' + size + '\n';
+    return kind == Kind::kBitmap ? head : head + maxValue + '\n';
 }
 
 }  // namespace
@@ -48,6 +57,8 @@ std::string headerFor(Kind kind, const ImageToSave& image) {
 formats::LineLayout PnmSaver::open(const ImageToSave& image, formats::OutputFile& file) {
     const Kind kind = kindFor(image);
     file_ = &file;
+    const settings::ModuleSettings set("pnm", VORN_SAVER, kPnmCapabilities);
+    plain_ = set.choice("Form", kForms) && kind != Kind::kPam;  // PAM has no plain form
     formats::LineLayout layout{image.channels, image.bytesPerChannel};
     if (kind == Kind::kBitmap) layout.bytesPerChannel = 1;
 
@@ -56,12 +67,16 @@ formats::LineLayout PnmSaver::open(const ImageToSave& image, formats::OutputFile
                                           : Form::kBytes;
     greyAsColor_ = kind == Kind::kColor && image.channels == 1;
     samples_ = static_cast<size_t>(image.width) * static_cast<size_t>(image.channels);
-    const std::string header = headerFor(kind, image);
+    const std::string header = headerFor(kind, plain_, image);
     file.write(header.data(), header.size());
     return layout;
 }
 
 void PnmSaver::writeLine(const uint8_t* line) {
+    if (plain_) {
+        writeNumbers(line);
+        return;
+    }
     if (form_ == Form::kBits) {
         packBits(line);
     } else if (greyAsColor_) {
@@ -74,6 +89,33 @@ void PnmSaver::writeLine(const uint8_t* line) {
     }
     if (form_ == Form::kWords) swapWords();
     file_->write(out_.data(), out_.size());
+}
+
+uint32_t PnmSaver::number(const uint8_t* line, size_t sample) const {
+    if (form_ == Form::kBits) return line[sample] < kWhiteFrom;
+    if (form_ == Form::kBytes) return line[sample];
+    return line[2 * sample] | static_cast<uint32_t>(line[2 * sample + 1]) << 8;
+}
+
+// Each line of the picture begins a line of the file, and goes on in the next where it is too long.
+void PnmSaver::writeNumbers(const uint8_t* line) {
+    text_.clear();
+    size_t lineStart = 0;
+    const size_t repeats = greyAsColor_ ? 3 : 1;
+    for (size_t i = 0; i < samples_ * repeats; ++i) {
+        char digits[8];
+        const auto end =
+            std::to_chars(std::begin(digits), std::end(digits), number(line, i / repeats)).ptr;
+        const auto length = static_cast<size_t>(end - digits);
+        if (text_.size() > lineStart) {
+            const bool fits = text_.size() + 1 + length - lineStart <= kLongestPlainLine;
+            text_ += fits ? ' ' : '\n';
+            if (!fits) lineStart = text_.size();
+        }
+        text_.append(digits, length);
+    }
+    text_ += '\n';
+    file_->write(text_.data(), text_.size());
 }
 
 // Eight pixels a byte, the leftmost in the highest bit, and 1 is black.

@@ -106,13 +106,22 @@ VORN_API void VORN_H_FreeStringList(char** list); /* NULL is ignored */
  * ever leaves, half a text; of two programs that store at once, one wins. */
 
 /* Names the application for the calling thread's later calls; "" or NULL takes the name back. At
- * most 79 bytes are kept. The result is the thread's own copy. */
+ * most 79 bytes are kept. The result is the thread's own copy. A module program has the name that
+ * the thread had when it started the program (with the first VORN_H_ImageOpen of a handle), so that
+ * it reads the application's copy of its settings. */
 VORN_API const char* VORN_H_RegisterAppName(const char* name);
 
 /* Stores the parameters of a module (type 2: of a saver; any other: of a loader) for the thread's
  * application, if it has told its name, and for all. True when at least one copy was stored. Line
  * feeds are stored as commas, so a comma inside a value comes back as a line feed. */
 VORN_API VORN_Bool VORN_H_ModuleStoreParameters(const char* module, int32_t type, const char* text);
+
+/* The same for one copy alone: the application's where the thread has told its name, else the one
+ * for all. NULL as the text removes the copy (true also when there was none); an application
+ * without a copy uses the one for all again. */
+VORN_API VORN_Bool VORN_H_ModuleStoreOwnParameters(const char* module,
+                                                   int32_t type,
+                                                   const char* text);
 
 /* The application's copy, else the one for all: a new text, of whatever length, freed with
  * VORN_H_ModuleFreeParameters. NULL: neither was stored, or memory is short. */

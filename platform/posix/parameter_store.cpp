@@ -3,7 +3,9 @@
 #include "platform/parameter_store.h"
 
 #include <sys/stat.h>
+#include <unistd.h>
 
+#include <cerrno>
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
@@ -133,6 +135,12 @@ bool fetchParameter(ParameterKey key, Owned<char>& text) {
     text = allocCleared<char>(static_cast<size_t>(size) + 1);
     size_t read = 0;
     return text == nullptr || file.read(text.get(), static_cast<size_t>(size), read) == 0;
+}
+
+bool removeParameter(ParameterKey key) {
+    Path path;
+    return findPath(key, path) &&
+           (::unlink(path.text()) == 0 || errno == ENOENT || errno == ENOTDIR);
 }
 
 }  // namespace vorn::platform

@@ -19,6 +19,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <iterator>
 
 #include "platform/connection.h"
 #include "platform/posix/descriptor.h"
@@ -46,9 +47,12 @@ namespace {
 constexpr size_t kStackSize = 65536;
 constexpr const char* kHostVariable = "VORN_HOST=";
 constexpr const char* kArenaVariable = "MALLOC_ARENA_MAX=";
-constexpr size_t kVariableSize = 32;
-constexpr size_t kSignalSetSize = 8;  // the kernel's
-constexpr int kLongestEnd = 1000;     // ms that a program is waited for that is to be collected
+constexpr const char* kApplicationVariable = "VORN_APPLICATION=";
+constexpr const char* kVariableNames[] = {kHostVariable, kArenaVariable, kApplicationVariable};
+constexpr size_t kVariables = std::size(kVariableNames);
+constexpr size_t kVariableSize = 128;  // names of applications are shorter than 80 bytes
+constexpr size_t kSignalSetSize = 8;   // the kernel's
+constexpr int kLongestEnd = 1000;      // ms that a program is waited for that is to be collected
 
 // What the two borrowed tasks work on. It lives in the caller's memory, which they share.
 struct Start {
@@ -128,21 +132,30 @@ VORN_BORROWED_THREAD int runIntermediate(void* argument) {
     return 0;
 }
 
+bool isReplaced(const char* entry) {
+    for (const char* name : kVariableNames) {
+        if (std::strncmp(entry, name, std::strlen(name)) == 0) return true;
+    }
+    return false;
+}
+
 // The environment of this program with what a module needs in front. The array points into environ;
-// the two strings stand behind the array. Freed with free.
-char** moduleEnvironment(int32_t host) {
+// the strings of its own stand behind the array. Freed with free.
+char** moduleEnvironment(int32_t host, const char* application) {
     size_t count = 0;
     while (environ && environ[count]) ++count;
-    auto* list = static_cast<char**>(std::malloc((count + 3) * sizeof(char*) + 2 * kVariableSize));
+    const size_t entries = count + kVariables + 1;
+    auto* list =
+        static_cast<char**>(std::malloc(entries * sizeof(char*) + kVariables * kVariableSize));
     if (!list) return nullptr;
-    char* text = reinterpret_cast<char*>(list + count + 3);
+    char* text = reinterpret_cast<char*>(list + entries);
     size_t used = 0;
-    std::snprintf(list[used++] = text, kVariableSize, "%s%d", kHostVariable, host);
-    std::snprintf(list[used++] = text + kVariableSize, kVariableSize, "%s2", kArenaVariable);
+    for (; used < kVariables; ++used) list[used] = text + used * kVariableSize;
+    std::snprintf(list[0], kVariableSize, "%s%d", kHostVariable, host);
+    std::snprintf(list[1], kVariableSize, "%s2", kArenaVariable);
+    std::snprintf(list[2], kVariableSize, "%s%s", kApplicationVariable, application);
     for (size_t i = 0; i < count; ++i) {
-        if (std::strncmp(environ[i], kHostVariable, std::strlen(kHostVariable)) == 0) continue;
-        if (std::strncmp(environ[i], kArenaVariable, std::strlen(kArenaVariable)) == 0) continue;
-        list[used++] = environ[i];
+        if (!isReplaced(environ[i])) list[used++] = environ[i];
     }
     list[used] = nullptr;
     return list;
@@ -207,7 +220,7 @@ int32_t startProcess(const ProcessStart& request, Process& process) {
     if (host < 0) return errno;
     const int32_t empty = openEmpty();
     int32_t error = empty < 0 ? errno : 0;
-    char** environment = moduleEnvironment(host);
+    char** environment = moduleEnvironment(host, request.application);
     if (!environment) error = ENOMEM;
     Start start{&request, environment, host, empty, nullptr, 0, -1, -1};
     if (!error) error = startWith(start);
@@ -256,5 +269,7 @@ bool watchHost(int32_t hostThread, int32_t& watch) {
     ::fcntl(watch, F_SETFD, FD_CLOEXEC);
     return !hasEnded(Process{watch, -1});
 }
+
+const char* hostApplication() { return std::getenv("VORN_APPLICATION"); }
 
 }  // namespace vorn::platform

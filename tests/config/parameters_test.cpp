@@ -77,6 +77,27 @@ TEST_F(Parameters, ApplicationsHaveTheirOwnCopyBesideTheCommonOne) {
                                               "config/vorn/savers/sample.txt"}));
 }
 
+TEST_F(Parameters, OneCopyCanBeStoredAndRemovedAlone) {
+    const auto storeOwn = [](const char* text) {
+        return VORN_H_ModuleStoreOwnParameters("Sample", 2, text) != 0;
+    };
+    EXPECT_TRUE(storeOwn(nullptr));
+    EXPECT_TRUE(store("Sample", "common"));
+    VORN_H_RegisterAppName("Paint");
+    EXPECT_TRUE(storeOwn("a=1\nb=2"));
+    EXPECT_EQ(fetch("Sample"), "a=1\nb=2");
+    EXPECT_EQ(user_.read("config/vorn/savers/sample.txt"), "common");
+    EXPECT_TRUE(storeOwn(nullptr));
+    EXPECT_EQ(fetch("Sample"), "common");
+    EXPECT_EQ(files(), std::set<std::string>{"config/vorn/savers/sample.txt"});
+    VORN_H_RegisterAppName("");
+    EXPECT_TRUE(storeOwn(nullptr));
+    EXPECT_EQ(files(), std::set<std::string>{});
+    EXPECT_FALSE(VORN_H_ModuleStoreOwnParameters(nullptr, 2, nullptr));
+    user_.makeDirectory("config/vorn/savers/sample.txt");
+    EXPECT_FALSE(storeOwn(nullptr));
+}
+
 TEST_F(Parameters, EveryTypeButSaversIsALoader) {
     EXPECT_TRUE(store("Sample", "three", 3));
     EXPECT_EQ(fetch("Sample", 1), "three");

@@ -172,6 +172,32 @@ TEST_F(Modules, ASaverSaysWhyItCannotSaveAndGoesOn) {
     }
 }
 
+TEST_F(Modules, ASaverReadsTheSettingsOfItsHostsApplication) {
+    const UserSettings user;
+    const auto head = [this] {
+        const Image image("pnm", VORN_SAVER);
+        EXPECT_TRUE(save(image, files_.path("a.ppm"), Pixels(1, 1, 3, 1))) << image.error();
+        return contentOf(files_.path("a.ppm")).substr(0, 2);
+    };
+    EXPECT_EQ(head(), "P6");
+    VORN_H_RegisterAppName("Paint");
+    VORN_H_ModuleStoreOwnParameters("pnm", VORN_SAVER, "Form=plain");
+    EXPECT_EQ(head(), "P3");
+    VORN_H_RegisterAppName("Draw");
+    EXPECT_EQ(head(), "P6");
+    VORN_H_RegisterAppName("");
+    EXPECT_EQ(head(), "P6");
+
+    user.store("pnm", "Form=text");
+    const Image image("pnm", VORN_SAVER);
+    EXPECT_FALSE(save(image, files_.write("a.ppm", "before"), Pixels(1, 1, 3, 1)));
+    EXPECT_EQ(image.error(), formats::kBadOption);
+    EXPECT_EQ(contentOf(files_.path("a.ppm")), "before");
+    user.store("pnm", "Form=plain");
+    image.close();
+    EXPECT_TRUE(save(image, files_.path("a.ppm"), Pixels(1, 1, 3, 1))) << image.error();
+}
+
 TEST_F(Modules, ASaverThatCannotHoldTheImageLeavesNoFile) {
     const Image image("png", VORN_SAVER);
     const Pixels pixels(3, 3, 1, 1);

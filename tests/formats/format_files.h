@@ -2,6 +2,7 @@
 #pragma once
 
 #include <gtest/gtest.h>
+#include <vorn/host.h>
 #include <vorn/library.h>
 
 #include <fstream>
@@ -63,6 +64,18 @@ class Message {
 };
 
 inline VORN_Word word(const std::string& text) { return reinterpret_cast<VORN_Word>(text.c_str()); }
+
+// The user's settings, none at first, for the time of a test.
+class UserSettings {
+  public:
+    void store(const char* saver, const char* text) const {
+        EXPECT_TRUE(VORN_H_ModuleStoreParameters(saver, VORN_SAVER, text));
+    }
+
+  private:
+    ScratchDirectory directory_;
+    ScopedVariable variable_{"XDG_CONFIG_HOME", directory_.path()};
+};
 
 // Saves lines that lie one after another as the saver wants them.
 template <class Saver>

@@ -1,6 +1,7 @@
 #include "formats/png/png_saver.h"
 
 #include <vorn/host.h>
+#include <zlib.h>
 
 #include "formats/common/layout.h"
 #include "formats/png/png_loader.h"
@@ -70,6 +71,23 @@ std::vector<uint8_t> paletteOf(const formats::Description& image) {
     return {};
 }
 
+struct Written {
+    bool interlaced;
+    int levelClass;  // 0 to 3, from the zlib header
+    int blockType;   // of the first deflate block: 0 stored, 1 fixed codes
+    int filter;      // of the second line
+};
+
+Written inspect(const std::string& file) {
+    const std::vector<uint8_t> bytes = bytesOf(file);
+    const size_t data = file.find("IDAT") + 4;
+    const auto size = static_cast<uLong>(bytes[data - 6] << 8 | bytes[data - 5]);
+    uint8_t lines[256];
+    uLongf length = sizeof lines;
+    EXPECT_EQ(uncompress(lines, &length, &bytes[data], size), Z_OK);
+    return {bytes[28] == 1, bytes[data + 1] >> 6, bytes[data + 2] >> 1 & 3, lines[length / 2]};
+}
+
 TEST(PngSaver, WritesIndicesWithTheirPalette) {
     const ScratchDirectory files;
     const std::vector<uint8_t> indices{0, 1, 2, 2, 1, 0};
@@ -89,7 +107,67 @@ TEST(PngSaver, WritesIndicesWithTheirPalette) {
         EXPECT_EQ(back.image.colorSpace, VORN_CS_CMAPPED);
         EXPECT_EQ(back.samples, indices);
         EXPECT_EQ(paletteOf(back.image), wanted[i]);
+        EXPECT_EQ(inspect(contentOf(files.path("a.png"))).filter, PNG_FILTER_VALUE_NONE);
     }
+}
+
+TEST(PngSaver, CompressesAndInterlacesAsSet) {
+    const ScratchDirectory files;
+    const UserSettings user;
+    const auto samples = noise(18);
+    const auto writtenWith = [&](const char* settings) {
+        SCOPED_TRACE(settings);
+        user.store("png", settings);
+        save<PngSaver>(files.path("a.png"), image(3, VORN_CS_RGB), samples);
+        EXPECT_EQ(load<PngLoader>(files.path("a.png")).samples, samples);
+        return inspect(contentOf(files.path("a.png")));
+    };
+    const Written standard = writtenWith("Unknown=1");
+    EXPECT_FALSE(standard.interlaced);
+    EXPECT_EQ(standard.levelClass, 2);
+    EXPECT_EQ(standard.filter, PNG_FILTER_VALUE_PAETH);
+    const char* filters[] = {"none", "sub", "up", "average", "paeth"};
+    for (int i = 0; i < 5; ++i) {
+        EXPECT_EQ(writtenWith((std::string("Filter=") + filters[i]).c_str()).filter, i);
+    }
+    for (const char* settings : {"Filter=fast", "Filter=all", "Strategy=default",
+                                 "Strategy=filtered", "Strategy=huffman", "Strategy=rle"}) {
+        writtenWith(settings);
+    }
+    EXPECT_EQ(writtenWith("Strategy=fixed").blockType, 1);
+    EXPECT_EQ(writtenWith("CompressionLevel=0").blockType, 0);
+    EXPECT_EQ(writtenWith("CompressionLevel=9").levelClass, 3);
+    EXPECT_TRUE(writtenWith("interlace=ON\nFilter=up").interlaced);
+}
+
+TEST(PngSaver, InterlacesEveryKindOfImage) {
+    const ScratchDirectory files;
+    const UserSettings user;
+    user.store("png", "Interlace=true");
+    const PaletteTag palette(std::vector<uint8_t>(768), 3, 1, VORN_CS_RGB);
+    for (const VORN_Word bytes : {1, 2}) {
+        const auto samples = noise(24 * bytes);
+        save<PngSaver>(files.path("a.png"), image(4, VORN_CS_RGB, bytes), samples);
+        EXPECT_EQ(load<PngLoader>(files.path("a.png")).samples, samples);
+    }
+    auto description = image(1, VORN_CS_CMAPPED);
+    description.insert(description.end(), {ITAG_Palette, palette.word()});
+    save<PngSaver>(files.path("a.png"), description, noise(6));
+    EXPECT_EQ(load<PngLoader>(files.path("a.png")).samples, noise(6));
+}
+
+TEST(PngSaver, RefusesSettingsItDoesntKnow) {
+    const ScratchDirectory files;
+    const UserSettings user;
+    const std::string path = files.write("a.png", "before");
+    for (const char* settings : {"CompressionLevel=10", "CompressionLevel=fast", "Filter=sharp",
+                                 "Filter=none\nStrategy=0", "Interlace=2"}) {
+        user.store("png", settings);
+        EXPECT_EQ(failureOf([&] { save<PngSaver>(path, image(3, VORN_CS_RGB), noise(18)); }),
+                  formats::kBadOption)
+            << settings;
+    }
+    EXPECT_EQ(contentOf(path), "before");
 }
 
 TEST(PngSaver, RefusesWhatTheFormatCannotHold) {

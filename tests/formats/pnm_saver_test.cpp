@@ -48,6 +48,37 @@ TEST(PnmSaver, ChoosesTheKindByImageAndEnding) {
     }
 }
 
+TEST(PnmSaver, WritesNumbersWhenItIsSetTo) {
+    const std::string black(40, '\0');
+    std::string zeros = "1";
+    for (int i = 1; i < 40; ++i) zeros += i == 35 ? "\n1" : " 1";  // 35 digits, 34 blanks
+    const Writable cases[] = {
+        {"a.pbm", image(3, 1, 1, VORN_CS_GRAY), "\x7F\x80\x10", "P1\n3 1\n1 0 1\n"},
+        {"b.pbm", image(40, 1, 1, VORN_CS_GRAY), black, "P1\n40 1\n" + zeros + '\n'},
+        {"a.pgm", image(2, 2, 1, VORN_CS_GRAY), "\xFF\x07\x0A\x64",
+         "P2\n2 2\n255\n255 7\n10 100\n"},
+        {"b.pgm", image(1, 2, 1, VORN_CS_GRAY, 2), std::string("\x01\x02\xFF\xFF", 4),
+         "P2\n1 2\n65535\n513\n65535\n"},
+        {"a.ppm", image(1, 1, 3, VORN_CS_RGB), "abc", "P3\n1 1\n255\n97 98 99\n"},
+        {"b.ppm", image(2, 1, 1, VORN_CS_GRAY), "ab", "P3\n2 1\n255\n97 97 97 98 98 98\n"},
+        {"a.pam", image(1, 1, 1, VORN_CS_GRAY), "g",
+         "P7\nWIDTH 1\nHEIGHT 1\nDEPTH 1\nMAXVAL 255\nTUPLTYPE GRAYSCALE\nENDHDR\ng"},
+    };
+    const ScratchDirectory files;
+    const UserSettings user;
+    user.store("pnm", "form=Plain");
+    for (const Writable& c : cases) {
+        SCOPED_TRACE(c.name);
+        save<PnmSaver>(files.path(c.name), c.image, bytesOf(c.samples));
+        EXPECT_EQ(contentOf(files.path(c.name)), c.file);
+    }
+    user.store("pnm", "Form=text");
+    EXPECT_EQ(failureOf([&] {
+                  save<PnmSaver>(files.path("a.pnm"), image(1, 1, 3, VORN_CS_RGB), bytesOf("rgb"));
+              }),
+              formats::kBadOption);
+}
+
 TEST(PnmSaver, RefusesWhatTheFormatCannotHold) {
     const ScratchDirectory files;
     const auto failure = [&](const char* name, std::vector<VORN_Word> description) {

@@ -43,7 +43,7 @@ TEST(CommandLine, RefusesWrongUsageWithStatus2BeforeAnythingIsDone) {
 }
 
 TEST(CommandLine, TellsAboutItselfOnRequest) {
-    for (const std::string command : {"info", "convert", "modules", "explain"}) {
+    for (const std::string command : {"info", "convert", "modules", "settings", "explain"}) {
         const Ended ended = vorn({command, "--help"});
         expectDone(ended);
         EXPECT_NE(ended.out.find("vorn " + command), std::string::npos) << ended.out;

@@ -19,6 +19,12 @@ env -i "$prefix/bin/vorn" convert "$work/a.png" "$work/b.ppm"
 cmp "$work/in.ppm" "$work/b.ppm"
 env -i "$prefix/bin/vorn" modules | grep -q "Loaders in $prefix/$libdir/VORN"
 
+# The settings dialog is found and loaded, and misses only a display.
+if [ -e "$build_dir/VORN/Savers/png.so" ]; then
+    ! env -i "$prefix/bin/vorn" settings png --dialog 2>"$work/dialog"
+    grep -q '(2008, 0)$' "$work/dialog"
+fi
+
 cmake -S "$source_dir/examples" -B "$work/examples" -DCMAKE_PREFIX_PATH="$prefix" >/dev/null
 cmake --build "$work/examples" --target example_load >/dev/null
 expected='2 x 1, mean brightness 99 of 255'
