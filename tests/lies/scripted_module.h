@@ -40,7 +40,7 @@ class ScriptedModule {
 
     // The area as it was each time when the host took a message.
     const std::vector<Bytes>& heard() const { return heard_; }
-    // The host's messages that the script took, and the rest of their area.
+    // The host's messages that the script took, with what lies behind them, as far as 8 KiB.
     const std::vector<Bytes>& taken() const { return taken_; }
 
     // The layer's primitives.
