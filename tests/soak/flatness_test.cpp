@@ -1,0 +1,93 @@
+// What a host and its modules hold must not grow with the number of their conversations.
+#include <malloc.h>
+
+#include <cstdio>
+#include <fstream>
+#include <functional>
+
+#include "tests/conversation/host.h"
+#include "tests/soak/amounts.h"
+
+namespace {
+
+using Soak = ConversationTest;
+
+constexpr char kPicture[] = "w=9,h=9";
+
+struct Holdings {
+    size_t descriptors = 0;
+    size_t threads = 0;
+    size_t mappings = 0;
+    size_t bytes = 0;
+    bool operator==(const Holdings&) const = default;
+};
+
+void PrintTo(const Holdings& holdings, std::ostream* out) {
+    *out << holdings.descriptors << " descriptors, " << holdings.threads << " threads, "
+         << holdings.mappings << " mappings, " << holdings.bytes << " bytes";
+}
+
+size_t countOf(const std::string& directory) {
+    return static_cast<size_t>(std::distance(std::filesystem::directory_iterator(directory), {}));
+}
+
+size_t lines(const std::string& path) {
+    std::ifstream file(path);
+    return static_cast<size_t>(std::count(std::istreambuf_iterator<char>(file), {}, '\n'));
+}
+
+Holdings holdings() {
+    Holdings now;
+    now.descriptors = countOf("/proc/self/fd");
+    now.threads = countOf("/proc/self/task");
+    now.mappings = isSanitized() ? 0 : lines("/proc/self/maps");
+    now.bytes = isSanitized() ? __sanitizer_get_current_allocated_bytes() : ::mallinfo2().uordblks;
+    return now;
+}
+
+// Size of a program's own data, heap and stacks.
+std::string dataOf(int program) {
+    std::ifstream status("/proc/" + std::to_string(program) + "/status");
+    for (std::string line; std::getline(status, line);) {
+        if (line.rfind("VmData:", 0) == 0) return line;
+    }
+    return "";
+}
+
+// After a few rounds, in which buffers find their sizes, nothing may be added.
+void expectFlat(const char* what, int rounds, const std::function<void(int)>& round) {
+    constexpr int kFirst = 50;
+    int i = 0;
+    while (i < kFirst && !testing::Test::HasFatalFailure()) round(i++);
+    const Holdings before = holdings();
+    while (i < kFirst + rounds && !testing::Test::HasFatalFailure()) round(i++);
+    EXPECT_EQ(holdings(), before);
+    std::printf("%d %s: %s before and after\n", rounds, what,
+                testing::PrintToString(before).c_str());
+}
+
+TEST_F(Soak, OfPicturesOpenedAndClosedLeavesHostAndModuleAsTheyWere) {
+    Loader loader;
+    const Picture target = plainPicture({9, 9, 3, 1});
+    std::string data;
+    const int cycles = amount(10000, 1000);
+    expectFlat("pictures opened and closed", cycles, [&](int i) {
+        ASSERT_TRUE(loader.open(kPicture));
+        ASSERT_TRUE(i % 2 == 0 || loader.read(target));
+        ASSERT_TRUE(loader.closeImage());
+        if (i == 20) data = dataOf(loader.program());
+    });
+    EXPECT_NE(data, "");
+    EXPECT_TRUE(isSanitized() || dataOf(loader.program()) == data);
+}
+
+TEST_F(Soak, OfModulesStartedLeavesTheHostAsItWas) {
+    const Picture target = plainPicture({9, 9, 3, 1});
+    expectFlat("modules started", amount(1000, 100), [&](int i) {
+        Loader loader(i % 10 == 0 ? "kill-at-begin" : "loader");
+        ASSERT_EQ(loader.open(kPicture), i % 10 != 0);
+        ASSERT_TRUE(i % 10 == 0 || loader.read(target));
+    });
+}
+
+}  // namespace
