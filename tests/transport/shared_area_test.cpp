@@ -91,6 +91,27 @@ TEST(Connection, NamesDifferBetweenConnections) {
     }
 }
 
+// The command line of a connection, with descriptors of its own that the attach may close.
+std::vector<std::string> commandLineOf(const SharedStuff& stuff) {
+    std::vector<std::string> words = {std::to_string(::dup(stuff.shm.handle)), stuff.shm.name};
+    for (const auto& entry : stuff.semaphores->entry) {
+        words.push_back(std::to_string(::dup(entry.handle)));
+        words.push_back(entry.name);
+    }
+    for (const int32_t number :
+         {stuff.writeOffset, stuff.writeSize, stuff.readOffset, stuff.readSize}) {
+        words.push_back(std::to_string(number));
+    }
+    words.push_back(std::to_string(vorn::platform::currentThreadId()));
+    return words;
+}
+
+bool attach(SharedStuff& stuff, std::vector<std::string> words) {
+    std::vector<char*> arguments;
+    for (auto& word : words) arguments.push_back(word.data());
+    return vorn::SharedStuffAttach(stuff, static_cast<int>(arguments.size()), arguments.data());
+}
+
 TEST(Attach, SeesTheHostsAreasFromTheOtherSide) {
     ScriptedPeer peer;
     const SharedStuff& host = peer.image()->stuff;
