@@ -19,13 +19,7 @@ struct Holdings {
     size_t threads = 0;
     size_t mappings = 0;
     size_t bytes = 0;
-    bool operator==(const Holdings&) const = default;
 };
-
-void PrintTo(const Holdings& holdings, std::ostream* out) {
-    *out << holdings.descriptors << " descriptors, " << holdings.threads << " threads, "
-         << holdings.mappings << " mappings, " << holdings.bytes << " bytes";
-}
 
 size_t countOf(const std::string& directory) {
     return static_cast<size_t>(std::distance(std::filesystem::directory_iterator(directory), {}));
@@ -54,16 +48,23 @@ std::string dataOf(int program) {
     return "";
 }
 
-// After a few rounds, in which buffers find their sizes, nothing may be added.
+// After a few rounds, in which buffers find their sizes, nothing may be added. The C library counts
+// small blocks that it keeps for later as used: so many bytes don't matter as no leak of every
+// round could get by with.
 void expectFlat(const char* what, int rounds, const std::function<void(int)>& round) {
     constexpr int kFirst = 50;
     int i = 0;
     while (i < kFirst && !testing::Test::HasFatalFailure()) round(i++);
     const Holdings before = holdings();
     while (i < kFirst + rounds && !testing::Test::HasFatalFailure()) round(i++);
-    EXPECT_EQ(holdings(), before);
-    std::printf("%d %s: %s before and after\n", rounds, what,
-                testing::PrintToString(before).c_str());
+    const Holdings after = holdings();
+    EXPECT_EQ(after.descriptors, before.descriptors);
+    EXPECT_EQ(after.threads, before.threads);
+    EXPECT_EQ(after.mappings, before.mappings);
+    EXPECT_LT(after.bytes, before.bytes + static_cast<size_t>(rounds));
+    std::printf(
+        "%d %s: %zu descriptors, %zu threads, %zu mappings before and after, %zu and %zu bytes\n",
+        rounds, what, after.descriptors, after.threads, after.mappings, before.bytes, after.bytes);
 }
 
 TEST_F(Soak, OfPicturesOpenedAndClosedLeavesHostAndModuleAsTheyWere) {
