@@ -73,22 +73,6 @@ TEST_F(ModuleList, MissingDirectoryIsToldWithTheSystemsNumber) {
     });
 }
 
-TEST_F(ModuleList, FailsAsAWholeWhenMemoryIsShort) {
-    addModule("Loaders/one");
-    addModule("Loaders/two");
-    onNewThread([] {
-        for (unsigned n = 1; n <= 3; ++n) {
-            char** list = nullptr;
-            VORN_L_SetErrorCode(nullptr, 0, 0);
-            vorn::failAllocation(n);
-            EXPECT_FALSE(
-                VORN_H_ImageVaQueryModuleHandler(VORN_LOADER, MTAG_ModuleList, &list, TAG_End));
-            EXPECT_EQ(errorCode(), 17) << n;
-        }
-        vorn::failAllocation(0);
-    });
-}
-
 TEST_F(ModuleList, NamesMustFitTheBuffer) {
     onNewThread([&] {
         const std::string path = home_.path("Savers") + "/png";
