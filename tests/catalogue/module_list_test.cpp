@@ -1,6 +1,5 @@
 #include <cerrno>
 
-#include "support/memory.h"
 #include "tests/catalogue/catalogue_fixture.h"
 
 namespace {

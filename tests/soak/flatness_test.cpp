@@ -83,12 +83,25 @@ TEST_F(Soak, OfPicturesOpenedAndClosedLeavesHostAndModuleAsTheyWere) {
 }
 
 TEST_F(Soak, OfModulesStartedLeavesTheHostAsItWas) {
-    const Picture target = plainPicture({9, 9, 3, 1});
+    const Picture picture = plainPicture({9, 9, 3, 1});
+    const std::string directory = moduleHome().makeDirectory("saved");
     expectFlat("modules started", amount(1000, 100), [&](int i) {
-        Loader loader(i % 10 == 0 ? "kill-at-begin" : "loader");
-        ASSERT_EQ(loader.open(kPicture), i % 10 != 0);
-        ASSERT_TRUE(i % 10 == 0 || loader.read(target));
+        if (i % 10 == 0) {
+            Loader dying("kill-at-begin");
+            ASSERT_FALSE(dying.open(kPicture));
+            ASSERT_FALSE(dying.open(kPicture));
+        } else if (i % 10 < 5) {
+            Saver saver;
+            ASSERT_TRUE(saver.open(directory + "/picture"));
+            saver.describe(picture, VORN_CS_RGB);
+            ASSERT_TRUE(saver.write(picture));
+        } else {
+            Loader loader;
+            ASSERT_TRUE(loader.open(kPicture) && loader.read(picture));
+        }
+        ASSERT_FALSE(hasChildren());
     });
+    EXPECT_EQ(countOf(directory), 1u);
 }
 
 }  // namespace
