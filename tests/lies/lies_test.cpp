@@ -63,6 +63,9 @@ TEST(Honesty, IsBelieved) {
         ScriptedModule module(stream.type, std::move(script), size, chance(random, 2));
         const TalkResult result = talk(random, module, stream);
         ASSERT_EQ(result.mistake, "") << "stream " << number;
+        if (result.aborted) continue;  // what the script says then comes too late
+        ASSERT_EQ(result.code, 0) << "stream " << number;
+        ASSERT_EQ(result.pictures, stream.rounds) << "stream " << number;
     }
 }
 

@@ -71,6 +71,7 @@ ScriptedModule::ScriptedModule(int32_t type,
     stuff.readPointer = isolate(readArea_, stuff.readSize, areaSize);
     stuff.writePointer =
         isolate(writeArea_, stuff.writeSize, static_cast<uint32_t>(stuff.writeSize));
+    image_->hasProcess = true;
     image_->expectAck(0);
 }
 
