@@ -4,6 +4,7 @@
 
 #include <cstring>
 
+#include "errors/error_numbers.h"
 #include "pixels/data_format.h"
 #include "pixels/line_routines.h"
 #include "tags/tag_walk.h"
@@ -55,8 +56,16 @@ Owned<VORN_ChunkyBuffer> convertedPalette(const VORN_Image& image,
                               VORN_L_ColorSpaceChannels(colorSpace), buffer.flags, colorSpace));
 }
 
-bool hasNeededPalette(const VORN_Image& image, const Owned<VORN_ChunkyBuffer>& palette) {
-    return image.colorConversion != kConversionPalette || palette != nullptr;
+bool hasNeededPalette(VORN_Image& image,
+                      const Owned<VORN_ChunkyBuffer>& palette,
+                      int32_t otherwise) {
+    if (image.colorConversion != kConversionPalette || palette != nullptr) {
+        return true;
+    }
+    PaletteView view;
+    const bool inOrder = viewPalette(VORN_L_TagFind(image.imageTags, ITAG_Palette), view);
+    VORN_L_SetErrorCode(&image, inOrder ? int32_t{kErrorMemory} : otherwise, 0);
+    return false;
 }
 
 }  // namespace vorn

@@ -10,7 +10,11 @@ namespace vorn {
 // The palette in the handle's image list as the host's buffer and the chosen conversion want it.
 Owned<VORN_ChunkyBuffer> convertedPalette(const VORN_Image& image, const VORN_ChunkyBuffer& buffer);
 
-// False when the handle's conversion looks colours up and there is no palette to look them up in.
-bool hasNeededPalette(const VORN_Image& image, const Owned<VORN_ChunkyBuffer>& palette);
+// True unless the handle's conversion looks colours up and there is no palette to look them up in.
+// Then error 17 is recorded when memory was short, `otherwise` when the handle has no palette in
+// order.
+bool hasNeededPalette(VORN_Image& image,
+                      const Owned<VORN_ChunkyBuffer>& palette,
+                      int32_t otherwise);
 
 }  // namespace vorn

@@ -60,7 +60,7 @@ void setUpLayout(Record& record) {
             record.channelPlace[c] = placeBehind(record.channelPlace[0], (chunky ? size : run) * c);
         }
         if (record.bitsPerChannel[c] == 0) {
-            record.bitsPerChannel[c] = static_cast<uint8_t>(8 * record.bytesPerChannel);
+            record.bitsPerChannel[c] = static_cast<uint8_t>(int64_t{8} * record.bytesPerChannel);
         }
     }
 }

@@ -82,8 +82,7 @@ bool readStarted(VORN_Image& image,
         return false;
     }
     const Owned<VORN_ChunkyBuffer> palette = convertedPalette(image, buffer.chunky);
-    if (!hasNeededPalette(image, palette)) {
-        fail(image, kErrorProtocol);
+    if (!hasNeededPalette(image, palette, kErrorProtocol)) {
         return abandonTransfer(image);
     }
     const auto read = image.sizeDiffers ? readScaled : readDirectly;

@@ -84,7 +84,8 @@ bool writeAll(VORN_Image& image, const VORN_ImageBuffer* buffer, const TransferO
         return false;
     }
     const Owned<VORN_ChunkyBuffer> palette = convertedPalette(image, buffer->chunky);
-    return sendLines(image, *buffer, options, palette.get());
+    return hasNeededPalette(image, palette, kErrorArgument) &&
+           sendLines(image, *buffer, options, palette.get());
 }
 
 }  // namespace

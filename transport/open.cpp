@@ -85,9 +85,11 @@ VORN_Image* VORN_H_ModuleVaOpen(const char* name, int32_t type, ...) {
 }
 
 VORN_Bool VORN_H_ImageOpen(VORN_Image* image, const VORN_Word* tags) {
-    vorn::ImageAddTags(image, VORN_LOADER,
-                       tags);  // out of memory is recorded, and the open goes on
-    return VORN_L_StartImageModule(image) && VORN_L_WaitForInfo(image);
+    // Out of memory is recorded, and the open goes on. When it fails, for the want of a tag
+    // perhaps, that was the reason.
+    const bool added = vorn::ImageAddTags(image, VORN_LOADER, tags);
+    const bool opened = VORN_L_StartImageModule(image) && VORN_L_WaitForInfo(image);
+    return opened || (!added && vorn::failStart(image, vorn::kErrorMemory));
 }
 
 VORN_Bool VORN_H_ImageVaOpen(VORN_Image* image, ...) {

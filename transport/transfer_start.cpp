@@ -1,6 +1,7 @@
 // The commands that begin a transfer of pixels.
 #include <cstring>
 
+#include "errors/error_numbers.h"
 #include "pixels/block_channels.h"
 #include "pixels/data_format.h"
 #include "tags/tag_walk.h"
@@ -12,13 +13,15 @@
 namespace vorn {
 namespace {
 
-// Judges the module's first answer: nothing in it is the sign to go on.
+// Judges the module's first answer: nothing in it is the sign to go on. A module that ends the
+// command here without saying why breaks the protocol.
 bool firstAnswer(VORN_Image* image) {
     Message message;
     if (!receiveMessage(*image, message)) return false;
     const bool error = VORN_L_HandleErrorCode(image, message.list);
     const bool acknowledged = VORN_L_HandleAckMsg(image, message.list);
     VORN_L_ImageHandleEndReading(image);
+    if (acknowledged && !error) VORN_L_SetErrorCode(image, kErrorProtocol, 0);
     return !error && !acknowledged;
 }
 

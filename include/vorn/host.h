@@ -196,11 +196,11 @@ VORN_API VORN_Bool VORN_H_ImageVaSetTags(VORN_Image* image, ...);
 
 /* Reads values: (id, address) words. LONG writes an int32_t and DOUBLE a double at the address;
  * STRING, DATA and STRING LIST write a pointer to a new copy (free with VORN_L_TagFreeString,
- * VORN_L_TagFreeData, VORN_L_TagFreeData). False when an id was not found (its address is left
- * alone; the others are filled), or when the wishes can't be met (errors 26, 30, 34; nothing is
- * written). ITAG_Width and ITAG_Height are the size that a read will deliver in the orientation
- * that the host asked for; a saver's handle answers them from its tags as long as nothing has been
- * written. */
+ * VORN_L_TagFreeData, VORN_L_TagFreeData). False when an id was not found or memory for its copy is
+ * short (its address is left alone; the others are filled), or when the wishes can't be met (errors
+ * 26, 30, 34; nothing is written). ITAG_Width and ITAG_Height are the size that a read will deliver
+ * in the orientation that the host asked for; a saver's handle answers them from its tags as long
+ * as nothing has been written. */
 VORN_API VORN_Bool VORN_H_ImageGetTags(VORN_Image* image, const VORN_Word* tags);
 VORN_API VORN_Bool VORN_H_ImageVaGetTags(VORN_Image* image, ...);
 

@@ -173,7 +173,7 @@ void cloneIntermediate(Start& start, char* intermediateStack) {
     if (id < 0)
         start.error = errno;
     else
-        while (::waitpid(id, nullptr, __WCLONE) < 0 && errno == EINTR) {
+        while (::waitpid(id, nullptr, static_cast<int>(__WCLONE)) < 0 && errno == EINTR) {
         }
     ::pthread_sigmask(SIG_SETMASK, &before, nullptr);
 }

@@ -1,6 +1,5 @@
 #include <cerrno>
 
-#include "support/memory.h"
 #include "tests/catalogue/catalogue_fixture.h"
 
 namespace {
@@ -70,22 +69,6 @@ TEST_F(ModuleList, MissingDirectoryIsToldWithTheSystemsNumber) {
         EXPECT_EQ(errorSubcode(), ENOENT);
         char** list = nullptr;
         EXPECT_FALSE(VORN_H_ImageVaQueryModuleHandler(3, MTAG_ModuleList, &list, TAG_End));
-    });
-}
-
-TEST_F(ModuleList, FailsAsAWholeWhenMemoryIsShort) {
-    addModule("Loaders/one");
-    addModule("Loaders/two");
-    onNewThread([] {
-        for (unsigned n = 1; n <= 3; ++n) {
-            char** list = nullptr;
-            VORN_L_SetErrorCode(nullptr, 0, 0);
-            vorn::failAllocation(n);
-            EXPECT_FALSE(
-                VORN_H_ImageVaQueryModuleHandler(VORN_LOADER, MTAG_ModuleList, &list, TAG_End));
-            EXPECT_EQ(errorCode(), 17) << n;
-        }
-        vorn::failAllocation(0);
     });
 }
 

@@ -1,7 +1,6 @@
-// A host of its own. Arguments: "read" COUNT SEED reads and compares pictures. "idle", "reading"
-// and "writing" begin a conversation, write the numbers of the host's and the module's programs to
-// the pipe that the environment names, and wait to be killed; "leaving" ends without closing
-// anything.
+// A host of its own. Arguments: "idle", "reading" and "writing" begin a conversation, write the
+// numbers of the host's and the module's programs to the pipe that the environment names, and wait
+// to be killed; "leaving" ends without closing anything.
 #include <unistd.h>
 
 #include <cstdio>
@@ -26,18 +25,6 @@ void meterAndWait(VORN_Image*, VORN_Word data, int32_t) {
     tellAndWait(*reinterpret_cast<const Module*>(data));
 }
 
-int readPictures(int count, int seed) {
-    Loader loader;
-    for (int i = 0; i < count; ++i) {
-        const auto result = loader.reads("w=" + std::to_string(10 + i) +
-                                         ",h=40,block=3,seed=" + std::to_string(seed + i));
-        if (!result) std::fprintf(stderr, "%s\n", result.message());
-        if (!result) return 1;
-        loader.closeImage();
-    }
-    return 0;
-}
-
 int hold(const std::string& how) {
     Loader loader;
     Saver saver;
@@ -58,8 +45,4 @@ int hold(const std::string& how) {
 
 }  // namespace
 
-int main(int argc, char** argv) {
-    const std::string how = argc > 1 ? argv[1] : "";
-    if (how == "read" && argc == 4) return readPictures(std::atoi(argv[2]), std::atoi(argv[3]));
-    return hold(how);
-}
+int main(int argc, char** argv) { return hold(argc > 1 ? argv[1] : ""); }

@@ -13,11 +13,11 @@ namespace {
 
 namespace fs = std::filesystem;
 
-// Names of the protocol: "12", "12VN", and what is called after this library.
-bool isOurs(const std::string& name) {
+// Names of the protocol: "12", "12VN", and as the system stores a semaphore's name.
+bool isOurs(std::string name) {
+    if (name.rfind("sem.", 0) == 0) name.erase(0, 4);
     const size_t digits = name.find_first_not_of("0123456789");
-    if (digits == std::string::npos) return true;
-    return name.substr(digits) == "VN" || name.find("vorn") != std::string::npos;
+    return digits == std::string::npos || (digits > 0 && name.substr(digits) == "VN");
 }
 
 std::set<std::string> sharedObjects() {

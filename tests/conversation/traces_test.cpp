@@ -6,7 +6,6 @@
 #include <memory>
 
 #include "tests/conversation/host.h"
-#include "tests/conversation/saved.h"
 #include "tests/support/program.h"
 
 namespace {
@@ -20,33 +19,6 @@ class Traces : public ConversationTest {
         return command;
     }
 };
-
-TEST_F(Traces, OfTwoHundredConversationsAreNone) {
-    moduleHome().makeDirectory("target");
-    const std::string target = moduleHome().path("target/saved");
-    const Picture picture = plainPicture({9, 9, 3, 1});
-    const auto before = openDescriptors();
-    for (int i = 0; i < 200; ++i) {
-        if (i % 3 == 0) {
-            Saver saver;
-            ASSERT_TRUE(saver.open(target));
-            saver.describe(picture, VORN_CS_RGB);
-            ASSERT_TRUE(saver.write(picture));
-        } else if (i % 3 == 1) {
-            Loader loader;
-            ASSERT_TRUE(loader.reads("w=9,h=9"));
-            ASSERT_TRUE(i % 2 == 0 || loader.closeImage());
-        } else {
-            Loader loader("kill-at-begin");
-            ASSERT_FALSE(loader.open("x"));
-            ASSERT_FALSE(loader.open("x"));
-        }
-        ASSERT_EQ(openDescriptors(), before);
-        ASSERT_FALSE(hasChildren());
-    }
-    EXPECT_EQ(std::distance(std::filesystem::directory_iterator(moduleHome().path("target")), {}),
-              1);
-}
 
 // Each read goes on inside the meter callback of the one before, so all are under way at once.
 struct Chain {
@@ -80,17 +52,6 @@ TEST_F(Traces, OfManyHandlesAtOnceAreKeptApart) {
     for (size_t i = 0; i < targets.size(); ++i)
         EXPECT_TRUE(
             same(targets[i], loadersPicture("w=10,h=50,block=3,seed=" + std::to_string(i))));
-}
-
-TEST_F(Traces, OfSeveralHostsAtOnceAreKeptApart) {
-    installLoader("loader");
-    std::vector<std::unique_ptr<Program>> hosts;
-    for (int i = 0; i < 4; ++i)
-        hosts.push_back(std::make_unique<Program>(host({"read", "40", std::to_string(1000 * i)})));
-    for (const auto& program : hosts) {
-        const Ended ended = program->wait();
-        EXPECT_EQ(ended.status, 0) << ended.err;
-    }
 }
 
 // The module's program ends with its host, wherever the conversation is, and no file comes of it.

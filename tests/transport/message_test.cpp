@@ -68,17 +68,4 @@ TEST(Message, MayFillTheWholeArea) {
     EXPECT_EQ(VORN_L_TagListSize(message.list, nullptr), 98296u);
 }
 
-TEST(Message, WithoutMemoryForACopyIsErrorSeventeen) {
-    ScriptedPeer peer;
-    vorn::Message message;
-    peer.sends(MessageBytes().data(ITAG_DataFormat, Bytes(5000).data(), 5000).end());
-    EXPECT_FALSE(peer.play([&] {
-        vorn::failAllocation(1);
-        const bool received = vorn::receiveMessage(*peer.image(), message);
-        vorn::failAllocation(0);
-        return received;
-    }));
-    EXPECT_EQ(peer.errorCode(), 17);
-}
-
 }  // namespace

@@ -4,7 +4,6 @@
 #include <string>
 
 #include "platform/process.h"
-#include "tests/support/failing_memory.h"
 #include "tests/transport/scripted_peer.h"
 #include "transport/attach.h"
 
@@ -90,22 +89,6 @@ TEST(Connection, NamesDifferBetweenConnections) {
     for (const auto& a : first.image()->stuff.semaphores->entry) {
         for (const auto& b : second.image()->stuff.semaphores->entry) EXPECT_STRNE(a.name, b.name);
     }
-}
-
-TEST(Connection, IsNotMadeByHalves) {
-    failAtEachAllocation([](auto withFailure) {
-        VORN_Image* image = VORN_L_ImageVaCreateHandle(0, TAG_End);
-        const auto [made, failed] =
-            withFailure([&] { return vorn::SharedStuffCreate(*image, VORN_LOADER); });
-        EXPECT_EQ(made, !failed);
-        if (failed) {
-            EXPECT_TRUE(image->stuff.linkDown);
-            EXPECT_EQ(image->stuff.base, nullptr);
-            EXPECT_EQ(image->stuff.semaphores, nullptr);
-        }
-        vorn::SharedStuffClose(*image);
-        VORN_L_ImageDestroyHandle(image);
-    });
 }
 
 // The command line of a connection, with descriptors of its own that the attach may close.

@@ -1,0 +1,16 @@
+// A host that goes through a whole conversation with a scripted module, and judges what it got.
+#pragma once
+
+#include <string>
+
+#include "tests/lies/streams.h"
+
+struct TalkResult {
+    int pictures = 0;      // that were read or written
+    int failures = 0;      // calls that ended with an error
+    bool aborted = false;  // the host itself wanted no more
+    int32_t code = 0;      // the last of these errors
+    std::string mistake;   // what a host must never do
+};
+
+TalkResult talk(Random& random, ScriptedModule& module, const Stream& stream);

@@ -1,0 +1,73 @@
+// A host with many connections at once, each on a thread of its own: soak_host CONNECTIONS
+// PICTURES. Its modules may be killed at any moment. Every picture that arrives must be right.
+// Standard output gets the numbers of pictures that arrived and that were lost.
+#include <atomic>
+#include <cstdio>
+#include <memory>
+#include <thread>
+
+#include "tests/conversation/host.h"
+#include "tests/soak/amounts.h"
+
+// The test that starts this program has installed them.
+void installLoader(const std::string&) {}
+void installSaver(const std::string&, const std::string&) {}
+
+namespace {
+
+constexpr int kLinkError = 3;
+
+std::atomic<int> arrived{0};
+std::atomic<int> lost{0};
+std::atomic<int> wrong{0};
+
+// A connection that is made anew after its module has died.
+class Connection {
+  public:
+    // False when the picture was lost.
+    bool read(int number, const Picture& target) {
+        if (!loader_) loader_ = std::make_unique<Loader>();
+        if (loader_->open(soakPicture(number)) && loader_->read(target)) {
+            loader_->closeImage();
+            return true;
+        }
+        if (loader_->code() != kLinkError) {
+            std::fprintf(stderr, "picture %d: error %d\n", number, loader_->code());
+            ++wrong;
+        }
+        loader_.reset();
+        return false;
+    }
+
+  private:
+    std::unique_ptr<Loader> loader_;
+};
+
+// Every connection reads all the pictures, whatever becomes of each.
+void readAll(const std::vector<Picture>& expected) {
+    Connection connection;
+    for (size_t number = 0; number < expected.size(); ++number) {
+        const Picture target = plainPicture(shapeOf(expected[number]));
+        if (!connection.read(static_cast<int>(number), target)) {
+            ++lost;
+        } else if (const auto result = same(target, expected[number])) {
+            ++arrived;
+        } else {
+            std::fprintf(stderr, "picture %zu: %s\n", number, result.message());
+            ++wrong;
+        }
+    }
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    if (argc != 3) return 1;
+    std::vector<Picture> expected;
+    for (int i = 0; i < std::atoi(argv[2]); ++i) expected.push_back(loadersPicture(soakPicture(i)));
+    std::vector<std::thread> threads;
+    for (int i = 0; i < std::atoi(argv[1]); ++i) threads.emplace_back(readAll, std::cref(expected));
+    for (std::thread& thread : threads) thread.join();
+    std::printf("%d %d\n", arrived.load(), lost.load());
+    return wrong != 0;
+}
