@@ -28,3 +28,11 @@ void installSaver(const std::string& name, const std::string& colorSpaces) {
     install("Savers/" + name, good ? TEST_SAVER : MISBEHAVE);
     moduleHome().write("Savers/" + name + ".cap", "ColorSpaces=" + colorSpaces + "\n");
 }
+
+#ifdef INJECTED_LOADER
+void installInjected() {
+    install("Loaders/injected", INJECTED_LOADER);
+    install("Savers/injected", INJECTED_SAVER);
+    moduleHome().write("Savers/injected.cap", "ColorSpaces=RGB\n");
+}
+#endif

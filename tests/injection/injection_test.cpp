@@ -1,0 +1,143 @@
+// Modules that do one thing at step 1, 2, 3, ... of a conversation, until one ends without it.
+#include <algorithm>
+#include <cstdio>
+#include <ctime>
+#include <vector>
+
+#include "tests/injection/injected.h"
+
+namespace {
+
+// What must come of it.
+enum class Expect {
+    EndsInOrder,  // the program ends: the call fails with error 3, and the next open works
+    Stopped,      // the program hangs: the emergency stop has the same effect, and ends it
+    ErrorOrRight  // an error or the right picture, as long as the program lives
+};
+
+struct Injection {
+    const char* action;
+    Expect expect;
+};
+
+constexpr Injection kInjections[] = {
+    {"kill", Expect::EndsInOrder},       {"segv", Expect::EndsInOrder},
+    {"abort", Expect::EndsInOrder},      {"exit0", Expect::EndsInOrder},
+    {"exit7", Expect::EndsInOrder},      {"forkexit", Expect::EndsInOrder},
+    {"sleep", Expect::Stopped},          {"stop", Expect::Stopped},
+    {"endthread", Expect::Stopped},      {"tell", Expect::Stopped},
+    {"zeros", Expect::ErrorOrRight},     {"ones", Expect::ErrorOrRight},
+    {"random", Expect::ErrorOrRight},    {"shrink", Expect::ErrorOrRight},
+    {"blocking", Expect::ErrorOrRight},  {"take", Expect::ErrorOrRight},
+    {"post", Expect::ErrorOrRight},      {"fill", Expect::ErrorOrRight},
+    {"close", Expect::ErrorOrRight},     {"leaveout", Expect::ErrorOrRight},
+    {"fork", Expect::ErrorOrRight},
+};
+
+// The pixels of a block that the host has just been told to take are the module's to change.
+bool changesPixels(const std::string& action) {
+    return action == "zeros" || action == "ones" || action == "random" || action == "leaveout" ||
+           action == "shrink" || action == "take" || action == "post" || action == "fill";
+}
+
+double threadMilliseconds() {
+    timespec time{};
+    ::clock_gettime(CLOCK_THREAD_CPUTIME_ID, &time);
+    return 1e3 * static_cast<double>(time.tv_sec) + 1e-6 * static_cast<double>(time.tv_nsec);
+}
+
+// Figures for the log.
+class Figures {
+  public:
+    void add(double milliseconds) { all_.push_back(milliseconds); }
+    std::string text() {
+        if (all_.empty()) return "-";
+        std::sort(all_.begin(), all_.end());
+        char line[64];
+        std::snprintf(line, sizeof line, "median %.2f, most %.2f", all_[all_.size() / 2],
+                      all_.back());
+        return line;
+    }
+
+  private:
+    std::vector<double> all_;
+};
+
+class Modules : public ConversationTest,
+                public testing::WithParamInterface<std::tuple<Injection, Kind>> {
+  protected:
+    // One run with the injection at a step. False when it ended without the injection.
+    bool runWith(int step);
+    void expectCode(Talk& talk) const;
+    void talkUntilItHappens(Talk& talk, int step);
+
+    const Injection injection_ = std::get<0>(GetParam());
+    const Kind kind_ = std::get<1>(GetParam());
+    const Wire wire_;
+    ScopedVariable order_{"VORN_TEST_STEP", std::nullopt};
+    Figures latencies_, loads_;
+    int failures_ = 0;
+};
+
+void Modules::expectCode(Talk& talk) const {
+    const int32_t code = talk.module().code();
+    if (injection_.expect == Expect::ErrorOrRight) {
+        EXPECT_NE(code, 0);
+        return;
+    }
+    // A handle whose program was stopped says so with error 4 before it sends a block.
+    const bool stopped = injection_.expect == Expect::Stopped && code == 4;
+    EXPECT_TRUE(code == 3 || stopped || (kind_ == Kind::Aborting && code == 27)) << code;
+}
+
+bool Modules::runWith(int step) {
+    order_.set(injection_.action + (" " + std::to_string(step)));
+    Talk talk(kind_);
+    std::optional<StepNews> news;
+    double work = threadMilliseconds();
+    {
+        std::optional<Stopper> stopper;
+        if (injection_.expect == Expect::Stopped) stopper.emplace(wire_, talk.module());
+        const bool whole = talk.whole();
+        const long long end = steadyNanoseconds();
+        EXPECT_TRUE(!talk.isWrong() || changesPixels(injection_.action));
+        if (!whole && !talk.isWrong()) expectCode(talk);
+        if (!whole) ++failures_;
+        talk.module().closeImage();
+        // A failed connection need not be closed to serve again: every other time it is not.
+        if (whole || step % 2 == 0 || injection_.expect == Expect::ErrorOrRight)
+            talk.closeConnection();
+        work = threadMilliseconds() - work;
+        loads_.add(work);
+        news = stopper ? stopper->finish() : wire_.news();
+        const long long begin = stopper ? stopper->stoppedAt() : news ? news->time : 0;
+        if (!whole && news && injection_.expect != Expect::ErrorOrRight)
+            latencies_.add(1e-6 * static_cast<double>(end - begin));
+    }
+    order_.set(std::nullopt);
+    EXPECT_TRUE(talk.whole()) << "the next one: " << talk.module().code() << talk.isWrong();
+    talk.module().closeImage();
+    if (news && std::string(injection_.action).rfind("fork", 0) == 0) wire_.releaseChild();
+    if (HasFailure()) std::printf("at step %d: %s\n", step, news ? news->description : "none");
+    return news.has_value();
+}
+
+TEST_P(Modules, ThatGoWrongCostOnePicture) {
+    int step = 1;
+    while (runWith(step) && !HasFailure()) ++step;
+    std::printf("%s while %s: %d steps, %d failed; to the end %s ms; host's work %s ms\n",
+                injection_.action, nameOf(kind_), step - 1, failures_, latencies_.text().c_str(),
+                loads_.text().c_str());
+}
+
+INSTANTIATE_TEST_SUITE_P(Injected,
+                         Modules,
+                         testing::Combine(testing::ValuesIn(kInjections),
+                                          testing::Values(Kind::Loading, Kind::Aborting,
+                                                          Kind::Saving)),
+                         [](const auto& row) {
+                             return std::string(std::get<0>(row.param).action) +
+                                    nameOf(std::get<1>(row.param));
+                         });
+
+}  // namespace
