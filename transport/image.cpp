@@ -78,6 +78,16 @@ void letModuleFinish(SharedStuff& stuff) {
         SemPost(*stuff.semaphores, stuff.postAfterRead);
 }
 
+// That the module can't be told to end, as it has ended already, is no error of the handle.
+void dismissModule(VORN_Image* image) {
+    const CodePair error = image->errors.error;
+    VORN_L_WaitForAck(image);
+    letModuleFinish(image->stuff);
+    if (VORN_L_SendCMDTerminate(image)) VORN_L_WaitForTerminate(image);
+    if (image->errors.error.code == kErrorLink)
+        VORN_L_SetErrorCode(image, error.code, error.subcode);
+}
+
 }  // namespace
 
 ErrorRecord& errorRecordOf(VORN_Image& image) { return image.errors; }
@@ -124,9 +134,7 @@ VORN_Image* VORN_L_ImageResetHandle(VORN_Image* image) {
 
 void VORN_L_ImageCloseHandle(VORN_Image* image) {
     if (!image) return;
-    VORN_L_WaitForAck(image);
-    vorn::letModuleFinish(image->stuff);
-    if (VORN_L_SendCMDTerminate(image)) VORN_L_WaitForTerminate(image);
+    if (!image->stuff.linkDown) vorn::dismissModule(image);
     vorn::SharedStuffClose(*image);
 }
 

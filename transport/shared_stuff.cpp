@@ -40,7 +40,9 @@ void* VORN_L_AttemptStartReadingSharedStuff(SharedStuff* stuff) {
 }
 
 void* VORN_L_StartWritingSharedStuff(SharedStuff* stuff, uint32_t size) {
-    if (size > static_cast<uint32_t>(stuff->writeSize)) return fail(*stuff, vorn::kErrorTooLarge);
+    // Without a connection there is no area that the message could be too large for.
+    const bool tooLarge = size > static_cast<uint32_t>(stuff->writeSize);
+    if (tooLarge && stuff->base) return fail(*stuff, vorn::kErrorTooLarge);
     if (stuff->linkDown) return fail(*stuff, vorn::kErrorLink);
     if (!vorn::SemWait(*stuff->semaphores, stuff->waitBeforeWrite))
         return fail(*stuff, vorn::kErrorLink);
