@@ -32,6 +32,7 @@ bool saverHasStopped(VORN_Image& image) {
     const bool acknowledged = VORN_L_HandleAckMsg(&image, message.list);
     const bool error = VORN_L_HandleErrorCode(&image, message.list);
     VORN_L_ImageHandleEndReading(&image);
+    if (acknowledged && !error) VORN_L_SetErrorCode(&image, kErrorModuleStopped, 0);
     return acknowledged || error;
 }
 

@@ -1,6 +1,7 @@
 // The commands that begin a transfer of pixels.
 #include <cstring>
 
+#include "errors/error_numbers.h"
 #include "pixels/block_channels.h"
 #include "pixels/data_format.h"
 #include "tags/tag_walk.h"
@@ -19,6 +20,7 @@ bool firstAnswer(VORN_Image* image) {
     const bool error = VORN_L_HandleErrorCode(image, message.list);
     const bool acknowledged = VORN_L_HandleAckMsg(image, message.list);
     VORN_L_ImageHandleEndReading(image);
+    if (acknowledged && !error) VORN_L_SetErrorCode(image, kErrorProtocol, 0);
     return !error && !acknowledged;
 }
 
