@@ -28,7 +28,8 @@ void unmapBlock(void* base, size_t size);
 int32_t createSemaphore();
 // True when the descriptor is open.
 bool isSemaphore(int32_t semaphore);
-void postSemaphore(int32_t semaphore);
+// True when the count was 0 before.
+bool postSemaphore(int32_t semaphore);
 bool tryWaitSemaphore(int32_t semaphore);
 
 // What a waiter remembers from one wait on a semaphore to the next. Starts as zeros.

@@ -111,8 +111,8 @@ bool semTryWait(SemaphoreSet& set, uint32_t entry) {
     return platform::tryWaitSemaphore(set.entry[entry].handle);
 }
 
-void semPost(SemaphoreSet& set, uint32_t entry) {
-    platform::postSemaphore(set.entry[entry].handle);
+bool semPost(SemaphoreSet& set, uint32_t entry) {
+    return platform::postSemaphore(set.entry[entry].handle);
 }
 
 }  // namespace

@@ -22,7 +22,7 @@ struct OsLayer {
     void (*semCloseSet)(SemaphoreSet* set);
     bool (*semWait)(SemaphoreSet& set, uint32_t entry);
     bool (*semTryWait)(SemaphoreSet& set, uint32_t entry);
-    void (*semPost)(SemaphoreSet& set, uint32_t entry);
+    bool (*semPost)(SemaphoreSet& set, uint32_t entry);  // true when the count was 0 before
 };
 
 // The one place where the kind of system decides.
@@ -45,6 +45,8 @@ inline bool SemWait(SemaphoreSet& set, uint32_t entry) { return osLayer().semWai
 inline bool SemTryWait(SemaphoreSet& set, uint32_t entry) {
     return osLayer().semTryWait(set, entry);
 }
-inline void SemPost(SemaphoreSet& set, uint32_t entry) { osLayer().semPost(set, entry); }
+inline bool SemPost(SemaphoreSet& set, uint32_t entry) {
+    return osLayer().semPost(set, entry);
+}
 
 }  // namespace vorn

@@ -10,6 +10,22 @@ void* fail(const SharedStuff& stuff, int32_t code) {
     return nullptr;
 }
 
+// A wait that fails once fails for good.
+void* failWait(SharedStuff& stuff) {
+    stuff.linkDown = true;
+    return fail(stuff, vorn::kErrorLink);
+}
+
+// Hands an area to the peer, who has waited for it to get it before: so the count is 0 now. A
+// module that posts what is the host's to post, or writes without waiting, could keep the host
+// reading the same bytes for ever, even beyond its own end.
+void handOver(SharedStuff& stuff, uint32_t entry) {
+    const bool inTurn = vorn::SemPost(*stuff.semaphores, entry);
+    if (inTurn || !stuff.owner) return;
+    stuff.linkDown = true;
+    fail(stuff, vorn::kErrorProtocol);
+}
+
 }  // namespace
 
 extern "C" {
@@ -17,8 +33,7 @@ extern "C" {
 void* VORN_L_StartReadingSharedStuff(SharedStuff* stuff) {
     if (stuff->readHeld) return stuff->readPointer;
     if (stuff->linkDown) return fail(*stuff, vorn::kErrorLink);
-    if (!vorn::SemWait(*stuff->semaphores, stuff->waitBeforeRead))
-        return fail(*stuff, vorn::kErrorLink);
+    if (!vorn::SemWait(*stuff->semaphores, stuff->waitBeforeRead)) return failWait(*stuff);
     stuff->readHeld = true;
     if (stuff->linkDown) return fail(*stuff, vorn::kErrorLink);
     return stuff->readPointer;
@@ -27,7 +42,7 @@ void* VORN_L_StartReadingSharedStuff(SharedStuff* stuff) {
 void VORN_L_EndReadingSharedStuff(SharedStuff* stuff) {
     if (!stuff->readHeld) return;
     stuff->readHeld = false;
-    if (!stuff->linkDown) vorn::SemPost(*stuff->semaphores, stuff->postAfterRead);
+    if (!stuff->linkDown) handOver(*stuff, stuff->postAfterRead);
 }
 
 void* VORN_L_AttemptStartReadingSharedStuff(SharedStuff* stuff) {
@@ -44,14 +59,13 @@ void* VORN_L_StartWritingSharedStuff(SharedStuff* stuff, uint32_t size) {
     const bool tooLarge = size > static_cast<uint32_t>(stuff->writeSize);
     if (tooLarge && stuff->base) return fail(*stuff, vorn::kErrorTooLarge);
     if (stuff->linkDown) return fail(*stuff, vorn::kErrorLink);
-    if (!vorn::SemWait(*stuff->semaphores, stuff->waitBeforeWrite))
-        return fail(*stuff, vorn::kErrorLink);
+    if (!vorn::SemWait(*stuff->semaphores, stuff->waitBeforeWrite)) return failWait(*stuff);
     if (stuff->linkDown) return fail(*stuff, vorn::kErrorLink);
     return stuff->writePointer;
 }
 
 void VORN_L_EndWritingSharedStuff(SharedStuff* stuff) {
-    if (stuff->semaphores) vorn::SemPost(*stuff->semaphores, stuff->postAfterWrite);
+    if (stuff->semaphores) handOver(*stuff, stuff->postAfterWrite);
 }
 
 void* VORN_L_ImageHandleStartReading(VORN_Image* image) {

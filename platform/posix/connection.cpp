@@ -111,14 +111,15 @@ bool isSemaphore(int32_t semaphore) { return ::fcntl(semaphore, F_GETFD) >= 0; }
 
 // A peer that holds the same open file could fill the count and make it blocking. A full count
 // needs no post.
-void postSemaphore(int32_t semaphore) {
+bool postSemaphore(int32_t semaphore) {
     const uint64_t one = 1;
-    pollfd room{semaphore, POLLOUT, 0};
+    pollfd state{semaphore, POLLIN | POLLOUT, 0};
     ssize_t done = 0;
     do {
-        done = ::poll(&room, 1, 0);
-        if (done > 0) done = ::write(semaphore, &one, sizeof one);
+        done = ::poll(&state, 1, 0);
+        if (done > 0 && (state.revents & POLLOUT)) done = ::write(semaphore, &one, sizeof one);
     } while (done < 0 && errno == EINTR);
+    return !(state.revents & POLLIN);
 }
 
 // The peer holds the same open file and could make it blocking, so the read itself says that it
