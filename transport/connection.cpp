@@ -59,18 +59,18 @@ bool SharedStuffCreate(VORN_Image& image, int32_t moduleType) {
     SemPost(semaphores, loader ? stuff.spareForPeer : stuff.spareForThisSide);
     SemPost(semaphores, stuff.postAfterRead);
     SemPost(semaphores, stuff.waitBeforeWrite);
-    while (platform::tryWaitSemaphore(image.stop)) {
-    }
     semaphores.stop = image.stop;
     stuff.linkDown = false;
+    if (image.stopped) stuff.linkDown = true;
     return true;
 }
 
 void SharedStuffClose(VORN_Image& image) {
     SharedStuff& stuff = image.stuff;
     if (image.process.watch != platform::kNoDescriptor) {
-        if (!image.hasProcess.exchange(false)) platform::killProcess(image.process);
+        if (stuff.linkDown) platform::killProcess(image.process);
         stuff.linkDown = true;
+        image.hasProcess = false;
         platform::releaseProcess(image.process);
     }
     if (stuff.base) ShmUnmap(stuff.shm, stuff.base);

@@ -9,8 +9,8 @@ namespace vorn {
 // the link up. False: nothing is left, the link stays down.
 bool SharedStuffCreate(VORN_Image& image, int32_t moduleType);
 
-// Releases whatever there is of the connection. A module program that the emergency stop has cut
-// off is ended.
+// Releases whatever there is of the connection. A module program whose link is down can't be told
+// to end: it is ended.
 void SharedStuffClose(VORN_Image& image);
 
 }  // namespace vorn

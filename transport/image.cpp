@@ -78,14 +78,14 @@ void letModuleFinish(SharedStuff& stuff) {
         SemPost(*stuff.semaphores, stuff.postAfterRead);
 }
 
-// That the module can't be told to end, as it has ended already, is no error of the handle.
+// That the module can't be told to end properly, say because it has ended, is no error of the
+// handle, which the next image would meet.
 void dismissModule(VORN_Image* image) {
     const CodePair error = image->errors.error;
     VORN_L_WaitForAck(image);
     letModuleFinish(image->stuff);
     if (VORN_L_SendCMDTerminate(image)) VORN_L_WaitForTerminate(image);
-    if (image->errors.error.code == kErrorLink)
-        VORN_L_SetErrorCode(image, error.code, error.subcode);
+    VORN_L_SetErrorCode(image, error.code, error.subcode);
 }
 
 }  // namespace
@@ -143,6 +143,8 @@ void VORN_L_ImageDestroyHandle(VORN_Image* image) {
 }
 
 void VORN_L_ShutDownHandle(VORN_Image* image) {
+    // In this order: whoever misses the one because he is setting up the link meets the other.
+    image->stopped = true;
     image->stuff.linkDown = true;
     image->hasProcess = false;
     vorn::platform::postSemaphore(image->stop);

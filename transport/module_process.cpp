@@ -95,6 +95,7 @@ bool ModuleLaunch(VORN_Image& image, const char* moduleFileName) {
     stuff.semaphores->peerThread = image.process.id;
     stuff.semaphores->watched = image.process.watch;
     image.hasProcess = true;
+    if (image.stopped) image.hasProcess = false;
     trace("Create process worked\n");
     return true;
 }
