@@ -46,19 +46,22 @@ Talk::Talk(Kind kind)
     moduleHome().makeDirectory("target");
 }
 
-bool Talk::whole() { return kind_ == Kind::Saving ? save() : load(); }
+bool Talk::whole() {
+    wrong_ = false;
+    return kind_ == Kind::Saving ? save() : load();
+}
 
 bool Talk::command() {
     VORN_TagItem* answer = VORN_H_ModuleVaSendCommand(module_, CMD_Module, ITAG_PageNumber,
                                                       VORN_Word{41}, TAG_End);
     const VORN_TagItem* page = answer ? VORN_L_TagFind(answer, ITAG_PageNumber) : nullptr;
-    const bool right = page && VORN_L_TagGetLongVal(page) == 42;
+    wrong_ = answer && !(page && VORN_L_TagGetLongVal(page) == 42);
+    const bool answered = answer && !wrong_;
     VORN_L_TagFreeData(answer);
-    return right;
+    return answered;
 }
 
 bool Talk::load() {
-    wrong_ = false;
     if (!module_.open(kPicture) || !command()) return false;
     const Picture picture = plainPicture(kShape);
     const VORN_ImageBuffer buffer = bufferOf(picture);
@@ -78,7 +81,6 @@ bool Talk::load() {
 // The target is either what it was or the whole picture.
 bool Talk::save() {
     const std::string old = moduleHome().write("target/saved", "old");
-    wrong_ = false;
     if (!module_.open(target())) return false;
     const Picture picture = loadersPicture(kPicture);
     VORN_H_ImageVaSetTags(module_, ITAG_Width, VORN_Word(kShape.width), ITAG_Height,

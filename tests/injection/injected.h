@@ -20,7 +20,7 @@ class Talk {
 
     // Opens, sends a command (to a loader), and transfers. True when all of it went as it should.
     bool whole();
-    // Whether the last transfer said that it was done, and its picture is not what it should be.
+    // Whether a call said that it was done, and what came of it is not what it should be.
     bool isWrong() const { return wrong_; }
 
     Module& module() { return module_; }

@@ -31,7 +31,8 @@ const vorn::OsLayer& countingLayer() asm("__wrap__ZN4vorn7osLayerEv");
 namespace {
 
 constexpr int kExitStatus = 7;
-constexpr int kLifeInMilliseconds = 100;
+constexpr int kShortLife = 20;  // milliseconds
+constexpr int kLongLife = 400;  // time enough to see that the host waits without working
 
 struct Order {
     Order() {
@@ -104,6 +105,10 @@ void post(int semaphore, uint64_t count) {
     if (::write(semaphore, &count, sizeof count) < 0) return;  // it is full already
 }
 
+void fillSemaphores() {
+    forEachSemaphore([](int number) { post(number, UINT64_MAX - 1); });
+}
+
 // ---- what can be done ----
 
 void endBySignal(int number) {
@@ -121,9 +126,9 @@ void endBySignal(int number) {
 }
 
 // What goes wrong from here on ends with the program's life, which is short.
-void dieSoon() {
+void dieSoon(int milliseconds) {
     std::signal(SIGALRM, SIG_DFL);
-    const itimerval timer{{0, 0}, {0, kLifeInMilliseconds * 1000}};
+    const itimerval timer{{0, 0}, {0, milliseconds * 1000}};
     ::setitimer(ITIMER_REAL, &timer, nullptr);
 }
 
@@ -201,7 +206,18 @@ const std::map<std::string, std::function<void()>>& actions() {
         {"blocking", makeSemaphoresBlocking},
         {"take", takeAll},
         {"post", [] { forEachSemaphore([](int number) { post(number, 1); }); }},
-        {"fill", [] { forEachSemaphore([](int number) { post(number, UINT64_MAX - 1); }); }},
+        {"fill", fillSemaphores},
+        {"fillkill",
+         [] {
+             fillSemaphores();
+             std::raise(SIGKILL);
+         }},
+        {"fillsleep",
+         [] {
+             dieSoon(kLongLife);
+             fillSemaphores();
+             sleep();
+         }},
         {"close", closeAll},
         {"fork", leaveChild},
         {"forkexit",
@@ -223,13 +239,26 @@ bool isMischief(const std::string& action) {
 
 // ---- counting ----
 
+struct Count {
+    int steps = 0;
+    int hookStep = 0;
+    std::function<void()> hook;
+};
+
+Count& theCount() {
+    static Count theOne;
+    return theOne;
+}
+
 // True when the operation itself is to be left out.
 bool step(const char* operation, uint32_t entry) {
-    static int count = 0;
-    if (++count != order().step) return false;
+    Count& count = theCount();
+    ++count.steps;
+    if (count.hook && count.steps == count.hookStep) count.hook();
+    if (count.steps != order().step) return false;
     const std::string& action = order().action;
     tell(operation, entry);
-    if (isMischief(action)) dieSoon();
+    if (isMischief(action)) dieSoon(kShortLife);
     actions().at(action)();
     return action == "leaveout";
 }
@@ -253,15 +282,29 @@ bool tryWait(vorn::SemaphoreSet& set, uint32_t entry) {
     return taken;
 }
 
-void countedPost(vorn::SemaphoreSet& set, uint32_t entry) {
-    if (!step("post", entry)) realLayer().semPost(set, entry);
+bool countedPost(vorn::SemaphoreSet& set, uint32_t entry) {
+    return step("post", entry) || realLayer().semPost(set, entry);
+}
+
+bool create(uint32_t size, vorn::ShmDescriptor& shm) {
+    step("create", 0);
+    return realLayer().shmCreate(size, shm);
+}
+
+vorn::SemaphoreSet* createSet() {
+    step("create", 1);
+    return realLayer().semCreateSet();
 }
 
 }  // namespace
 
+void atStep(int step, std::function<void()> hook) { theCount() = {0, step, std::move(hook)}; }
+
 const vorn::OsLayer& countingLayer() {
     static const vorn::OsLayer layer = [] {
         vorn::OsLayer changed = realLayer();
+        changed.shmCreate = create;
+        changed.semCreateSet = createSet;
         changed.shmOpen = open;
         changed.semWait = wait;
         changed.semTryWait = tryWait;
