@@ -9,6 +9,7 @@
 
 #include "errors/error_numbers.h"
 #include "module/module_state.h"
+#include "platform/limits.h"
 #include "tags/gathered_words.h"
 #include "tags/tag_walk.h"
 #include "transport/attach.h"
@@ -259,6 +260,8 @@ void VORN_M_ShellMain(int argc, char** argv) {
     std::atexit(vorn::reportAbnormalExit);
     vorn::setRoles(state.stuff);
     if (!vorn::SharedStuffAttach(state.stuff, argc, argv)) return;
+    const vorn::SemaphoreSet& semaphores = *state.stuff.semaphores;
+    vorn::platform::tellLimits(semaphores.entry[state.stuff.spareForPeer].handle);
     vorn::Shell(state).run();
     vorn::SharedStuffDetach(state.stuff);
     state.exitedNormally = true;

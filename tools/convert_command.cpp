@@ -12,6 +12,7 @@
 #include "tools/commands.h"
 #include "tools/conversion_plan.h"
 #include "tools/handle.h"
+#include "tools/limits.h"
 #include "tools/picture.h"
 #include "tools/target_size.h"
 
@@ -31,6 +32,7 @@ struct Arguments {
     std::string fit;
     std::string scaler;
     std::vector<std::string> settings;
+    VORN_ModuleLimits limits{};
     bool quiet = false;
 };
 
@@ -81,7 +83,7 @@ struct Loaded {
 
 Loaded load(const Arguments& arguments, const Capabilities& saver, Onlookers& onlookers) {
     const std::string loader = chooseLoader(arguments.in, arguments.loader);
-    const Handle handle(loader, VORN_LOADER, arguments.in);
+    const Handle handle(loader, VORN_LOADER, arguments.in, arguments.limits);
     VORN_Image* const image = handle.get();
     const Interrupts::Watch watch(onlookers.interrupts, image);
     // A loader that says nothing about the orientation delivers the picture upright.
@@ -110,7 +112,8 @@ void transfer(const Arguments& arguments, const std::string& saver, Onlookers& o
         setField(loaded.fields, setting);
     }
     onlookers.progress.beginStage(1, 2);
-    loaded.picture.write(saver, arguments.out, loaded.fields, onlookers);
+    const Handle handle(saver, VORN_SAVER, arguments.out, arguments.limits);
+    loaded.picture.write(handle.get(), arguments.out, loaded.fields, onlookers);
 }
 
 // What can be wrong with the command line is found before any module is started.
@@ -200,6 +203,7 @@ void addConvertCommand(CLI::App& program, ExitStatus&) {
                      "Set a field: Artist=Me, XDPI=300; without VALUE, drop it")
         ->type_name("NAME=VALUE")
         ->allow_extra_args(false);
+    addLimitOptions(*command, arguments->limits);
     command->add_flag("--quiet", arguments->quiet, "No progress bar");
     command->callback([arguments] { convert(*arguments); });
 }

@@ -125,12 +125,10 @@ TagWords Picture::tags(const Fields& fields) const {
     return words;
 }
 
-void Picture::write(const std::string& saver,
+void Picture::write(VORN_Image* image,
                     const std::string& file,
                     const Fields& fields,
                     Onlookers& onlookers) const {
-    const Handle handle(saver, VORN_SAVER, file);
-    VORN_Image* const image = handle.get();
     const Interrupts::Watch watch(onlookers.interrupts, image);
     const VORN_ImageBuffer source = buffer(plan_.channels());
     if (!VORN_H_ImageVaOpen(image, ITAG_Filename, file.c_str(), TAG_End) ||

@@ -31,8 +31,8 @@ class Picture {
                         const ConversionPlan& plan,
                         Onlookers& onlookers);
 
-    // Writes to a file through a saver. Throws; the file is then as it was before.
-    void write(const std::string& saver,
+    // Writes to a file through a saver's handle. Throws; the file is then as it was before.
+    void write(VORN_Image* image,
                const std::string& file,
                const Fields& fields,
                Onlookers& onlookers) const;

@@ -118,12 +118,13 @@ VORN_Bool VORN_L_StartModule(VORN_Image* image, const char* moduleFileName, int3
     vorn::forgetEarlierStop(*image);
     if (!image->stuff.linkDown && !vorn::platform::hasEnded(image->process)) return 1;
     vorn::SharedStuffClose(*image);  // what is left of a connection that was stopped, or has ended
-    if (!vorn::SharedStuffCreate(*image, type)) return vorn::failStart(image, vorn::kErrorMemory);
+    if (!vorn::SharedStuffCreate(*image, type)) return 0;
     if (!vorn::ModuleLaunch(*image, moduleFileName)) return vorn::abandonStart(image);
     image->expectAck(0);  // the first one, which comes without a command
     image->moduleVersion = 0;
     if (!VORN_L_WaitForAck(image)) {
-        vorn::failStart(image, vorn::kErrorLink);
+        const int32_t reason = image->stuff.downCode;
+        vorn::failStart(image, reason ? reason : int32_t{vorn::kErrorLink});
         return vorn::abandonStart(image);
     }
     return image->moduleVersion == vorn::kProtocolVersion ? VORN_Bool{1}

@@ -1,6 +1,7 @@
 // Taking turns: the only way either side touches the two transfer areas.
 #include "errors/error_numbers.h"
 #include "transport/image.h"
+#include "transport/module_process.h"
 #include "transport/os_layer.h"
 
 namespace {
@@ -10,10 +11,15 @@ void* fail(const SharedStuff& stuff, int32_t code) {
     return nullptr;
 }
 
+void* failDown(const SharedStuff& stuff) {
+    return fail(stuff, stuff.downCode ? stuff.downCode : vorn::kErrorLink);
+}
+
 // A wait that fails once fails for good.
 void* failWait(SharedStuff& stuff) {
     stuff.linkDown = true;
-    return fail(stuff, vorn::kErrorLink);
+    if (stuff.owner) stuff.downCode = vorn::reasonOfEnd(*stuff.owner);
+    return failDown(stuff);
 }
 
 // Hands an area to the peer, who has waited for it to get it before: so the count is 0 now. A
@@ -21,9 +27,10 @@ void* failWait(SharedStuff& stuff) {
 // reading the same bytes for ever, even beyond its own end.
 void handOver(SharedStuff& stuff, uint32_t entry) {
     const bool inTurn = vorn::SemPost(*stuff.semaphores, entry);
-    if (inTurn || !stuff.owner) return;
+    if (inTurn || !stuff.owner || stuff.linkDown) return;
     stuff.linkDown = true;
-    fail(stuff, vorn::kErrorProtocol);
+    stuff.downCode = vorn::kErrorProtocol;
+    failDown(stuff);
 }
 
 }  // namespace
@@ -32,10 +39,10 @@ extern "C" {
 
 void* VORN_L_StartReadingSharedStuff(SharedStuff* stuff) {
     if (stuff->readHeld) return stuff->readPointer;
-    if (stuff->linkDown) return fail(*stuff, vorn::kErrorLink);
+    if (stuff->linkDown) return failDown(*stuff);
     if (!vorn::SemWait(*stuff->semaphores, stuff->waitBeforeRead)) return failWait(*stuff);
     stuff->readHeld = true;
-    if (stuff->linkDown) return fail(*stuff, vorn::kErrorLink);
+    if (stuff->linkDown) return failDown(*stuff);
     return stuff->readPointer;
 }
 
@@ -58,9 +65,9 @@ void* VORN_L_StartWritingSharedStuff(SharedStuff* stuff, uint32_t size) {
     // Without a connection there is no area that the message could be too large for.
     const bool tooLarge = size > static_cast<uint32_t>(stuff->writeSize);
     if (tooLarge && stuff->base) return fail(*stuff, vorn::kErrorTooLarge);
-    if (stuff->linkDown) return fail(*stuff, vorn::kErrorLink);
+    if (stuff->linkDown) return failDown(*stuff);
     if (!vorn::SemWait(*stuff->semaphores, stuff->waitBeforeWrite)) return failWait(*stuff);
-    if (stuff->linkDown) return fail(*stuff, vorn::kErrorLink);
+    if (stuff->linkDown) return failDown(*stuff);
     return stuff->writePointer;
 }
 
