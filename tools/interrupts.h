@@ -1,9 +1,10 @@
 // Ctrl-C (and a request to terminate, and a lost terminal) while a picture is on its way.
 //
 // While the object lives, the first such interrupt only asks: transfers see it in their abort
-// callback and end in order. A second one means that a module doesn't answer: the module program
-// that is being talked to is stopped. A third one ends this program at once; modules end with it,
-// and a file that a saver hasn't finished leaves no trace.
+// callback and end in order. When that has not happened within a second, or a second one comes, a
+// module doesn't answer: the module program that is being talked to is stopped. A third one ends
+// this program at once; modules end with it, and a file that a saver hasn't finished leaves no
+// trace.
 #pragma once
 
 #include <vorn/types.h>
@@ -23,7 +24,7 @@ class Interrupts {
 
     bool requested() const { return count_ > 0; }
 
-    // While it lives, a second interrupt stops the module program of this image.
+    // While it lives, the module program of this image is the one that is stopped.
     class Watch {
       public:
         Watch(Interrupts& interrupts, VORN_Image* image);
@@ -39,6 +40,8 @@ class Interrupts {
     struct Listener;
 
     void received();
+    void waitedInVain();
+    void stopWatched();
     void watch(VORN_Image* image);
 
     std::atomic<int> count_ = 0;
