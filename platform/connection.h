@@ -24,7 +24,7 @@ bool blockHolds(int32_t block, size_t size);
 void* mapBlock(int32_t block, size_t size);
 void unmapBlock(void* base, size_t size);
 
-// A semaphore with count 0. kNoDescriptor on failure.
+// A semaphore with count 0. kNoDescriptor on failure, as above with the reason in errno.
 int32_t createSemaphore();
 // True when the descriptor is open.
 bool isSemaphore(int32_t semaphore);

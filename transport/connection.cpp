@@ -1,7 +1,9 @@
 #include "transport/connection.h"
 
+#include <cerrno>
 #include <cstring>
 
+#include "errors/error_numbers.h"
 #include "platform/connection.h"
 #include "transport/image.h"
 #include "transport/os_layer.h"
@@ -44,9 +46,12 @@ void layOut(SharedStuff& stuff, bool loader) {
 bool SharedStuffCreate(VORN_Image& image, int32_t moduleType) {
     SharedStuff& stuff = image.stuff;
     clearRecord(stuff);
+    errno = 0;
     if (ShmCreate(kSharedAreaSize, stuff.shm)) stuff.base = ShmMap(stuff.shm);
+    if (stuff.base) errno = 0;  // a name that was in use is no reason
     if (stuff.base) stuff.semaphores = SemCreateSet();
     if (!stuff.semaphores) {
+        VORN_L_SetErrorCode(&image, kErrorMemory, errno);
         SharedStuffClose(image);
         return false;
     }

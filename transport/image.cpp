@@ -1,5 +1,6 @@
 #include "transport/image.h"
 
+#include <cerrno>
 #include <cstdarg>
 #include <new>
 
@@ -97,9 +98,10 @@ ErrorRecord& errorRecordOf(VORN_Image& image) { return image.errors; }
 extern "C" {
 
 VORN_Image* VORN_L_ImageCreateHandle(const VORN_Word* tags) {
+    errno = 0;
     VORN_Image* image = vorn::makeHandle();
     if (!image) {
-        VORN_L_SetErrorCode(nullptr, vorn::kErrorMemory, 0);
+        VORN_L_SetErrorCode(nullptr, vorn::kErrorMemory, errno);
         return nullptr;
     }
     image->option8 = static_cast<uint8_t>(vorn::option(tags, VORN_ID_OPTION_8));

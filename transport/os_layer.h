@@ -45,8 +45,6 @@ inline bool SemWait(SemaphoreSet& set, uint32_t entry) { return osLayer().semWai
 inline bool SemTryWait(SemaphoreSet& set, uint32_t entry) {
     return osLayer().semTryWait(set, entry);
 }
-inline bool SemPost(SemaphoreSet& set, uint32_t entry) {
-    return osLayer().semPost(set, entry);
-}
+inline bool SemPost(SemaphoreSet& set, uint32_t entry) { return osLayer().semPost(set, entry); }
 
 }  // namespace vorn

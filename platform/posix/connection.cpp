@@ -84,7 +84,7 @@ int32_t createBlock(size_t size) {
         ::fcntl(block, F_ADD_SEALS, F_SEAL_SHRINK | F_SEAL_GROW | F_SEAL_SEAL) == 0) {
         return block;
     }
-    ::close(block);
+    closeDescriptor(block);
     return kNoDescriptor;
 }
 
@@ -154,8 +154,11 @@ bool waitSemaphore(int32_t semaphore, int32_t watched, int32_t stop, WaitHistory
     }
 }
 
+// What failed before stays known.
 void closeDescriptor(int32_t descriptor) {
+    const int error = errno;
     if (descriptor >= 0) ::close(descriptor);
+    errno = error;
 }
 
 }  // namespace vorn::platform
