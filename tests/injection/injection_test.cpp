@@ -4,7 +4,8 @@
 #include <ctime>
 #include <vector>
 
-#include "tests/injection/injected.h"
+#include "tests/injection/talk.h"
+#include "tests/injection/wire.h"
 
 namespace {
 
@@ -21,17 +22,17 @@ struct Injection {
 };
 
 constexpr Injection kInjections[] = {
-    {"kill", Expect::EndsInOrder},       {"segv", Expect::EndsInOrder},
-    {"abort", Expect::EndsInOrder},      {"exit0", Expect::EndsInOrder},
-    {"exit7", Expect::EndsInOrder},      {"forkexit", Expect::EndsInOrder},
-    {"sleep", Expect::Stopped},          {"stop", Expect::Stopped},
-    {"endthread", Expect::Stopped},      {"tell", Expect::Stopped},
-    {"zeros", Expect::ErrorOrRight},     {"ones", Expect::ErrorOrRight},
-    {"random", Expect::ErrorOrRight},    {"shrink", Expect::ErrorOrRight},
-    {"blocking", Expect::ErrorOrRight},  {"take", Expect::ErrorOrRight},
-    {"post", Expect::ErrorOrRight},      {"fill", Expect::ErrorOrRight},
-    {"close", Expect::ErrorOrRight},     {"leaveout", Expect::ErrorOrRight},
-    {"fillkill", Expect::ErrorOrRight},  {"fillsleep", Expect::ErrorOrRight},
+    {"kill", Expect::EndsInOrder},      {"segv", Expect::EndsInOrder},
+    {"abort", Expect::EndsInOrder},     {"exit0", Expect::EndsInOrder},
+    {"exit7", Expect::EndsInOrder},     {"forkexit", Expect::EndsInOrder},
+    {"sleep", Expect::Stopped},         {"stop", Expect::Stopped},
+    {"endthread", Expect::Stopped},     {"tell", Expect::Stopped},
+    {"zeros", Expect::ErrorOrRight},    {"ones", Expect::ErrorOrRight},
+    {"random", Expect::ErrorOrRight},   {"shrink", Expect::ErrorOrRight},
+    {"blocking", Expect::ErrorOrRight}, {"take", Expect::ErrorOrRight},
+    {"post", Expect::ErrorOrRight},     {"fill", Expect::ErrorOrRight},
+    {"close", Expect::ErrorOrRight},    {"leaveout", Expect::ErrorOrRight},
+    {"fillkill", Expect::ErrorOrRight}, {"fillsleep", Expect::ErrorOrRight},
     {"fork", Expect::ErrorOrRight},
 };
 
@@ -62,8 +63,13 @@ class Figures {
 // module that hangs lives longer than this.
 constexpr double kMostWork = 250;
 
-class Modules : public ConversationTest,
-                public testing::WithParamInterface<std::tuple<Injection, Kind>> {
+class Injected : public ConversationTest {
+  protected:
+    Injected() { installInjected(); }
+    const std::string directory_ = moduleHome().makeDirectory("target");
+};
+
+class Modules : public Injected, public testing::WithParamInterface<std::tuple<Injection, Kind>> {
   protected:
     // One run with the injection at a step. False when it ended without the injection.
     bool runWith(int step);
@@ -94,7 +100,7 @@ void Modules::expectCode(Talk& talk) const {
 
 bool Modules::runWith(int step) {
     order_.set(action_ + " " + std::to_string(step));
-    Talk talk(kind_);
+    Talk talk(kind_, directory_);
     std::optional<StepNews> news;
     double work = threadMilliseconds();
     {
@@ -135,13 +141,13 @@ TEST_P(Modules, ThatGoWrongCostOnePicture) {
 
 // The stop at every step of the host's own side, from where the module's program is not even
 // started.
-TEST_F(ConversationTest, StoppedAnywhereEndsWithErrorThreeAndTheNextOneWorks) {
+TEST_F(Injected, HandlesStoppedAnywhereEndWithErrorThreeAndTheNextOneWorks) {
     for (const Kind kind : {Kind::Loading, Kind::Saving}) {
         bool stopped = true;
         for (int step = 1; stopped && !HasFailure(); ++step) {
             SCOPED_TRACE(std::string(nameOf(kind)) + " " + std::to_string(step));
             stopped = false;
-            Talk talk(kind);
+            Talk talk(kind, directory_);
             atStep(step, [&] {
                 stopped = true;
                 VORN_L_ShutDownHandle(talk.module());
@@ -158,14 +164,13 @@ TEST_F(ConversationTest, StoppedAnywhereEndsWithErrorThreeAndTheNextOneWorks) {
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(Injected,
-                         Modules,
-                         testing::Combine(testing::ValuesIn(kInjections),
-                                          testing::Values(Kind::Loading, Kind::Aborting,
-                                                          Kind::Saving)),
-                         [](const auto& row) {
-                             return std::string(std::get<0>(row.param).action) +
-                                    nameOf(std::get<1>(row.param));
-                         });
+INSTANTIATE_TEST_SUITE_P(
+    Each,
+    Modules,
+    testing::Combine(testing::ValuesIn(kInjections),
+                     testing::Values(Kind::Loading, Kind::Aborting, Kind::Saving)),
+    [](const auto& row) {
+        return std::string(std::get<0>(row.param).action) + nameOf(std::get<1>(row.param));
+    });
 
 }  // namespace

@@ -1,41 +1,14 @@
-// A conversation with a module program that does one thing at one step.
+// What a module program tells a test when it does its one thing.
 #pragma once
 
-#include <atomic>
+#include <vorn/types.h>
+
 #include <optional>
 #include <string>
 #include <thread>
 
-#include "tests/conversation/host.h"
+#include "tests/conversation/module_home.h"
 #include "tests/modules/steps.h"
-
-// One way through a conversation.
-enum class Kind { Loading, Aborting, Saving };
-const char* nameOf(Kind kind);
-
-// The module's handle, and the same conversation again and again.
-class Talk {
-  public:
-    explicit Talk(Kind kind);
-
-    // Opens, sends a command (to a loader), and transfers. True when all of it went as it should.
-    bool whole();
-    // Whether a call said that it was done, and what came of it is not what it should be.
-    bool isWrong() const { return wrong_; }
-
-    Module& module() { return module_; }
-    // Closes the connection; the handle stays.
-    void closeConnection() { VORN_L_ImageCloseHandle(module_); }
-
-  private:
-    bool load();
-    bool save();
-    bool command();
-
-    Kind kind_;
-    Module module_;
-    bool wrong_ = false;
-};
 
 // The named pipes between the test and the module, and what the module tells when its step has
 // come.
