@@ -1,8 +1,4 @@
 // What is left behind, and by whom: nothing.
-#include <sys/stat.h>
-
-#include <csignal>
-#include <fstream>
 #include <memory>
 
 #include "tests/conversation/host.h"
@@ -37,7 +33,7 @@ TEST_F(Traces, OfTwoHundredConversationsAreNone) {
             ASSERT_TRUE(loader.reads("w=9,h=9"));
             ASSERT_TRUE(i % 2 == 0 || loader.closeImage());
         } else {
-            Loader loader("kill-at-begin");
+            Loader loader("version-2");
             ASSERT_FALSE(loader.open("x"));
             ASSERT_FALSE(loader.open("x"));
         }
@@ -86,53 +82,11 @@ TEST_F(Traces, OfSeveralHostsAtOnceAreKeptApart) {
     installLoader("loader");
     std::vector<std::unique_ptr<Program>> hosts;
     for (int i = 0; i < 4; ++i)
-        hosts.push_back(std::make_unique<Program>(host({"read", "40", std::to_string(1000 * i)})));
+        hosts.push_back(std::make_unique<Program>(host({"40", std::to_string(1000 * i)})));
     for (const auto& program : hosts) {
         const Ended ended = program->wait();
         EXPECT_EQ(ended.status, 0) << ended.err;
     }
-}
-
-// The module's program ends with its host, wherever the conversation is, and no file comes of it.
-TEST_F(Traces, OfAHostThatIsKilledAreNone) {
-    const std::string pipe = moduleHome().path("pipe");
-    const std::string directory = moduleHome().makeDirectory("empty");
-    ASSERT_EQ(::mkfifo(pipe.c_str(), 0600), 0);
-    installLoader("loader");
-    installSaver("saver", "RGB");
-    const ScopedVariable pipeVariable("VORN_TEST_PIPE", pipe);
-    const ScopedVariable targetVariable("VORN_TEST_TARGET", directory + "/saved");
-    for (const char* how : {"idle", "reading", "writing"}) {
-        SCOPED_TRACE(how);
-        Program program(host({how}));
-        int hostNumber = 0;
-        int moduleNumber = 0;
-        std::ifstream(pipe) >> hostNumber >> moduleNumber;
-        ASSERT_GT(moduleNumber, 0);
-        const int watch = watchProgram(moduleNumber);
-        ::kill(hostNumber, SIGKILL);
-        awaitEnd(watch);
-        EXPECT_EQ(program.wait().status, 128 + SIGKILL);
-        EXPECT_TRUE(std::filesystem::is_empty(directory));
-    }
-    moduleHome().remove("pipe");
-}
-
-TEST_F(Traces, OfAHostThatLeavesWithoutAWordAreNone) {
-    installLoader("loader");
-    EXPECT_EQ(run(host({"leaving"})).status, 0);  // its module's end is awaited after every test
-}
-
-TEST_F(Traces, OfAHostThatIgnoresItsChildrenAreNone) {
-    std::signal(SIGCHLD, SIG_IGN);
-    {
-        Loader loader;
-        EXPECT_TRUE(loader.reads("w=9,h=9"));
-        Loader crashing("segv-at-open");
-        EXPECT_FALSE(crashing.open("x"));
-        EXPECT_EQ(crashing.code(), 3);
-    }
-    std::signal(SIGCHLD, SIG_DFL);
 }
 
 }  // namespace
