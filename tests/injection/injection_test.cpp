@@ -11,9 +11,13 @@ namespace {
 
 // What must come of it.
 enum class Expect {
-    EndsInOrder,  // the program ends: the call fails with error 3, and the next open works
-    Stopped,      // the program hangs: the emergency stop has the same effect, and ends it
-    ErrorOrRight  // an error or the right picture, as long as the program lives
+    EndsInOrder,   // the program ends: the call fails with error 3, and the next open works
+    Stopped,       // the program hangs: the emergency stop has the same effect, and ends it
+    Right,         // nothing comes of it
+    ErrorOrRight,  // an error or the right picture, within the program's life
+    // The same, but the picture may be the program's own: the pixels of a block that the host has
+    // just been told to take are the module's to change, and so is the turn of its messages.
+    ErrorOrTheirs
 };
 
 struct Injection {
@@ -22,18 +26,29 @@ struct Injection {
 };
 
 constexpr Injection kInjections[] = {
-    {"kill", Expect::EndsInOrder},      {"segv", Expect::EndsInOrder},
-    {"abort", Expect::EndsInOrder},     {"exit0", Expect::EndsInOrder},
-    {"exit7", Expect::EndsInOrder},     {"forkexit", Expect::EndsInOrder},
-    {"sleep", Expect::Stopped},         {"stop", Expect::Stopped},
-    {"endthread", Expect::Stopped},     {"tell", Expect::Stopped},
-    {"zeros", Expect::ErrorOrRight},    {"ones", Expect::ErrorOrRight},
-    {"random", Expect::ErrorOrRight},   {"shrink", Expect::ErrorOrRight},
-    {"blocking", Expect::ErrorOrRight}, {"take", Expect::ErrorOrRight},
-    {"post", Expect::ErrorOrRight},     {"fill", Expect::ErrorOrRight},
-    {"close", Expect::ErrorOrRight},    {"leaveout", Expect::ErrorOrRight},
-    {"fillkill", Expect::ErrorOrRight}, {"fillsleep", Expect::ErrorOrRight},
-    {"fork", Expect::ErrorOrRight},
+    {"kill", Expect::EndsInOrder},
+    {"segv", Expect::EndsInOrder},
+    {"abort", Expect::EndsInOrder},
+    {"exit0", Expect::EndsInOrder},
+    {"exit7", Expect::EndsInOrder},
+    {"forkexit", Expect::EndsInOrder},
+    {"sleep", Expect::Stopped},
+    {"stop", Expect::Stopped},
+    {"endthread", Expect::Stopped},
+    {"tell", Expect::Stopped},
+    {"zeros", Expect::ErrorOrTheirs},
+    {"ones", Expect::ErrorOrTheirs},
+    {"random", Expect::ErrorOrTheirs},
+    {"shrink", Expect::ErrorOrTheirs},
+    {"blocking", Expect::Right},
+    {"take", Expect::ErrorOrTheirs},
+    {"post", Expect::ErrorOrTheirs},
+    {"fill", Expect::ErrorOrTheirs},
+    {"close", Expect::ErrorOrRight},
+    {"leaveout", Expect::ErrorOrTheirs},
+    {"fillkill", Expect::ErrorOrTheirs},
+    {"fillsleep", Expect::ErrorOrTheirs},
+    {"fork", Expect::Right},
 };
 
 double threadMilliseconds() {
@@ -74,9 +89,10 @@ class Modules : public Injected, public testing::WithParamInterface<std::tuple<I
     // One run with the injection at a step. False when it ended without the injection.
     bool runWith(int step);
     void expectCode(Talk& talk) const;
-    // The pixels of a block that the host has just been told to take are the module's to change,
-    // and so is the turn in which its messages come.
-    bool maySayWrong() const { return injection_.expect == Expect::ErrorOrRight; }
+    // Whether the conversation's end shows that the program was ended, or stopped.
+    bool endsProgram() const {
+        return injection_.expect == Expect::EndsInOrder || injection_.expect == Expect::Stopped;
+    }
 
     const Injection injection_ = std::get<0>(GetParam());
     const std::string action_ = injection_.action;
@@ -89,8 +105,8 @@ class Modules : public Injected, public testing::WithParamInterface<std::tuple<I
 
 void Modules::expectCode(Talk& talk) const {
     const int32_t code = talk.module().code();
-    if (injection_.expect == Expect::ErrorOrRight) {
-        EXPECT_NE(code, 0);
+    if (!endsProgram()) {
+        EXPECT_TRUE(code != 0 && injection_.expect != Expect::Right) << code;
         return;
     }
     // A handle whose program was stopped says so with error 4 before it sends a block.
@@ -108,24 +124,23 @@ bool Modules::runWith(int step) {
         if (injection_.expect == Expect::Stopped) stopper.emplace(wire_, talk.module());
         const bool whole = talk.whole();
         const long long end = steadyNanoseconds();
-        EXPECT_TRUE(!talk.isWrong() || maySayWrong());
+        EXPECT_TRUE(!talk.isWrong() || injection_.expect == Expect::ErrorOrTheirs);
         if (!whole && !talk.isWrong()) expectCode(talk);
         if (!whole) ++failures_;
         talk.module().closeImage();
         // A failed connection need not be closed to serve again: every other time it is not.
-        if (whole || step % 2 == 0 || injection_.expect == Expect::ErrorOrRight)
-            talk.closeConnection();
+        if (whole || step % 2 == 0 || !endsProgram()) talk.closeConnection();
         work = threadMilliseconds() - work;
         loads_.add(work);
         EXPECT_LT(work, kMostWork) << "the host never waits by asking again and again";
         news = stopper ? stopper->finish() : wire_.news();
         const long long begin = stopper ? stopper->stoppedAt() : news ? news->time : 0;
-        if (!whole && news && injection_.expect != Expect::ErrorOrRight)
+        if (!whole && news && endsProgram())
             latencies_.add(1e-6 * static_cast<double>(end - begin));
     }
     order_.set(std::nullopt);
     // A program that has been closed can't reach the next one: it is tried now and then.
-    if (injection_.expect != Expect::ErrorOrRight || step % 8 == 1) {
+    if (endsProgram() || step % 8 == 1) {
         EXPECT_TRUE(talk.whole()) << "the next one: " << talk.module().code() << talk.isWrong();
         talk.module().closeImage();
     }
