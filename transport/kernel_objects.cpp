@@ -112,7 +112,10 @@ bool semTryWait(SemaphoreSet& set, uint32_t entry) {
 }
 
 bool semPost(SemaphoreSet& set, uint32_t entry) {
-    return platform::postSemaphore(set.entry[entry].handle);
+    const int32_t semaphore = set.entry[entry].handle;
+    if (!set.trustsPeer) return platform::postSemaphore(semaphore);
+    platform::postTrustedSemaphore(semaphore);
+    return true;
 }
 
 }  // namespace

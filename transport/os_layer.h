@@ -22,7 +22,8 @@ struct OsLayer {
     void (*semCloseSet)(SemaphoreSet* set);
     bool (*semWait)(SemaphoreSet& set, uint32_t entry);
     bool (*semTryWait)(SemaphoreSet& set, uint32_t entry);
-    bool (*semPost)(SemaphoreSet& set, uint32_t entry);  // true when the count was 0 before
+    // False when the count is seen not to have been 0: the peer had not taken what came before.
+    bool (*semPost)(SemaphoreSet& set, uint32_t entry);
 };
 
 // The one place where the kind of system decides.

@@ -12,10 +12,10 @@ class Limits : public ConversationTest {
   protected:
     Limits() { installInjected(); }
     void SetUp() override {
+        ConversationTest::SetUp();
 #ifdef VORN_SANITIZED
         GTEST_SKIP() << "a sanitized program can't do with limited memory";
 #endif
-        ConversationTest::SetUp();
     }
     const std::string directory_ = moduleHome().makeDirectory("target");
     ScopedVariable order_{"VORN_TEST_STEP", std::nullopt};
