@@ -38,6 +38,8 @@ enum ErrorNumber : int32_t {
     kErrorNoCommands = 53,  // a module-specific command for a module that knows none
     kErrorArgument = 60,
     kErrorNoDialog = 73,
+    kErrorTimeLimit = 75,    // the module has met the limit that the host has set
+    kErrorMemoryLimit = 76,  // the same
     kErrorNoTags = 1001,
 };
 

@@ -10,6 +10,7 @@
 
 #include "errors/error_numbers.h"
 #include "module/module_state.h"
+#include "platform/limits.h"
 #include "platform/process.h"
 #include "tags/gathered_words.h"
 #include "tags/tag_walk.h"
@@ -261,6 +262,8 @@ void VORN_M_ShellMain(int argc, char** argv) {
     std::atexit(vorn::reportAbnormalExit);
     vorn::setRoles(state.stuff);
     if (!vorn::SharedStuffAttach(state.stuff, argc, argv)) return;
+    const vorn::SemaphoreSet& semaphores = *state.stuff.semaphores;
+    vorn::platform::tellLimits(semaphores.entry[state.stuff.spareForPeer].handle);
     VORN_H_RegisterAppName(vorn::platform::hostApplication());
     vorn::Shell(state).run();
     vorn::SharedStuffDetach(state.stuff);

@@ -24,12 +24,13 @@ bool blockHolds(int32_t block, size_t size);
 void* mapBlock(int32_t block, size_t size);
 void unmapBlock(void* base, size_t size);
 
-// A semaphore with count 0. kNoDescriptor on failure.
+// A semaphore with count 0. kNoDescriptor on failure, as above with the reason in errno.
 int32_t createSemaphore();
 // True when the descriptor is open.
 bool isSemaphore(int32_t semaphore);
-// Never blocks, whatever the other program has done to the semaphore.
-void postSemaphore(int32_t semaphore);
+// Never blocks, whatever the other program has done to the semaphore. True when the count was 0
+// before.
+bool postSemaphore(int32_t semaphore);
 // For a program that trusts the other one: half the calls to the system.
 void postTrustedSemaphore(int32_t semaphore);
 bool tryWaitSemaphore(int32_t semaphore);

@@ -11,10 +11,11 @@ namespace vorn::tool {
 Connection::Connection(const std::string& module,
                        int32_t type,
                        std::string file,
+                       const VORN_ModuleLimits& limits,
                        Interrupts& interrupts)
     : file_(std::move(file)),
       interrupts_(interrupts),
-      handle_(module, type, file_),
+      handle_(module, type, file_, limits),
       watch_(interrupts, handle_.get()) {}
 
 Connection::~Connection() { abandonLines(); }

@@ -13,7 +13,11 @@ namespace vorn::tool {
 
 class Connection {
   public:
-    Connection(const std::string& module, int32_t type, std::string file, Interrupts& interrupts);
+    Connection(const std::string& module,
+               int32_t type,
+               std::string file,
+               const VORN_ModuleLimits& limits,
+               Interrupts& interrupts);
     ~Connection();
     Connection(const Connection&) = delete;
     Connection& operator=(const Connection&) = delete;

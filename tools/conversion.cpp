@@ -26,8 +26,8 @@ class Conversion {
         : request_(request),
           loaderName_(chooseLoader(request.in, request.loader)),
           saverAbilities_(capabilitiesOf(request.saver, VORN_SAVER)),
-          loader_(loaderName_, VORN_LOADER, request.in, interrupts),
-          saver_(request.saver, VORN_SAVER, request.out, interrupts) {}
+          loader_(loaderName_, VORN_LOADER, request.in, request.limits, interrupts),
+          saver_(request.saver, VORN_SAVER, request.out, request.limits, interrupts) {}
 
     void run(ProgressBar& progress) {
         openLoader();

@@ -1,6 +1,8 @@
 // What `vorn convert` does once its command line is understood.
 #pragma once
 
+#include <vorn/host.h>
+
 #include <cstdint>
 #include <string>
 #include <vector>
@@ -23,6 +25,7 @@ struct ConversionRequest {
     std::string scaler;
     std::vector<std::string> settings;
     int32_t mebibytes = 64;  // of memory for a picture that has to be kept whole
+    VORN_ModuleLimits limits{};
     bool strict = false;
     bool quiet = false;
 

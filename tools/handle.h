@@ -11,7 +11,10 @@ namespace vorn::tool {
 class Handle {
   public:
     // Throws the library's failure, with the name of the file that the module is wanted for.
-    Handle(const std::string& module, int32_t type, const std::string& file);
+    Handle(const std::string& module,
+           int32_t type,
+           const std::string& file,
+           const VORN_ModuleLimits& limits);
     ~Handle() { VORN_H_ModuleClose(image_); }
     Handle(const Handle&) = delete;
     Handle& operator=(const Handle&) = delete;

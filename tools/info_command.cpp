@@ -12,6 +12,7 @@
 #include "tools/handle.h"
 #include "tools/image_description.h"
 #include "tools/json.h"
+#include "tools/limits.h"
 #include "tools/printable.h"
 #include "tools/table.h"
 
@@ -22,12 +23,13 @@ namespace {
 struct Arguments {
     std::vector<std::string> files;
     std::string loader;
+    VORN_ModuleLimits limits{};
     bool asJson = false;
 };
 
-ImageDescription read(const std::string& file, const std::string& wantedLoader) {
-    const std::string loader = chooseLoader(file, wantedLoader);
-    const Handle handle(loader, VORN_LOADER, file);
+ImageDescription read(const std::string& file, const Arguments& arguments) {
+    const std::string loader = chooseLoader(file, arguments.loader);
+    const Handle handle(loader, VORN_LOADER, file, arguments.limits);
     if (!VORN_H_ImageVaOpen(handle.get(), ITAG_Filename, file.c_str(), TAG_End)) {
         throw libraryFailure(file, handle.get());
     }
@@ -124,7 +126,7 @@ ExitStatus showAll(const Arguments& arguments) {
     bool first = true;
     for (const std::string& file : arguments.files) {
         try {
-            const ImageDescription image = read(file, arguments.loader);
+            const ImageDescription image = read(file, arguments);
             if (arguments.asJson) {
                 all.push_back(jsonOf(file, image));
                 continue;
@@ -151,6 +153,7 @@ void addInfoCommand(CLI::App& program, ExitStatus& status) {
     command->add_option("FILE", arguments->files, "The pictures")->required();
     command->add_option("--loader", arguments->loader,
                         "The loader to use; otherwise the one that knows the file's contents");
+    addLimitOptions(*command, arguments->limits);
     command->add_flag("--json", arguments->asJson, "Write JSON");
     command->callback([arguments, &status] { status = showAll(*arguments); });
 }

@@ -1,9 +1,10 @@
 // Ctrl-C (and a request to terminate, and a lost terminal) while a picture is on its way.
 //
 // While the object lives, the first such interrupt only asks: transfers see it in their abort
-// callback and end in order. A second one means that a module doesn't answer: the module programs
-// that are being talked to are stopped. A third one ends this program at once; modules end with it,
-// and a file that a saver hasn't finished leaves no trace.
+// callback and end in order. When that has not happened within a second, or a second one comes, a
+// module doesn't answer: the module programs that are being talked to are stopped. A third one ends
+// this program at once; modules end with it, and a file that a saver hasn't finished leaves no
+// trace.
 #pragma once
 
 #include <vorn/types.h>
@@ -30,7 +31,7 @@ class Interrupts {
     }
     VORN_Word userData() const { return reinterpret_cast<VORN_Word>(this); }
 
-    // While it lives, a second interrupt stops the module program of this image, too.
+    // While it lives, the module program of this image is among those that are stopped.
     class Watch {
       public:
         Watch(Interrupts& interrupts, VORN_Image* image);
@@ -47,6 +48,8 @@ class Interrupts {
     struct Listener;
 
     void received();
+    void waitedInVain();
+    void stopWatched();
 
     std::atomic<int> count_ = 0;
     std::mutex mutex_;

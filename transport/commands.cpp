@@ -57,7 +57,7 @@ struct AckWait {
         for (bool done = false; !done;) {
             Message message;
             if (!receiveMessage(*image, message)) {
-                if (!patient || image->errors.error.code == kErrorLink) return false;
+                if (!patient || image->stuff.linkDown) return false;
                 errorSeen = true;
                 continue;
             }
@@ -96,6 +96,9 @@ VORN_Bool VORN_L_HandleErrorCode(VORN_Image* image, const VORN_TagItem* message)
     int32_t pair[2] = {0, 0};
     const uint32_t size = vorn::itemDataSize(item);
     std::memcpy(pair, vorn::itemData(item), size < sizeof pair ? size : sizeof pair);
+    // Memory that the host has limited is not simply short.
+    if (pair[0] == vorn::kErrorMemory && image->limits.addressSpaceBytes)
+        pair[0] = vorn::kErrorMemoryLimit;
     if (size < sizeof pair[0])
         VORN_L_SetErrorCode(image, vorn::kErrorShortErrorTag, 0);
     else if (pair[0] != 0)

@@ -1,7 +1,9 @@
 #include "transport/connection.h"
 
+#include <cerrno>
 #include <cstring>
 
+#include "errors/error_numbers.h"
 #include "platform/connection.h"
 #include "transport/image.h"
 #include "transport/os_layer.h"
@@ -44,9 +46,12 @@ void layOut(SharedStuff& stuff, bool loader) {
 bool SharedStuffCreate(VORN_Image& image, int32_t moduleType) {
     SharedStuff& stuff = image.stuff;
     clearRecord(stuff);
+    errno = 0;
     if (ShmCreate(kSharedAreaSize, stuff.shm)) stuff.base = ShmMap(stuff.shm);
+    if (stuff.base) errno = 0;  // a name that was in use is no reason
     if (stuff.base) stuff.semaphores = SemCreateSet();
     if (!stuff.semaphores) {
+        VORN_L_SetErrorCode(&image, kErrorMemory, errno);
         SharedStuffClose(image);
         return false;
     }
@@ -59,18 +64,18 @@ bool SharedStuffCreate(VORN_Image& image, int32_t moduleType) {
     SemPost(semaphores, loader ? stuff.spareForPeer : stuff.spareForThisSide);
     SemPost(semaphores, stuff.postAfterRead);
     SemPost(semaphores, stuff.waitBeforeWrite);
-    while (platform::tryWaitSemaphore(image.stop)) {
-    }
     semaphores.stop = image.stop;
     stuff.linkDown = false;
+    if (image.stopped) stuff.linkDown = true;
     return true;
 }
 
 void SharedStuffClose(VORN_Image& image) {
     SharedStuff& stuff = image.stuff;
     if (image.process.watch != platform::kNoDescriptor) {
-        if (!image.hasProcess.exchange(false)) platform::killProcess(image.process);
+        if (stuff.linkDown) platform::killProcess(image.process);
         stuff.linkDown = true;
+        image.hasProcess = false;
         platform::releaseProcess(image.process);
     }
     if (stuff.base) ShmUnmap(stuff.shm, stuff.base);

@@ -6,11 +6,11 @@
 namespace vorn {
 
 // Makes the shared block and the semaphores, lays out the two areas for the module type and brings
-// the link up. False: nothing is left, the link stays down.
+// the link up. False: error 17 with the system's reason; nothing is left, the link stays down.
 bool SharedStuffCreate(VORN_Image& image, int32_t moduleType);
 
-// Releases whatever there is of the connection. A module program that the emergency stop has cut
-// off is ended.
+// Releases whatever there is of the connection. A module program whose link is down can't be told
+// to end: it is ended.
 void SharedStuffClose(VORN_Image& image);
 
 }  // namespace vorn

@@ -1,5 +1,6 @@
 #include "transport/image.h"
 
+#include <cerrno>
 #include <cstdarg>
 #include <new>
 
@@ -78,6 +79,16 @@ void letModuleFinish(SharedStuff& stuff) {
         SemPost(*stuff.semaphores, stuff.postAfterRead);
 }
 
+// That the module can't be told to end properly, say because it has ended, is no error of the
+// handle, which the next image would meet.
+void dismissModule(VORN_Image* image) {
+    const CodePair error = image->errors.error;
+    VORN_L_WaitForAck(image);
+    letModuleFinish(image->stuff);
+    if (VORN_L_SendCMDTerminate(image)) VORN_L_WaitForTerminate(image);
+    VORN_L_SetErrorCode(image, error.code, error.subcode);
+}
+
 }  // namespace
 
 ErrorRecord& errorRecordOf(VORN_Image& image) { return image.errors; }
@@ -87,9 +98,10 @@ ErrorRecord& errorRecordOf(VORN_Image& image) { return image.errors; }
 extern "C" {
 
 VORN_Image* VORN_L_ImageCreateHandle(const VORN_Word* tags) {
+    errno = 0;
     VORN_Image* image = vorn::makeHandle();
     if (!image) {
-        VORN_L_SetErrorCode(nullptr, vorn::kErrorMemory, 0);
+        VORN_L_SetErrorCode(nullptr, vorn::kErrorMemory, errno);
         return nullptr;
     }
     image->option8 = static_cast<uint8_t>(vorn::option(tags, VORN_ID_OPTION_8));
@@ -124,9 +136,7 @@ VORN_Image* VORN_L_ImageResetHandle(VORN_Image* image) {
 
 void VORN_L_ImageCloseHandle(VORN_Image* image) {
     if (!image) return;
-    VORN_L_WaitForAck(image);
-    vorn::letModuleFinish(image->stuff);
-    if (VORN_L_SendCMDTerminate(image)) VORN_L_WaitForTerminate(image);
+    if (!image->stuff.linkDown) vorn::dismissModule(image);
     vorn::SharedStuffClose(*image);
 }
 
@@ -135,6 +145,8 @@ void VORN_L_ImageDestroyHandle(VORN_Image* image) {
 }
 
 void VORN_L_ShutDownHandle(VORN_Image* image) {
+    // In this order: whoever misses the one because he is setting up the link meets the other.
+    image->stopped = true;
     image->stuff.linkDown = true;
     image->hasProcess = false;
     vorn::platform::postSemaphore(image->stop);

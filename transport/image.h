@@ -34,8 +34,11 @@ struct VORN_Image {
     SharedStuff stuff{};
     vorn::platform::Process process;
     std::atomic<bool> hasProcess{false};  // false: the handle holds no module program
-    // Posted by the emergency stop. It lives as long as the handle, so that the stop never meets a
-    // connection that another thread is taking down.
+    // Set and posted by the emergency stop, and taken back when a module is asked for the next
+    // time: so a stop counts from the beginning of the call that starts a module. The semaphore
+    // lives as long as the handle, so that the stop never meets a connection that another thread is
+    // taking down.
+    std::atomic<bool> stopped{false};
     int32_t stop = -1;
     vorn::platform::ProcessLimits limits;
     bool ackOutstanding = false;

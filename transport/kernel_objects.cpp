@@ -111,9 +111,11 @@ bool semTryWait(SemaphoreSet& set, uint32_t entry) {
     return platform::tryWaitSemaphore(set.entry[entry].handle);
 }
 
-void semPost(SemaphoreSet& set, uint32_t entry) {
-    const auto post = set.trustsPeer ? platform::postTrustedSemaphore : platform::postSemaphore;
-    post(set.entry[entry].handle);
+bool semPost(SemaphoreSet& set, uint32_t entry) {
+    const int32_t semaphore = set.entry[entry].handle;
+    if (!set.trustsPeer) return platform::postSemaphore(semaphore);
+    platform::postTrustedSemaphore(semaphore);
+    return true;
 }
 
 }  // namespace

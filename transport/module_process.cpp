@@ -6,8 +6,10 @@
 
 #include "config/parameters.h"
 #include "errors/error_numbers.h"
+#include "platform/limits.h"
 #include "platform/path.h"
 #include "transport/image.h"
+#include "transport/os_layer.h"
 #include "transport/trace.h"
 
 namespace vorn {
@@ -97,8 +99,23 @@ bool ModuleLaunch(VORN_Image& image, const char* moduleFileName) {
     stuff.semaphores->peerThread = image.process.id;
     stuff.semaphores->watched = image.process.watch;
     image.hasProcess = true;
+    if (image.stopped) image.hasProcess = false;
     trace("Create process worked\n");
     return true;
+}
+
+// A module tells by posting the spare semaphore that is the host's, see platform/limits.h. On a
+// saver's connection it has been posted once at set-up.
+int32_t reasonOfEnd(const VORN_Image& image) {
+    const platform::ProcessLimits& limits = image.limits;
+    if (!limits.cpuSeconds && !limits.addressSpaceBytes) return kErrorLink;
+    SemaphoreSet& set = *image.stuff.semaphores;
+    constexpr int kMostPosts = platform::kTimeLimitPosts + platform::kMemoryLimitPosts + 1;
+    int posts = image.stuff.writeSize == int32_t{kBigAreaSize} ? -1 : 0;
+    for (int i = 0; i < kMostPosts && SemTryWait(set, image.stuff.spareForThisSide); ++i) ++posts;
+    if (limits.cpuSeconds && (posts & platform::kTimeLimitPosts)) return kErrorTimeLimit;
+    if (limits.addressSpaceBytes && (posts & platform::kMemoryLimitPosts)) return kErrorMemoryLimit;
+    return kErrorLink;
 }
 
 bool ModuleIsRunning(const VORN_Image& image) { return image.hasProcess; }

@@ -14,4 +14,8 @@ bool ModuleLaunch(VORN_Image& image, const char* moduleFileName);
 // operating system.
 bool ModuleIsRunning(const VORN_Image& image);
 
+// The error for a wait that has failed: 3, or the limit that the module program says it has met
+// before it ended.
+int32_t reasonOfEnd(const VORN_Image& image);
+
 }  // namespace vorn

@@ -5,6 +5,7 @@
 #include <cstring>
 
 #include "errors/error_numbers.h"
+#include "platform/connection.h"
 #include "platform/path.h"
 #include "tags/gathered_words.h"
 #include "transport/connection.h"
@@ -25,10 +26,16 @@ VORN_Bool failStart(VORN_Image* image, int32_t code) {
 
 // What a start has made so far is released at once, whatever became of the program.
 VORN_Bool abandonStart(VORN_Image* image) {
-    image->hasProcess = false;
+    image->stuff.linkDown = true;
     SharedStuffClose(*image);
     image->ackOutstanding = false;
     return 0;
+}
+
+void forgetEarlierStop(VORN_Image& image) {
+    image.stopped = false;
+    while (platform::tryWaitSemaphore(image.stop)) {
+    }
 }
 
 VORN_Bool refuseVersion(VORN_Image* image) {
@@ -110,14 +117,16 @@ VORN_Bool VORN_L_StartImageModule(VORN_Image* image) {
 }
 
 VORN_Bool VORN_L_StartModule(VORN_Image* image, const char* moduleFileName, int32_t type) {
+    vorn::forgetEarlierStop(*image);
     if (!image->stuff.linkDown && !vorn::platform::hasEnded(image->process)) return 1;
     vorn::SharedStuffClose(*image);  // what is left of a connection that was stopped, or has ended
-    if (!vorn::SharedStuffCreate(*image, type)) return vorn::failStart(image, vorn::kErrorMemory);
+    if (!vorn::SharedStuffCreate(*image, type)) return 0;
     if (!vorn::ModuleLaunch(*image, moduleFileName)) return vorn::abandonStart(image);
     image->expectAck(0);  // the first one, which comes without a command
     image->moduleVersion = 0;
     if (!VORN_L_WaitForAck(image)) {
-        vorn::failStart(image, vorn::kErrorLink);
+        const int32_t reason = image->stuff.downCode;
+        vorn::failStart(image, reason ? reason : int32_t{vorn::kErrorLink});
         return vorn::abandonStart(image);
     }
     return image->moduleVersion == vorn::kProtocolVersion ? VORN_Bool{1}

@@ -22,7 +22,8 @@ struct OsLayer {
     void (*semCloseSet)(SemaphoreSet* set);
     bool (*semWait)(SemaphoreSet& set, uint32_t entry);
     bool (*semTryWait)(SemaphoreSet& set, uint32_t entry);
-    void (*semPost)(SemaphoreSet& set, uint32_t entry);
+    // False when the count is seen not to have been 0: the peer had not taken what came before.
+    bool (*semPost)(SemaphoreSet& set, uint32_t entry);
 };
 
 // The one place where the kind of system decides.
@@ -45,6 +46,6 @@ inline bool SemWait(SemaphoreSet& set, uint32_t entry) { return osLayer().semWai
 inline bool SemTryWait(SemaphoreSet& set, uint32_t entry) {
     return osLayer().semTryWait(set, entry);
 }
-inline void SemPost(SemaphoreSet& set, uint32_t entry) { osLayer().semPost(set, entry); }
+inline bool SemPost(SemaphoreSet& set, uint32_t entry) { return osLayer().semPost(set, entry); }
 
 }  // namespace vorn

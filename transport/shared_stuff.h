@@ -55,6 +55,7 @@ struct SharedStuffFields {
     uint8_t* writePointer;
     uint8_t* readPointer;
     bool readHeld;
+    int32_t downCode;  // on a host: the error of every call while the link is down; 0: kErrorLink
 };
 
 }  // namespace vorn

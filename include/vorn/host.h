@@ -167,8 +167,12 @@ VORN_API VORN_Bool VORN_H_ImageClose(VORN_Image* image); /* NULL: true */
 /* Ends the module program and frees the handle. NULL is ignored. */
 VORN_API void VORN_H_ModuleClose(VORN_Image* image);
 
-/* Limits of module programs that this handle will start; 0 means no limit. A module that meets one
- * ends or fails as if memory were short; the host sees error 3 or the module's own error. */
+/* Limits of module programs that this handle will start; 0 means no limit. A module that has used
+ * its seconds of processor time is ended: error 75. One that gets no more memory fails or ends:
+ * error 76, also where the module itself says that memory is short. A module that ends without
+ * telling why, because it has no time to or doesn't use this library, or because the memory doesn't
+ * even suffice for starting it (a few dozen MiB, most of which are never used), is error 3 (or 19)
+ * as ever. */
 typedef struct VORN_ModuleLimits {
     uint64_t addressSpaceBytes;
     uint64_t cpuSeconds;

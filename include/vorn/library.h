@@ -285,9 +285,12 @@ VORN_API void VORN_L_ImageCloseHandle(VORN_Image* image);
 /* Frees the handle and its tags, not its connection. NULL is ignored. */
 VORN_API void VORN_L_ImageDestroyHandle(VORN_Image* image);
 
-/* Emergency stop, from any thread of the host: a call that is blocked on the handle ends with error
- * 3, and the link stays down until a module program is started anew. The stopped module program is
- * ended when the connection is released. */
+/* Emergency stop, from any thread of the host: the call that uses the handle, blocked or not, ends
+ * with error 3 (4 where a saver is sent its next block), and the link stays down until
+ * VORN_H_ImageOpen starts a module program anew. The stopped module program is ended when the
+ * connection is released: by that call, or when the handle is closed. A stop during
+ * VORN_H_ImageOpen counts from the beginning of that call; one that came before has no effect on
+ * it. */
 VORN_API void VORN_L_ShutDownHandle(VORN_Image* image);
 
 VORN_API VORN_TagItem* VORN_L_ImageGetTagList(VORN_Image* image);

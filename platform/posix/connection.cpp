@@ -86,7 +86,7 @@ int32_t createBlock(size_t size) {
         ::fcntl(block, F_ADD_SEALS, F_SEAL_SHRINK | F_SEAL_GROW | F_SEAL_SEAL) == 0) {
         return block;
     }
-    ::close(block);
+    closeDescriptor(block);
     return kNoDescriptor;
 }
 
@@ -113,13 +113,14 @@ bool isSemaphore(int32_t semaphore) { return ::fcntl(semaphore, F_GETFD) >= 0; }
 
 // A peer that holds the same open file could fill the count and make it blocking. A full count
 // needs no post.
-void postSemaphore(int32_t semaphore) {
-    pollfd room{semaphore, POLLOUT, 0};
+bool postSemaphore(int32_t semaphore) {
+    pollfd state{semaphore, POLLIN | POLLOUT, 0};
     int ready = 0;
     do {
-        ready = ::poll(&room, 1, 0);
+        ready = ::poll(&state, 1, 0);
     } while (ready < 0 && errno == EINTR);
-    if (ready > 0) postTrustedSemaphore(semaphore);
+    if (state.revents & POLLOUT) postTrustedSemaphore(semaphore);
+    return !(state.revents & POLLIN);
 }
 
 void postTrustedSemaphore(int32_t semaphore) {
@@ -162,8 +163,11 @@ bool waitSemaphore(int32_t semaphore, int32_t watched, int32_t stop, WaitHistory
     }
 }
 
+// What failed before stays known.
 void closeDescriptor(int32_t descriptor) {
+    const int error = errno;
     if (descriptor >= 0) ::close(descriptor);
+    errno = error;
 }
 
 }  // namespace vorn::platform

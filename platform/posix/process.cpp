@@ -66,11 +66,13 @@ struct Start {
     pid_t id;
 };
 
-VORN_BORROWED_THREAD int32_t limit(int resource, uint64_t value) {
+// The system warns the program at the value and ends it `grace` above.
+VORN_BORROWED_THREAD int32_t limit(int resource, uint64_t value, uint64_t grace = 0) {
     uint64_t bounds[2] = {0, 0};  // now, at most
     if (::syscall(SYS_prlimit64, 0, resource, nullptr, bounds) != 0) return errno;
     if (value >= bounds[1]) return 0;
-    bounds[0] = bounds[1] = value;
+    bounds[0] = value;
+    bounds[1] = value + grace < bounds[1] ? value + grace : bounds[1];
     return ::syscall(SYS_prlimit64, 0, resource, bounds, nullptr) == 0 ? 0 : errno;
 }
 
@@ -110,7 +112,8 @@ VORN_BORROWED_THREAD int runProgram(void* argument) {
     if (!error) error = limit(RLIMIT_CORE, 0);
     if (!error && request.limits.addressSpaceBytes)
         error = limit(RLIMIT_AS, request.limits.addressSpaceBytes);
-    if (!error && request.limits.cpuSeconds) error = limit(RLIMIT_CPU, request.limits.cpuSeconds);
+    if (!error && request.limits.cpuSeconds)
+        error = limit(RLIMIT_CPU, request.limits.cpuSeconds, 1);
     if (!error) {
         ::syscall(SYS_execve, request.path, request.arguments, start.environment);
         error = errno;

@@ -1,10 +1,10 @@
-// Modules that end, crash, or say what no module may say.
+// Modules that end between two images, and modules that say what no module may say. (Those that go
+// wrong in the middle of a conversation are the business of tests/injection.)
 #include <sys/stat.h>
 
 #include <csignal>
 
 #include "tests/conversation/host.h"
-#include "tests/conversation/saved.h"
 
 namespace {
 
@@ -20,64 +20,6 @@ Picture misbehavesPicture(int lines) {
 
 using Endings = ConversationTest;
 
-const char* kWays[] = {"exit", "segv", "abort", "kill"};
-
-TEST_F(Endings, OfALoaderAreErrorThreeAtOnceAndTheNextOpenStartsAnotherProgram) {
-    const struct {
-        const char* place;
-        bool opens;
-        int lines;  // that have come before
-    } places[] = {{"main", false, 0},
-                  {"open", false, 0},
-                  {"begin", false, 0},
-                  {"read", true, 0},
-                  {"block", true, 4}};
-    for (const char* way : kWays) {
-        for (const auto& place : places) {
-            const std::string order = std::string(way) + "-at-" + place.place;
-            SCOPED_TRACE(order);
-            Loader loader(order);
-            int before = -1;
-            for (int time = 0; time < 2; ++time) {
-                const Picture target = plainPicture(kShape);
-                ASSERT_EQ(loader.open("x"), place.opens);
-                EXPECT_TRUE(loader.program() == -1 || loader.program() != before);
-                before = loader.program();
-                EXPECT_FALSE(place.opens && loader.read(target));
-                EXPECT_EQ(loader.code(), 3);
-                EXPECT_TRUE(same(target, misbehavesPicture(place.lines)));
-                loader.closeImage();
-            }
-        }
-    }
-}
-
-TEST_F(Endings, OfASaverAreErrorThreeAtOnce) {
-    const struct {
-        const char* place;
-        bool opens;
-    } places[] = {{"main", false}, {"query", false}, {"open", true},
-                  {"begin", true}, {"write", true},  {"block", true}};
-    const std::string target = moduleHome().write("saved", "old");
-    const Picture picture = plainPicture({4, 600, 1, 1});
-    const VORN_MeterCallback meter = [](VORN_Image*, VORN_Word, int32_t) {};  // makes small blocks
-    for (const char* way : kWays) {
-        for (const auto& place : places) {
-            const std::string order = std::string(way) + "-at-" + place.place;
-            SCOPED_TRACE(order);
-            Saver saver(order);
-            for (int time = 0; time < 2; ++time) {
-                ASSERT_EQ(saver.open(target), place.opens);
-                saver.describe(picture, VORN_CS_GRAY);
-                EXPECT_FALSE(place.opens && saver.write(picture, words(ITAG_MeterCallback, meter)));
-                EXPECT_EQ(saver.code(), 3);
-                saver.closeImage();
-            }
-        }
-    }
-    EXPECT_EQ(moduleHome().read("saved"), "old");
-}
-
 TEST_F(Endings, OfAnIdleModuleAreNoticedByTheNextCall) {
     Loader loader;
     ASSERT_TRUE(loader.reads("w=6,h=6"));
@@ -92,27 +34,6 @@ TEST_F(Endings, OfAnIdleModuleAreNoticedByTheNextCall) {
         loader.closeImage();
     }
     ::kill(loader.program(), SIGKILL);  // and nobody asks any more
-}
-
-TEST_F(Endings, OfAModuleBetweenOpenAndReadAreNoticed) {
-    Loader loader;
-    ASSERT_TRUE(loader.open("w=6,h=6"));
-    const int watch = loader.watch();
-    ::kill(loader.program(), SIGKILL);
-    awaitEnd(watch);
-    EXPECT_FALSE(loader.read(plainPicture({6, 6, 3, 1})));
-    EXPECT_EQ(loader.code(), 3);
-    EXPECT_EQ(VORN_H_ModuleVaSendCommand(loader, CMD_Module, TAG_End), nullptr);
-    EXPECT_EQ(loader.code(), 3);
-    loader.closeImage();
-    EXPECT_TRUE(loader.reads("w=6,h=6"));
-}
-
-TEST_F(Endings, DuringAModuleCommandAreErrorThree) {
-    Loader loader("exit-at-command");
-    ASSERT_TRUE(loader.open("x"));
-    EXPECT_EQ(VORN_H_ModuleVaSendCommand(loader, CMD_Module, TAG_End), nullptr);
-    EXPECT_EQ(loader.code(), 3);
 }
 
 TEST_F(Endings, AModuleWithoutCommandsSaysSoAndGoesOn) {

@@ -24,7 +24,14 @@ void installLoader(const std::string& name) {
 }
 
 void installSaver(const std::string& name, const std::string& colorSpaces) {
-    const bool good = name.rfind("saver", 0) == 0 || name == "mute";
-    install("Savers/" + name, good ? TEST_SAVER : MISBEHAVE);
+    install("Savers/" + name, TEST_SAVER);
     moduleHome().write("Savers/" + name + ".cap", "ColorSpaces=" + colorSpaces + "\n");
 }
+
+#ifdef INJECTED_LOADER
+void installInjected() {
+    install("Loaders/injected", INJECTED_LOADER);
+    install("Savers/injected", INJECTED_SAVER);
+    moduleHome().write("Savers/injected.cap", "ColorSpaces=RGB\n");
+}
+#endif

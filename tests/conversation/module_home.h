@@ -14,3 +14,6 @@ ScratchHome& moduleHome();
 // "saver-5" (announces orientation 5), "mute", and the orders of misbehave.
 void installLoader(const std::string& name);
 void installSaver(const std::string& name, const std::string& colorSpaces);
+
+// Makes the loader and saver "injected", which do one thing at one step (tests/modules/steps.h).
+void installInjected();

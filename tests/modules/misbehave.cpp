@@ -1,17 +1,10 @@
-// A loader and saver that goes wrong. The name under which it is installed is its order:
-// "ACTION-at-PLACE" (exit, segv, abort, kill, hang; at main, open, begin, query, command, read,
-// write, and block, which is behind the second block), or one of the orders of kOrders.
+// A loader that says what no module may say. The name under which it is installed is its order: one
+// of those below, or "version-N" for another version of the protocol.
 //
 // Its picture has 4 by 6 samples of one byte, in blocks of two lines; all samples of line y are y.
-#include <fcntl.h>
-#include <poll.h>
-#include <unistd.h>
 #include <vorn/library.h>
 #include <vorn/module.h>
 
-#include <csignal>
-#include <cstdio>
-#include <cstdlib>
 #include <cstring>
 #include <functional>
 #include <map>
@@ -26,37 +19,10 @@ constexpr int32_t kWidth = 4;
 constexpr int32_t kHeight = 6;
 constexpr int32_t kBlockLines = 2;
 constexpr int32_t kBlockBytes = kWidth * kBlockLines;
-constexpr int kExitStatus = 7;
 
 const std::string& order() {
     static const std::string name = programName();
     return name;
-}
-
-void endBySignal(int number) {
-    std::signal(number, SIG_DFL);  // no report of a sanitizer
-    std::raise(number);
-}
-
-// Tells the test that it hangs now, through the pipe that the environment names, and does nothing
-// more as long as there is a host.
-[[noreturn]] void hang() {
-    const char* path = std::getenv("VORN_TEST_PIPE");
-    const int pipe = path ? ::open(path, O_WRONLY | O_CLOEXEC) : -1;
-    if (pipe >= 0 && ::write(pipe, "h", 1) != 1) std::_Exit(kExitStatus);
-    const char* host = std::getenv("VORN_HOST");
-    pollfd hostsEnd{host ? std::atoi(host) : -1, POLLIN, 0};
-    while (::poll(&hostsEnd, 1, -1) < 0) {
-    }
-    std::_Exit(kExitStatus);
-}
-
-void reach(const std::string& place) {
-    if (order() == "exit-at-" + place) std::_Exit(kExitStatus);
-    if (order() == "segv-at-" + place) endBySignal(SIGSEGV);
-    if (order() == "abort-at-" + place) endBySignal(SIGABRT);
-    if (order() == "kill-at-" + place) endBySignal(SIGKILL);
-    if (order() == "hang-at-" + place) hang();
 }
 
 // Messages written byte by byte, as no function of the library would.
@@ -198,31 +164,15 @@ void announce() {
                           VORN_Word{VORN_CS_GRAY}, TAG_End);
 }
 
-int32_t openImage(const VORN_TagItem*) {
-    reach("open");
-    return 1;
-}
-
-int32_t beginImage() {
-    reach("begin");
-    return 1;
-}
+int32_t openImage(const VORN_TagItem*) { return 1; }
 
 int32_t beginLoading() {
-    reach("begin");
     if (order() != "no-answer" && !sendWrong("-info")) announce();
     return 1;
 }
 
-void answerQuery() {
-    reach("query");
-    VORN_M_SetVaImageInfo(ITAG_Orientation, VORN_Word{0}, TAG_End);
-}
-
 void readImage() {
-    reach("read");
     for (int32_t y = 0; y < kHeight; y += kBlockLines) {
-        if (y == 2 * kBlockLines) reach("block");
         if (y == kBlockLines && sendWrong("")) {
             if (order() == "terminate-zero") continue;
             return;
@@ -235,42 +185,16 @@ void readImage() {
     }
 }
 
-// Takes the host's lines one by one.
-int32_t writeImage() {
-    reach("write");
-    uint8_t line[65536];
-    VORN_ChunkyBuffer buffer{};
-    buffer.width = kWidth;
-    buffer.height = buffer.channels = buffer.bytesPerChannel = buffer.pixelStep[0] = 1;
-    buffer.channelPlace[0] = line;
-    VORN_ImageDataState* state = VORN_M_CreateGetImageDataState();
-    for (int32_t y = 0; VORN_M_GetImageData(&buffer, state) == 1; ++y) {
-        if (y == 2 * kBlockLines) reach("block");
-    }
-    VORN_M_DestroyImageDataState(state);
-    return 1;
-}
-
-void answerCommand(const VORN_TagItem*) { reach("command"); }
-
 }  // namespace
 
 int main(int argc, char** argv) {
-    reach("main");
     const VORN_Word version = order().rfind("version-", 0) == 0
                                   ? static_cast<VORN_Word>(numberInName(order(), 0))
                                   : VORN_Word{VORN_PROTOCOL_VERSION};
     VORN_M_SetVaModuleTags(SHTAG_Version, version, SHTAG_LoaderOpen,
                            reinterpret_cast<VORN_Word>(&openImage), SHTAG_LoaderBegin,
                            reinterpret_cast<VORN_Word>(&beginLoading), SHTAG_LoaderRead,
-                           reinterpret_cast<VORN_Word>(&readImage), SHTAG_SaverQuery,
-                           reinterpret_cast<VORN_Word>(&answerQuery), SHTAG_SaverOpen,
-                           reinterpret_cast<VORN_Word>(&openImage), SHTAG_SaverBegin,
-                           reinterpret_cast<VORN_Word>(&beginImage), SHTAG_SaverWrite,
-                           reinterpret_cast<VORN_Word>(&writeImage), SHTAG_End);
-    if (order().find("command") != std::string::npos)
-        VORN_M_SetVaModuleTags(SHTAG_Command, reinterpret_cast<VORN_Word>(&answerCommand),
-                               SHTAG_End);
+                           reinterpret_cast<VORN_Word>(&readImage), SHTAG_End);
     VORN_M_ShellMain(argc, argv);
     return 0;
 }

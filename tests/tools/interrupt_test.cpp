@@ -24,15 +24,19 @@ class Interrupt : public testing::Test {
 
     ~Interrupt() override { ::close(reader_); }
 
-    Program start(const std::string& then) {
+    Program start(const std::string& then, const std::vector<std::string>& options = {}) {
+        std::vector<std::string> command = {VORN_TOOL, "convert", in_, out_, "--loader", "waiting"};
+        command.insert(command.end(), options.begin(), options.end());
         return Program(
-            {VORN_TOOL, "convert", in_, out_, "--loader", "waiting"},
-            {.environment = {"WAITING_LOADER_PIPE=" + pipe_, "WAITING_LOADER_THEN=" + then,
-                             "WAITING_LOADER_TOLD=" + told_}});
+            command, {.environment = {"WAITING_LOADER_PIPE=" + pipe_, "WAITING_LOADER_THEN=" + then,
+                                      "WAITING_LOADER_TOLD=" + told_}});
     }
 
     // Opening a pipe waits for the other end.
-    void waitForTheMiddle() { reader_ = ::open(pipe_.c_str(), O_RDONLY | O_CLOEXEC); }
+    void waitForTheMiddle() {
+        ::close(reader_);
+        reader_ = ::open(pipe_.c_str(), O_RDONLY | O_CLOEXEC);
+    }
 
     // Reading it then waits for the loader's end.
     void expectLoaderToEnd() {
@@ -59,13 +63,23 @@ TEST_F(Interrupt, EndsATransferInOrder) {
     EXPECT_EQ(contentsOf(out_), "as it was");
 }
 
-// Two different signals: one that comes twice before it is taken counts once.
-TEST_F(Interrupt, StopsAModuleThatHangsWhenItComesTwice) {
-    Program program = start("hang");
+TEST_F(Interrupt, StopsAModuleThatHangs) {
+    for (const bool twice : {false, true}) {
+        Program program = start("hang");
+        waitForTheMiddle();
+        program.signal(SIGTERM);
+        // Another one: a signal that comes twice before it is taken counts once.
+        if (twice) program.signal(SIGHUP);
+        expectFailure(program.wait(), in_, "27, 0");
+        expectLoaderToEnd();
+        EXPECT_EQ(contentsOf(out_), "as it was");
+    }
+}
+
+TEST_F(Interrupt, IsNotNeededForAModuleThatMeetsItsLimit) {
+    Program program = start("spin", {"--time-limit", "1"});
     waitForTheMiddle();
-    program.signal(SIGTERM);
-    program.signal(SIGHUP);
-    expectFailure(program.wait(), in_, "27, 0");
+    expectFailure(program.wait(), in_, "75, 0");
     expectLoaderToEnd();
     EXPECT_EQ(contentsOf(out_), "as it was");
 }

@@ -1,7 +1,7 @@
 // A loader for tests. It sends the first half of a picture, tells the test by opening the named
 // pipe WAITING_LOADER_PIPE, and then does what WAITING_LOADER_THEN says: "send" the rest of a very
-// high picture, or "hang". The pipe stays open as long as the program lives. When it has been told
-// to stop sending, it says so with the file WAITING_LOADER_TOLD.
+// high picture, or "hang", or "spin". The pipe stays open as long as the program lives. When it has
+// been told to stop sending, it says so with the file WAITING_LOADER_TOLD.
 #include <fcntl.h>
 #include <unistd.h>
 #include <vorn/vorn.h>
@@ -37,8 +37,9 @@ void readImage() {
     for (int32_t y = 0; y < kHeight; ++y) {
         if (y == 100) {
             ::open(std::getenv("WAITING_LOADER_PIPE"), O_WRONLY);
-            while (std::string_view(std::getenv("WAITING_LOADER_THEN")) == "hang") {
-                ::pause();
+            const std::string_view then = std::getenv("WAITING_LOADER_THEN");
+            while (then == "hang") ::pause();
+            for (volatile bool on = then == "spin"; on;) {
             }
         }
         if (!VORN_M_SendImageData(kWidth, 1, y, line, kWidth)) {

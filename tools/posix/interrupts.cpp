@@ -4,6 +4,7 @@
 #include <vorn/library.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <cstdlib>
 #include <thread>
 
@@ -23,6 +24,8 @@ struct Interrupts::Listener {
 
 namespace {
 
+constexpr timespec kPatience{1, 0};
+
 // A signal that the caller of this program has set to be ignored stays ignored.
 void addUnlessIgnored(sigset_t& signals, int number) {
     struct sigaction action {};
@@ -40,9 +43,12 @@ Interrupts::Listener::Listener(Interrupts& interrupts) {
     addUnlessIgnored(signals, SIGHUP);
     pthread_sigmask(SIG_BLOCK, &signals, &maskBefore);
     thread = std::thread([this, &interrupts] {
-        int number = 0;
-        while (sigwait(&signals, &number) == 0 && !ending) {
-            interrupts.received();
+        while (!ending) {
+            const int number = interrupts.requested() ? sigtimedwait(&signals, nullptr, &kPatience)
+                                                      : sigwaitinfo(&signals, nullptr);
+            if (ending) return;
+            if (number > 0) interrupts.received();
+            if (number < 0 && errno == EAGAIN) interrupts.waitedInVain();
         }
     });
 }
@@ -60,22 +66,25 @@ Interrupts::~Interrupts() = default;
 
 void Interrupts::received() {
     const int count = ++count_;
-    if (count == 2) {
-        const std::lock_guard lock(mutex_);
-        std::ranges::for_each(watched_, VORN_L_ShutDownHandle);
-    } else if (count > 2) {
-        std::_Exit(EXIT_FAILURE);
-    }
+    if (count > 2) std::_Exit(EXIT_FAILURE);
+    if (count == 2) stopWatched();
+}
+
+// Also again and again: a stop that comes while no call uses the image is of no effect.
+void Interrupts::waitedInVain() {
+    if (count_ == 1) ++count_;
+    stopWatched();
+}
+
+void Interrupts::stopWatched() {
+    const std::lock_guard lock(mutex_);
+    std::ranges::for_each(watched_, VORN_L_ShutDownHandle);
 }
 
 Interrupts::Watch::Watch(Interrupts& interrupts, VORN_Image* image)
     : interrupts_(interrupts), image_(image) {
     const std::lock_guard lock(interrupts_.mutex_);
     interrupts_.watched_.push_back(image);
-    // The second interrupt may have come between two images.
-    if (interrupts_.count_ >= 2) {
-        VORN_L_ShutDownHandle(image);
-    }
 }
 
 Interrupts::Watch::~Watch() {

@@ -1,0 +1,18 @@
+// The limits that a host has set for its module program, seen from the program.
+#pragma once
+
+#include <cstdint>
+
+namespace vorn::platform {
+
+// Why a program ends that meets a limit, as it posts it: so many posts.
+inline constexpr int32_t kTimeLimitPosts = 1;
+inline constexpr int32_t kMemoryLimitPosts = 2;
+
+// In a module program: a limit that it meets from now on is posted to the semaphore, at the moment
+// when the system ends the program for its processor time, and when an allocation with the
+// language's own means fails under a limit of memory, which few programs survive. What the program
+// has itself arranged for either stays as it is.
+void tellLimits(int32_t semaphore);
+
+}  // namespace vorn::platform

@@ -1,0 +1,62 @@
+// Modules that use more than they may.
+#include <vorn/host.h>
+
+#include "tests/injection/talk.h"
+#include "tests/injection/wire.h"
+
+namespace {
+
+constexpr uint64_t kMebibyte = 1 << 20;
+
+class Limits : public ConversationTest {
+  protected:
+    Limits() { installInjected(); }
+    void SetUp() override {
+        ConversationTest::SetUp();
+#ifdef VORN_SANITIZED
+        GTEST_SKIP() << "a sanitized program can't do with limited memory";
+#endif
+    }
+    const std::string directory_ = moduleHome().makeDirectory("target");
+    ScopedVariable order_{"VORN_TEST_STEP", std::nullopt};
+};
+
+TEST_F(Limits, ThatAModuleMeetsEndItAndAreNamed) {
+    const struct {
+        const char* action;
+        VORN_ModuleLimits limits;
+        int code;
+        std::vector<int> steps;
+    } cases[] = {
+        {"spin", {256 * kMebibyte, 1}, 75, {25}},
+        {"allocate", {128 * kMebibyte, 0}, 76, {2, 3, 9, 15, 21, 24, 27}},
+        {"allocate", {128 * kMebibyte, 9}, 76, {26}},
+    };
+    for (const auto& c : cases) {
+        for (const int step : c.steps) {
+            for (const Kind kind : {Kind::Loading, Kind::Saving}) {
+                SCOPED_TRACE(std::string(c.action) + " " + nameOf(kind) + std::to_string(step));
+                order_.set(std::string(c.action) + " " + std::to_string(step));
+                Talk talk(kind, directory_);
+                VORN_H_ModuleSetLimits(talk.module(), &c.limits);
+                EXPECT_FALSE(talk.whole());
+                EXPECT_EQ(talk.module().code(), c.code);
+                talk.module().closeImage();
+                order_.set(std::nullopt);
+                EXPECT_TRUE(talk.whole()) << "under limits that suffice";
+            }
+        }
+    }
+}
+
+TEST_F(Limits, OfMemoryAreNamedAlsoWhenTheModuleSaysThatMemoryIsShort) {
+    for (const uint64_t bytes : {uint64_t{0}, 256 * kMebibyte}) {
+        Loader loader;
+        const VORN_ModuleLimits limits{bytes, 0};
+        VORN_H_ModuleSetLimits(loader, &limits);
+        EXPECT_FALSE(loader.open("fail=open,code=17"));
+        EXPECT_EQ(loader.code(), bytes ? 76 : 17);
+    }
+}
+
+}  // namespace

@@ -1,0 +1,315 @@
+#include "tests/modules/steps.h"
+
+#include <fcntl.h>
+#include <poll.h>
+#include <sys/eventfd.h>
+#include <sys/mman.h>
+#include <sys/syscall.h>
+#include <sys/time.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <chrono>
+#include <csignal>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <filesystem>
+#include <functional>
+#include <map>
+#include <random>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "transport/os_layer.h"
+
+// The linker hands every call of vorn::osLayer to the second of these (--wrap).
+const vorn::OsLayer& realLayer() asm("__real__ZN4vorn7osLayerEv");
+const vorn::OsLayer& countingLayer() asm("__wrap__ZN4vorn7osLayerEv");
+
+namespace {
+
+constexpr int kExitStatus = 7;
+constexpr int kShortLife = 20;  // milliseconds
+constexpr int kLongLife = 400;  // time enough to see that the host waits without working
+
+struct Order {
+    Order() {
+        const char* text = std::getenv(STEP_VARIABLE);
+        char name[32] = "";
+        if (text && std::sscanf(text, "%31s %d", name, &step) == 2) action = name;
+    }
+    std::string action;
+    int step = 0;
+};
+
+const Order& order() {
+    static const Order theOne;
+    return theOne;
+}
+
+void tell(const char* operation, uint32_t entry) {
+    StepNews news{};
+    std::snprintf(news.description, sizeof news.description, "%s %u", operation, entry);
+    news.time = std::chrono::steady_clock::now().time_since_epoch().count();
+    const char* path = std::getenv("VORN_TEST_PIPE");
+    const int pipe = path ? ::open(path, O_WRONLY | O_CLOEXEC) : -1;
+    if (pipe >= 0 && ::write(pipe, &news, sizeof news) != sizeof news) std::_Exit(kExitStatus);
+    ::close(pipe);
+}
+
+// ---- what this program holds ----
+
+struct Held {
+    int number;
+    std::string what;
+    bool isSemaphore() const { return what == "anon_inode:[eventfd]"; }
+    bool isBlock() const { return what.find("memfd:vorn") != std::string::npos; }
+};
+
+// All descriptors but the standard streams.
+std::vector<Held> held() {
+    std::vector<Held> all;
+    for (const auto& entry : std::filesystem::directory_iterator("/proc/self/fd")) {
+        std::error_code error;
+        const int number = std::stoi(entry.path().filename());
+        const std::string what = std::filesystem::read_symlink(entry.path(), error);
+        if (number > STDERR_FILENO && !error && what.find("/fd") == std::string::npos)
+            all.push_back({number, what});
+    }
+    return all;
+}
+
+void forEachSemaphore(const std::function<void(int)>& action) {
+    for (const Held& descriptor : held())
+        if (descriptor.isSemaphore()) action(descriptor.number);
+}
+
+void forTheBlock(const std::function<void(int)>& action) {
+    for (const Held& descriptor : held())
+        if (descriptor.isBlock()) action(descriptor.number);
+}
+
+void fillBlock(const std::function<uint8_t()>& next) {
+    forTheBlock([&](int block) {
+        void* area =
+            ::mmap(nullptr, vorn::kSharedAreaSize, PROT_READ | PROT_WRITE, MAP_SHARED, block, 0);
+        auto* bytes = static_cast<uint8_t*>(area);
+        for (uint32_t i = 0; i < vorn::kSharedAreaSize; ++i) bytes[i] = next();
+        ::munmap(area, vorn::kSharedAreaSize);
+    });
+}
+
+void post(int semaphore, uint64_t count) {
+    if (::write(semaphore, &count, sizeof count) < 0) return;  // it is full already
+}
+
+void fillSemaphores() {
+    forEachSemaphore([](int number) { post(number, UINT64_MAX - 1); });
+}
+
+// ---- what can be done ----
+
+void endBySignal(int number) {
+    std::signal(number, SIG_DFL);  // no report of a sanitizer
+    std::raise(number);
+}
+
+// Nothing more as long as there is a host.
+[[noreturn]] void sleep() {
+    const char* host = std::getenv("VORN_HOST");
+    pollfd hostsEnd{host ? std::atoi(host) : -1, POLLIN, 0};
+    while (::poll(&hostsEnd, 1, -1) < 0) {
+    }
+    std::_Exit(kExitStatus);
+}
+
+// What goes wrong from here on ends with the program's life, which is short.
+void dieSoon(int milliseconds) {
+    std::signal(SIGALRM, SIG_DFL);
+    const itimerval timer{{0, 0}, {0, milliseconds * 1000}};
+    ::setitimer(ITIMER_REAL, &timer, nullptr);
+}
+
+void scribbleRandom() {
+    std::minstd_rand random(static_cast<unsigned>(order().step));
+    fillBlock([&] { return static_cast<uint8_t>(random() >> 8); });
+}
+
+// Everything that could take the block from under the host.
+void shrinkBlock() {
+    forTheBlock([](int block) {
+        if (::ftruncate(block, 0) == 0 || ::ftruncate(block, 4096) == 0) std::_Exit(kExitStatus);
+        ::fcntl(block, F_ADD_SEALS, F_SEAL_WRITE);
+        ::fallocate(block, FALLOC_FL_PUNCH_HOLE | FALLOC_FL_KEEP_SIZE, 0, vorn::kSharedAreaSize);
+    });
+}
+
+void makeSemaphoresBlocking() {
+    forEachSemaphore([](int number) { ::fcntl(number, F_SETFL, 0); });
+}
+
+void takeAll() {
+    forEachSemaphore([](int number) {
+        while (vorn::platform::tryWaitSemaphore(number)) {
+        }
+    });
+}
+
+void closeAll() {
+    for (const Held& descriptor : held()) ::close(descriptor.number);
+}
+
+// The child keeps all that it has inherited until the test lets go of the leash.
+void leaveChild() {
+    if (::fork() != 0) return;
+    ::setsid();
+    char word = 0;
+    const ssize_t got = ::read(::open(std::getenv("VORN_TEST_LEASH"), O_RDONLY), &word, 1);
+    std::_Exit(got == 1 ? 0 : kExitStatus);
+}
+
+void endMainThread() {
+    std::thread([] { sleep(); }).detach();
+    ::syscall(SYS_exit, 0);
+}
+
+// As a program without any care does it; the report of the language's runtime is not wanted.
+void allocate() {
+    std::set_terminate([] { std::abort(); });
+    for (;;) new char[1 << 22];
+}
+
+void spin() {
+    for (volatile bool on = true; on;) {
+    }
+}
+
+const std::map<std::string, std::function<void()>>& actions() {
+    static const std::map<std::string, std::function<void()>> kActions = {
+        {"tell", [] {}},
+        {"kill", [] { std::raise(SIGKILL); }},
+        {"segv", [] { endBySignal(SIGSEGV); }},
+        {"abort", [] { endBySignal(SIGABRT); }},
+        {"exit0", [] { std::_Exit(0); }},
+        {"exit7", [] { std::_Exit(kExitStatus); }},
+        {"sleep", sleep},
+        {"stop", [] { std::raise(SIGSTOP); }},
+        {"endthread", endMainThread},
+        {"spin", spin},
+        {"allocate", allocate},
+        {"zeros", [] { fillBlock([] { return uint8_t{0}; }); }},
+        {"ones", [] { fillBlock([] { return uint8_t{0xFF}; }); }},
+        {"random", scribbleRandom},
+        {"shrink", shrinkBlock},
+        {makeSemaphoresBlocking},
+        {"take", takeAll},
+        {"post", [] { forEachSemaphore([](int number) { post(number, 1); }); }},
+        {"fill", fillSemaphores},
+        {"fillkill",
+         [] {
+             fillSemaphores();
+             std::raise(SIGKILL);
+         }},
+        {"fillsleep",
+         [] {
+             dieSoon(kLongLife);
+             fillSemaphores();
+             sleep();
+         }},
+        {"close", closeAll},
+        {"fork", leaveChild},
+        {"forkexit",
+         [] {
+             leaveChild();
+             std::_Exit(0);
+         }},
+        {"leaveout", [] {}},
+    };
+    return kActions;
+}
+
+bool isMischief(const std::string& action) {
+    static const std::vector<std::string> kMischief = {"zeros",    "ones",    "random", "shrink",
+                                                       "blocking", "take",    "post",   "fill",
+                                                       "close",    "leaveout"};
+    return std::find(kMischief.begin(), kMischief.end(), action) != kMischief.end();
+}
+
+// ---- counting ----
+
+struct Count {
+    int steps = 0;
+    int hookStep = 0;
+    std::function<void()> hook;
+};
+
+Count& theCount() {
+    static Count theOne;
+    return theOne;
+}
+
+// True when the operation itself is to be left out.
+bool step(const char* operation, uint32_t entry) {
+    Count& count = theCount();
+    ++count.steps;
+    if (count.hook && count.steps == count.hookStep) count.hook();
+    if (count.steps != order().step) return false;
+    const std::string& action = order().action;
+    tell(operation, entry);
+    if (isMischief(action)) dieSoon(kShortLife);
+    actions().at(action)();
+    return action == "leaveout";
+}
+
+bool open(vorn::ShmDescriptor& shm) {
+    step("start", 0);
+    return realLayer().shmOpen(shm);
+}
+
+bool wait(vorn::SemaphoreSet& set, uint32_t entry) {
+    if (step("wait", entry)) return true;
+    const bool taken = realLayer().semWait(set, entry);
+    if (taken) step("taken", entry);
+    return taken;
+}
+
+bool tryWait(vorn::SemaphoreSet& set, uint32_t entry) {
+    if (step("look", entry)) return true;
+    const bool taken = realLayer().semTryWait(set, entry);
+    if (taken) step("found", entry);
+    return taken;
+}
+
+bool countedPost(vorn::SemaphoreSet& set, uint32_t entry) {
+    return step("post", entry) || realLayer().semPost(set, entry);
+}
+
+bool create(uint32_t size, vorn::ShmDescriptor& shm) {
+    step("create", 0);
+    return realLayer().shmCreate(size, shm);
+}
+
+vorn::SemaphoreSet* createSet() {
+    step("create", 1);
+    return realLayer().semCreateSet();
+}
+
+}  // namespace
+
+void atStep(int step, std::function<void()> hook) { theCount() = {0, step, std::move(hook)}; }
+
+const vorn::OsLayer& countingLayer() {
+    static const vorn::OsLayer layer = [] {
+        vorn::OsLayer changed = realLayer();
+        changed.shmCreate = create;
+        changed.semCreateSet = createSet;
+        changed.shmOpen = open;
+        changed.semWait = wait;
+        changed.semTryWait = tryWait;
+        changed.semPost = countedPost;
+        return changed;
+    }();
+    return layer;
+}

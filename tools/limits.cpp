@@ -1,0 +1,17 @@
+#include "tools/limits.h"
+
+namespace vorn::tool {
+
+void addLimitOptions(CLI::App& command, VORN_ModuleLimits& limits) {
+    command
+        .add_option("--memory-limit", limits.addressSpaceBytes,
+                    "The most memory for each module: 512M, 2G")
+        ->transform(CLI::AsSizeValue(false))
+        ->type_name("SIZE");
+    command
+        .add_option("--time-limit", limits.cpuSeconds,
+                    "The most processor time for each module, in seconds")
+        ->type_name("SECONDS");
+}
+
+}  // namespace vorn::tool
