@@ -2,6 +2,9 @@
 // with the plain loops. A faster version of a loop takes the plain one's place in such a table;
 // nothing else has to know.
 //
+// A kernel reads and writes nothing outside the samples of its line, and writes nothing between
+// them. Source and destination must not overlap.
+//
 // Size flags, the first index of every table: bit 0 is set when the destination has 16-bit samples,
 // bit 1 when the source has.
 #pragma once
@@ -29,6 +32,36 @@ inline constexpr int kStepForms = 5;
 
 struct CopyKernels {
     CopyKernel form[kSizeFlags][kStepForms][kStepForms];
+};
+
+// Sixteen destination bytes at a time, put together from up to four runs of sixteen source bytes.
+// Copying samples, whatever their layouts and sizes, is nothing but that: 16 to 8 bits takes every
+// second byte, 8 to 16 bits takes every byte twice.
+struct ByteMove {
+    static constexpr int kBytes = 16;
+    static constexpr int kMostInputs = 4;
+    static constexpr uint8_t kNone = 0x80;  // this input doesn't give that byte
+
+    int32_t pixels;                       // that sixteen bytes make
+    const uint8_t* from[kMostInputs];     // where the runs lie for the pixels from the first on
+    ptrdiff_t fromStep[kMostInputs];      // per pixel
+    uint8_t* to;                          // where the bytes go
+    ptrdiff_t toStep;                     // per pixel
+    uint8_t source[kMostInputs][kBytes];  // the place in the run that a byte comes from
+    uint32_t written;  // one bit a byte: those that the pixels own; others may lie between samples
+};
+
+// Makes the pixels from the first to that from which the last move starts; the numbers of the first
+// pixel in the source and in the destination are counted from where the move's addresses lie.
+using MoveKernel = void (*)(const ByteMove& move,
+                            int32_t sourceFirst,
+                            int32_t destinationFirst,
+                            int32_t lastStart);
+
+// By the number of inputs. Null: there is none, and the samples are copied one by one.
+struct MoveKernels {
+    MoveKernel whole[ByteMove::kMostInputs + 1];  // may write all sixteen bytes
+    MoveKernel gaps[ByteMove::kMostInputs + 1];   // writes only those of `written`
 };
 
 // Converts `count` pixels whose channels lie side by side (step = sample size). Channels that the
@@ -60,6 +93,7 @@ struct LookupKernels {
 
 // The tables that transfers use.
 const CopyKernels& copyKernels();
+const MoveKernels& moveKernels();
 const ConvertKernels& convertKernels();
 const LookupKernels& lookupKernels();
 

@@ -1,0 +1,11 @@
+// Puts the faster forms into the kernel tables.
+#pragma once
+
+#include "pixels/line_kernels.h"
+
+namespace vorn::x86 {
+
+void overwrite(MoveKernels& kernels);
+void overwrite(ConvertKernels& kernels);
+
+}  // namespace vorn::x86
