@@ -11,6 +11,12 @@
 #include "pixels/samples.h"
 
 #define VORN_LOOP [[gnu::always_inline]] inline
+// Says that no round of a loop writes what another one reads.
+#if defined(__clang__)
+#define VORN_SEPARATE_ROUNDS
+#else
+#define VORN_SEPARATE_ROUNDS _Pragma("GCC ivdep")
+#endif
 
 namespace vorn {
 
@@ -33,153 +39,167 @@ constexpr int shiftBySizes(int narrow, int widening, int narrowing, int wide) {
     }
 }
 
-// The row of a channel: nothing else is written through it or changes under it.
-template <class Sample>
-class InRow {
-  public:
-    VORN_LOOP explicit InRow(const uint8_t* bytes) : bytes_(bytes) {}
-    VORN_LOOP int32_t operator[](ptrdiff_t x) const {
-        return loadSample<Sample>(bytes_ + x * static_cast<ptrdiff_t>(sizeof(Sample)));
-    }
-
-  private:
-    const uint8_t* __restrict bytes_;
+// A pixel, before or after the conversion.
+struct Colors {
+    int32_t a, b = 0, c = 0;
 };
 
 template <class Sample>
-class OutRow {
-  public:
-    VORN_LOOP explicit OutRow(uint8_t* bytes) : bytes_(bytes) {}
-    template <class Value>
-    VORN_LOOP void set(ptrdiff_t x, Value value) const {
-        storeSample(bytes_ + x * static_cast<ptrdiff_t>(sizeof(Sample)),
-                    static_cast<Sample>(value));
-    }
+VORN_LOOP int32_t sampleAt(const uint8_t* row, ptrdiff_t x) {
+    return loadSample<Sample>(row + x * static_cast<ptrdiff_t>(sizeof(Sample)));
+}
 
-  private:
-    uint8_t* __restrict bytes_;
+template <class Sample>
+VORN_LOOP void putSample(uint8_t* row, ptrdiff_t x, int32_t value) {
+    storeSample(row + x * static_cast<ptrdiff_t>(sizeof(Sample)), static_cast<Sample>(value));
+}
+
+// The rows don't overlap.
+template <class Source, class Destination, int kIn, int kOut, class Convert>
+VORN_LOOP void eachPixel(const uint8_t* __restrict inA,
+                         const uint8_t* __restrict inB,
+                         const uint8_t* __restrict inC,
+                         uint8_t* __restrict outA,
+                         uint8_t* __restrict outB,
+                         uint8_t* __restrict outC,
+                         int32_t count,
+                         Convert convert) {
+    VORN_SEPARATE_ROUNDS
+    for (ptrdiff_t x = 0; x < count; x++) {
+        Colors in{sampleAt<Source>(inA, x)};
+        if constexpr (kIn == 3) {
+            in.b = sampleAt<Source>(inB, x);
+            in.c = sampleAt<Source>(inC, x);
+        }
+        const Colors out = convert(in);
+        putSample<Destination>(outA, x, out.a);
+        if constexpr (kOut == 3) {
+            putSample<Destination>(outB, x, out.b);
+            putSample<Destination>(outC, x, out.c);
+        }
+    }
+}
+
+// A conversion says how many channels it takes and makes, and converts a pixel.
+template <class Source, class Destination, template <class, class> class Conversion>
+VORN_LOOP void convertRows(const uint8_t* const source[3],
+                           uint8_t* const destination[3],
+                           int32_t count) {
+    using Kind = Conversion<Source, Destination>;
+    eachPixel<Source, Destination, Kind::kIn, Kind::kOut>(
+        source[0], source[1], source[2], destination[0], destination[1], destination[2], count,
+        [](const Colors& colors) { return Kind::convert(colors); });
+}
+
+template <class Source, class Destination>
+struct RgbToGray {
+    static constexpr int kIn = 3, kOut = 1;
+    static constexpr int kShift = kWide<Source> && !kWide<Destination> ? 8 : 0;
+    static constexpr uint32_t kFactor = !kWide<Source> && kWide<Destination> ? 257 : 1;
+
+    static Colors convert(const Colors& rgb) {
+        const int32_t sum = (rgb.a >> kShift) + (rgb.b >> kShift) + (rgb.c >> kShift);
+        return {static_cast<int32_t>(static_cast<uint32_t>(sum) * kFactor / 3)};
+    }
+};
+
+// Above kBrightest all is white; up to there the product fits 32 bits.
+template <class Source, class Destination>
+struct Yuv601ToGray {
+    static constexpr int kIn = 1, kOut = 1;
+    static constexpr int kShift = shiftBySizes<Source, Destination>(16, 8, 24, 16);
+    static constexpr int32_t kBrightest = kWide<Source> ? 56283 : 255;
+    static constexpr uint32_t kWhite = kWide<Destination> ? 65535 : 255;
+
+    static Colors convert(const Colors& yuv) {
+        const int32_t y = std::clamp(yuv.a - kBlack<Source>, 0, kBrightest);
+        const uint32_t gray = (static_cast<uint32_t>(y) * 76310u) >> kShift;
+        return {static_cast<int32_t>(std::min(gray, kWhite))};
+    }
 };
 
 template <class Source, class Destination>
-VORN_LOOP void rgbToGray(const uint8_t* const source[3],
-                         uint8_t* const destination[3],
-                         int32_t count) {
-    constexpr bool kNarrowing = kWide<Source> && !kWide<Destination>;
-    constexpr uint32_t kFactor = !kWide<Source> && kWide<Destination> ? 257 : 1;
-    constexpr int kShift = kNarrowing ? 8 : 0;
-    const InRow<Source> r(source[0]), g(source[1]), b(source[2]);
-    const OutRow<Destination> gray(destination[0]);
-    for (ptrdiff_t x = 0; x < count; x++) {
-        const auto sum =
-            static_cast<uint32_t>((r[x] >> kShift) + (g[x] >> kShift) + (b[x] >> kShift));
-        gray.set(x, sum * kFactor / 3);
-    }
-}
+struct GrayToYuv601 {
+    static constexpr int kIn = 1, kOut = 3;
+    static constexpr int kShift = shiftBySizes<Source, Destination>(16, 8, 24, 16);
 
-// Above `kBrightest` all is white; up to there the product fits 32 bits.
-template <class Source, class Destination>
-VORN_LOOP void yuv601ToGray(const uint8_t* const source[3],
-                            uint8_t* const destination[3],
-                            int32_t count) {
-    constexpr int kShift = shiftBySizes<Source, Destination>(16, 8, 24, 16);
-    constexpr uint32_t kWhite = kWide<Destination> ? 65535 : 255;
-    constexpr int32_t kBrightest = kWide<Source> ? 56283 : 255;
-    const InRow<Source> luma(source[0]);
-    const OutRow<Destination> gray(destination[0]);
-    for (ptrdiff_t x = 0; x < count; x++) {
-        const int32_t y = std::clamp(luma[x] - kBlack<Source>, 0, kBrightest);
-        gray.set(x, std::min((static_cast<uint32_t>(y) * 76310) >> kShift, kWhite));
+    static Colors convert(const Colors& gray) {
+        const uint32_t y = (static_cast<uint32_t>(gray.a) * 56284u) >> kShift;
+        return {static_cast<int32_t>(y) + kBlack<Destination>, kMiddle<Destination>,
+                kMiddle<Destination>};
     }
-}
-
-template <class Source, class Destination>
-VORN_LOOP void grayToYuv601(const uint8_t* const source[3],
-                            uint8_t* const destination[3],
-                            int32_t count) {
-    constexpr int kShift = shiftBySizes<Source, Destination>(16, 8, 24, 16);
-    const InRow<Source> gray(source[0]);
-    const OutRow<Destination> y(destination[0]), u(destination[1]), v(destination[2]);
-    for (ptrdiff_t x = 0; x < count; x++) {
-        y.set(x, ((static_cast<uint32_t>(gray[x]) * 56284u) >> kShift) +
-                     uint32_t{kBlack<Destination>});
-        u.set(x, kMiddle<Destination>);
-        v.set(x, kMiddle<Destination>);
-    }
-}
+};
 
 // Luma and chroma are brought to a 14-bit scale unless both sides have 8 bits. The sums then lie
 // between -1.1e9 and 2.3e9: moved up by kBelow they are clamped as unsigned numbers.
 template <class Source, class Destination>
-VORN_LOOP void yuv601ToRgb(const uint8_t* const source[3],
-                           uint8_t* const destination[3],
-                           int32_t count) {
-    constexpr bool kBytes = !kWide<Source> && !kWide<Destination>;
-    constexpr int kShift = shiftBySizes<Source, Destination>(16, 14, 22, 14);
+struct Yuv601ToRgb {
+    static constexpr int kIn = 3, kOut = 3;
+    static constexpr bool kBytes = !kWide<Source> && !kWide<Destination>;
+    static constexpr int kShift = shiftBySizes<Source, Destination>(16, 14, 22, 14);
     static constexpr uint32_t kTop = (1u << (kBytes ? 24 : 30)) - 1;
     static constexpr uint32_t kBelow = 3u << 29;
-    const auto scaled = [](int32_t value) {
+
+    static uint32_t scaled(int32_t value) {
         if constexpr (kWide<Source>) {
             return static_cast<uint32_t>(value >> 2);
         } else {
             return static_cast<uint32_t>(kBytes ? value : value * 64 + (value >> 2));
         }
-    };
-    const auto stored = [](uint32_t sum) {
-        return (std::clamp(sum + kBelow, kBelow, kBelow + kTop) - kBelow) >> kShift;
-    };
-    const InRow<Source> luma(source[0]), cb(source[1]), cr(source[2]);
-    const OutRow<Destination> r(destination[0]), g(destination[1]), b(destination[2]);
-    for (ptrdiff_t x = 0; x < count; x++) {
-        const uint32_t y = scaled(std::max(luma[x] - kBlack<Source>, 0));
-        const uint32_t u = scaled(cb[x] - kMiddle<Source>);
-        const uint32_t v = scaled(cr[x] - kMiddle<Source>);
-        r.set(x, stored(76310 * y + 104635 * v));
-        g.set(x, stored(76310 * y - 25690 * u - 53294 * v));
-        b.set(x, stored(76310 * y + 132278 * u));
     }
-}
+    static int32_t clamped(uint32_t sum) {
+        const uint32_t inside = std::clamp(sum + kBelow, kBelow, kBelow + kTop) - kBelow;
+        return static_cast<int32_t>(inside >> kShift);
+    }
+    static Colors convert(const Colors& yuv) {
+        const uint32_t y = 76310 * scaled(std::max(yuv.a - kBlack<Source>, 0));
+        const uint32_t u = scaled(yuv.b - kMiddle<Source>);
+        const uint32_t v = scaled(yuv.c - kMiddle<Source>);
+        return {clamped(y + 104635 * v), clamped(y - 25690 * u - 53294 * v),
+                clamped(y + 132278 * u)};
+    }
+};
 
 // 16-bit samples lose their lowest bit so that the sums fit 32 bits: at most 56284 * 32767.
 template <class Source, class Destination>
-VORN_LOOP void rgbToYuv601(const uint8_t* const source[3],
-                           uint8_t* const destination[3],
-                           int32_t count) {
-    constexpr int kShift = shiftBySizes<Source, Destination>(16, 8, 23, 15);
-    constexpr int kDropped = kWide<Source> ? 1 : 0;
-    constexpr int32_t kUnit = kWide<Destination> ? 257 : 1;
-    constexpr int32_t kYTop = 219 * kUnit;
-    constexpr int32_t kChromaBottom = -112 * kUnit;
-    constexpr int32_t kChromaTop = 111 * kUnit;
-    const InRow<Source> red(source[0]), green(source[1]), blue(source[2]);
-    const OutRow<Destination> luma(destination[0]), cb(destination[1]), cr(destination[2]);
-    for (ptrdiff_t x = 0; x < count; x++) {
-        const int32_t r = red[x] >> kDropped;
-        const int32_t g = green[x] >> kDropped;
-        const int32_t b = blue[x] >> kDropped;
-        const int32_t y = (16829 * r + 33039 * g + 6416 * b) >> kShift;
-        const int32_t u = (28763 * b - 9705 * r - 19057 * g) >> kShift;
-        const int32_t v = (28770 * r - 24091 * g - 4679 * b) >> kShift;
-        luma.set(x, std::clamp(y, 0, kYTop) + kBlack<Destination>);
-        cb.set(x, std::clamp(u, kChromaBottom, kChromaTop) + kMiddle<Destination>);
-        cr.set(x, std::clamp(v, kChromaBottom, kChromaTop) + kMiddle<Destination>);
+struct RgbToYuv601 {
+    static constexpr int kIn = 3, kOut = 3;
+    static constexpr int kShift = shiftBySizes<Source, Destination>(16, 8, 23, 15);
+    static constexpr int kDropped = kWide<Source> ? 1 : 0;
+    static constexpr int32_t kUnit = kWide<Destination> ? 257 : 1;
+
+    static int32_t chroma(int32_t sum) {
+        return std::clamp(sum >> kShift, -112 * kUnit, 111 * kUnit) + kMiddle<Destination>;
     }
+    static Colors convert(const Colors& rgb) {
+        const int32_t r = rgb.a >> kDropped;
+        const int32_t g = rgb.b >> kDropped;
+        const int32_t b = rgb.c >> kDropped;
+        const int32_t y = (16829 * r + 33039 * g + 6416 * b) >> kShift;
+        return {std::clamp(y, 0, 219 * kUnit) + kBlack<Destination>,
+                chroma(28763 * b - 9705 * r - 19057 * g),
+                chroma(28770 * r - 24091 * g - 4679 * b)};
+    }
+};
+
+// All of them, each compiled as Form<its loop>::run.
+template <template <ConvertKernel> class Form, template <class, class> class Conversion>
+constexpr void setConversion(ConvertKernel (&bySize)[kSizeFlags]) {
+    bySize[0] = Form<convertRows<uint8_t, uint8_t, Conversion>>::run;
+    bySize[1] = Form<convertRows<uint8_t, uint16_t, Conversion>>::run;
+    bySize[2] = Form<convertRows<uint16_t, uint8_t, Conversion>>::run;
+    bySize[3] = Form<convertRows<uint16_t, uint16_t, Conversion>>::run;
 }
 
-// All of them, each compiled as Form<the loop>::run.
 template <template <ConvertKernel> class Form>
 constexpr ConvertKernels conversionsAs() {
-    using Byte = uint8_t;
-    using Word = uint16_t;
-    return {{Form<rgbToGray<Byte, Byte>>::run, Form<rgbToGray<Byte, Word>>::run,
-             Form<rgbToGray<Word, Byte>>::run, Form<rgbToGray<Word, Word>>::run},
-            {Form<yuv601ToGray<Byte, Byte>>::run, Form<yuv601ToGray<Byte, Word>>::run,
-             Form<yuv601ToGray<Word, Byte>>::run, Form<yuv601ToGray<Word, Word>>::run},
-            {Form<grayToYuv601<Byte, Byte>>::run, Form<grayToYuv601<Byte, Word>>::run,
-             Form<grayToYuv601<Word, Byte>>::run, Form<grayToYuv601<Word, Word>>::run},
-            {Form<yuv601ToRgb<Byte, Byte>>::run, Form<yuv601ToRgb<Byte, Word>>::run,
-             Form<yuv601ToRgb<Word, Byte>>::run, Form<yuv601ToRgb<Word, Word>>::run},
-            {Form<rgbToYuv601<Byte, Byte>>::run, Form<rgbToYuv601<Byte, Word>>::run,
-             Form<rgbToYuv601<Word, Byte>>::run, Form<rgbToYuv601<Word, Word>>::run}};
+    ConvertKernels kernels{};
+    setConversion<Form, RgbToGray>(kernels.rgbToGray);
+    setConversion<Form, Yuv601ToGray>(kernels.yuv601ToGray);
+    setConversion<Form, GrayToYuv601>(kernels.grayToYuv601);
+    setConversion<Form, Yuv601ToRgb>(kernels.yuv601ToRgb);
+    setConversion<Form, RgbToYuv601>(kernels.rgbToYuv601);
+    return kernels;
 }
 
 }  // namespace vorn

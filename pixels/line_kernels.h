@@ -43,20 +43,23 @@ struct ByteMove {
     static constexpr uint8_t kNone = 0x80;  // this input doesn't give that byte
 
     int32_t pixels;                       // that sixteen bytes make
-    const uint8_t* from[kMostInputs];     // where the runs lie for the pixels from the first on
+    ptrdiff_t from[kMostInputs];          // where the runs lie for the pixels from the first on
     ptrdiff_t fromStep[kMostInputs];      // per pixel
-    uint8_t* to;                          // where the bytes go
+    ptrdiff_t to;                         // where the bytes go
     ptrdiff_t toStep;                     // per pixel
     uint8_t source[kMostInputs][kBytes];  // the place in the run that a byte comes from
     uint32_t written;  // one bit a byte: those that the pixels own; others may lie between samples
 };
 
-// Makes the pixels from the first to that from which the last move starts; the numbers of the first
-// pixel in the source and in the destination are counted from where the move's addresses lie.
-using MoveKernel = void (*)(const ByteMove& move,
-                            int32_t sourceFirst,
-                            int32_t destinationFirst,
-                            int32_t lastStart);
+// The lines of a move: where its offsets count from, and which pixel is the first on either side.
+struct MovePlace {
+    const uint8_t* source;
+    uint8_t* destination;
+    int32_t sourceFirst, destinationFirst;
+};
+
+// Makes the pixels from the first one on. The last move starts `lastStart` pixels behind it.
+using MoveKernel = void (*)(const ByteMove& move, const MovePlace& place, int32_t lastStart);
 
 // By the number of inputs. Null: there is none, and the samples are copied one by one.
 struct MoveKernels {

@@ -1,5 +1,7 @@
 #include "pixels/line_routines.h"
 
+#include <cstring>
+
 #include "pixels/channel_mover.h"
 #include "pixels/line_chunks.h"
 #include "pixels/line_kernels.h"
@@ -189,6 +191,11 @@ void copyChannels(const LineTask& task, int32_t firstSource, int32_t firstDestin
     ChannelMove run;
     if (firstSource == 0 && firstDestination == 0 && channels > 1 &&
         isOneRun(task, channels, run)) {
+        if (run.fromStep == run.toStep) {
+            std::memcpy(run.to, run.from,
+                        static_cast<size_t>(task.destination.width * channels * run.toStep));
+            return;
+        }
         mover.add(run);
         mover.plan();
         mover.move(0, 0, task.destination.width * channels);

@@ -16,34 +16,27 @@ constexpr ptrdiff_t kRun = ByteMove::kBytes;
 
 // The cells in which some channels of one side lie: `low` to `high` in the first pixel.
 struct Cells {
-    ptrdiff_t step;
-    uintptr_t low, high;
-
-    Cells() = default;
-    Cells(const uint8_t* at, ptrdiff_t pixelStep, ptrdiff_t sampleSize)
-        : step(pixelStep),
-          low(reinterpret_cast<uintptr_t>(at)),
-          high(low + static_cast<uintptr_t>(sampleSize)) {}
+    ptrdiff_t step, low, high;
 
     // Takes another channel in if it lies in the same cells.
     bool join(const Cells& other) {
-        const uintptr_t newLow = std::min(low, other.low);
-        const uintptr_t newHigh = std::max(high, other.high);
-        if (other.step != step || newHigh - newLow > static_cast<uintptr_t>(width())) return false;
+        const ptrdiff_t newLow = std::min(low, other.low);
+        const ptrdiff_t newHigh = std::max(high, other.high);
+        if (other.step != step || newHigh - newLow > width()) return false;
         low = newLow;
         high = newHigh;
         return true;
     }
     ptrdiff_t width() const { return step < 0 ? -step : step; }
-    ptrdiff_t used() const { return static_cast<ptrdiff_t>(high - low); }
+    ptrdiff_t used() const { return high - low; }
 
     // Runs of bytes that cover the cells of so many pixels, and where they begin: they go on beyond
     // the last pixel, never before the first.
     ptrdiff_t runs(ptrdiff_t pixels) const {
         return ((pixels - 1) * width() + used() + kRun - 1) / kRun;
     }
-    uintptr_t start(ptrdiff_t count) const {
-        return step < 0 ? high - static_cast<uintptr_t>(count * kRun) : low;
+    ptrdiff_t start(ptrdiff_t count) const {
+        return step < 0 ? high - count * kRun : low;
     }
     // Pixels that must be left for the runs to lie inside the line.
     ptrdiff_t margin(ptrdiff_t count) const {
@@ -85,7 +78,7 @@ struct Shape {
 
 // Gathers the channels that can be moved together.
 Shape shapeOf(MovePlan& plan,
-              const ChannelMove* channels,
+              const ChannelOffsets* channels,
               uint32_t candidates,
               uint32_t sizeFlags) {
     const ptrdiff_t sourceSize = (sizeFlags & 2) != 0 ? 2 : 1;
@@ -94,11 +87,11 @@ Shape shapeOf(MovePlan& plan,
     plan.channels = 0;
     for (uint32_t rest = candidates; rest != 0; rest &= rest - 1) {
         const int32_t c = std::countr_zero(rest);
-        const ChannelMove& channel = channels[c];
-        const Cells own(channel.to, channel.toStep, destinationSize);
+        const ChannelOffsets& channel = channels[c];
+        const Cells own = {channel.toStep, channel.to, channel.to + destinationSize};
         Cells to = plan.channels == 0 ? own : shape.to;
         if (to.join(own) || plan.channels == 0) {
-            if (shape.joinSource(c, Cells(channel.from, channel.fromStep, sourceSize))) {
+            if (shape.joinSource(c, {channel.fromStep, channel.from, channel.from + sourceSize})) {
                 shape.to = to;
                 plan.channels |= 1u << c;
             }
@@ -110,7 +103,7 @@ Shape shapeOf(MovePlan& plan,
 // Lays the runs over both sides. The result is the number of inputs.
 int32_t placeRuns(MovePlan& plan, Shape& shape) {
     ByteMove& bytes = plan.bytes;
-    bytes.to = reinterpret_cast<uint8_t*>(shape.to.start(1));
+    bytes.to = shape.to.start(1);
     bytes.toStep = shape.to.step;
     ptrdiff_t margin = std::max<ptrdiff_t>(bytes.pixels, shape.to.margin(1));
     int32_t inputs = 0;
@@ -120,7 +113,7 @@ int32_t placeRuns(MovePlan& plan, Shape& shape) {
         margin = std::max(margin, from.margin(runs));
         shape.firstInput[s] = inputs;
         for (ptrdiff_t i = 0; i < runs; i++, inputs++) {
-            bytes.from[inputs] = reinterpret_cast<const uint8_t*>(from.start(runs)) + i * kRun;
+            bytes.from[inputs] = from.start(runs) + i * kRun;
             bytes.fromStep[inputs] = from.step;
             std::memset(bytes.source[inputs], ByteMove::kNone, kRun);
         }
@@ -130,7 +123,7 @@ int32_t placeRuns(MovePlan& plan, Shape& shape) {
 }
 
 // Says where a channel's bytes come from.
-void placeBytes(ByteMove& bytes, const ChannelMove& channel, int32_t input, uint32_t sizeFlags) {
+void placeBytes(ByteMove& bytes, const ChannelOffsets& channel, int32_t input, uint32_t sizeFlags) {
     const ptrdiff_t size = (sizeFlags & 1) != 0 ? 2 : 1;
     ptrdiff_t to = channel.to - bytes.to;
     ptrdiff_t from = channel.from - bytes.from[input] + (sizeFlags == 2 ? 1 : 0);
@@ -144,7 +137,7 @@ void placeBytes(ByteMove& bytes, const ChannelMove& channel, int32_t input, uint
 }
 
 // One run of bytes on either side, which no kernel copies faster than the plain one.
-bool isStraightCopy(const ChannelMove& channel, uint32_t sizeFlags) {
+bool isStraightCopy(const ChannelOffsets& channel, uint32_t sizeFlags) {
     return (sizeFlags == 0 && channel.fromStep == 1 && channel.toStep == 1) ||
            (sizeFlags == 3 && channel.fromStep == 2 && channel.toStep == 2);
 }
@@ -152,7 +145,7 @@ bool isStraightCopy(const ChannelMove& channel, uint32_t sizeFlags) {
 }  // namespace
 
 void planMove(MovePlan& plan,
-              const ChannelMove* channels,
+              const ChannelOffsets* channels,
               uint32_t candidates,
               uint32_t sizeFlags) {
     plan.kernel = nullptr;

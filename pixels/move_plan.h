@@ -5,12 +5,13 @@
 
 namespace vorn {
 
-// A channel's first sample on either side, and the bytes from sample to sample.
-struct ChannelMove {
-    const uint8_t* from;
-    ptrdiff_t fromStep;
-    uint8_t* to;
-    ptrdiff_t toStep;
+// A channel's first sample on either side, counted from some place, and the bytes from sample to
+// sample.
+struct ChannelOffsets {
+    ptrdiff_t from, fromStep;
+    ptrdiff_t to, toStep;
+
+    bool operator==(const ChannelOffsets&) const = default;
 };
 
 // How channels that lie in the same destination cells are moved. Without a kernel they are copied
@@ -24,7 +25,7 @@ struct MovePlan {
 
 // Plans the first of the channels (one bit each) and those that share its cells.
 void planMove(MovePlan& plan,
-              const ChannelMove* channels,
+              const ChannelOffsets* channels,
               uint32_t candidates,
               uint32_t sizeFlags);
 

@@ -17,15 +17,13 @@ struct Mover {
     uint8_t* to;
     ptrdiff_t toStep;
 
-    VORN_AVX2 VORN_INLINE Mover(const ByteMove& move,
-                                int32_t sourceFirst,
-                                int32_t destinationFirst) {
+    VORN_AVX2 VORN_INLINE Mover(const ByteMove& move, const MovePlace& place) {
         for (int i = 0; i < kInputs; ++i) {
             source[i] = _mm256_broadcastsi128_si256(load128(move.source[i]));
-            from[i] = move.from[i] + sourceFirst * move.fromStep[i];
+            from[i] = place.source + move.from[i] + place.sourceFirst * move.fromStep[i];
             fromStep[i] = move.fromStep[i] * move.pixels;
         }
-        to = move.to + destinationFirst * move.toStep;
+        to = place.destination + move.to + place.destinationFirst * move.toStep;
         toStep = move.toStep * move.pixels;
     }
 
@@ -64,11 +62,8 @@ struct Mover {
 // Pixels that no whole move covers are made by one that ends with the last of them; others are then
 // made twice.
 template <int kInputs>
-VORN_AVX2 void moveWhole(const ByteMove& move,
-                         int32_t sourceFirst,
-                         int32_t destinationFirst,
-                         int32_t lastStart) {
-    Mover<kInputs> mover(move, sourceFirst, destinationFirst);
+VORN_AVX2 void moveWhole(const ByteMove& move, const MovePlace& place, int32_t lastStart) {
+    Mover<kInputs> mover(move, place);
     int32_t x = 0;
     for (; x + move.pixels <= lastStart; x += 2 * move.pixels) {
         const __m256i made = mover.two();
@@ -87,10 +82,9 @@ VORN_AVX2 void moveWhole(const ByteMove& move,
 
 template <int kInputs>
 VORN_MASKED_STORES void moveBetweenGaps(const ByteMove& move,
-                                        int32_t sourceFirst,
-                                        int32_t destinationFirst,
+                                        const MovePlace& place,
                                         int32_t lastStart) {
-    Mover<kInputs> mover(move, sourceFirst, destinationFirst);
+    Mover<kInputs> mover(move, place);
     const auto mask = static_cast<__mmask16>(move.written);
     const __mmask32 both = move.written | move.written << 16;
     int32_t x = 0;
