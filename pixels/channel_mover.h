@@ -15,24 +15,31 @@ struct ChannelMove {
     ptrdiff_t toStep;
 };
 
-// What is moved, and how. The same plan serves any lines that are laid out so.
-struct PlannedMoves {
-    uint32_t sizeFlags = 0;
+// What is moved: the channels' places are counted from where the first one lies.
+struct MoveLayout {
+    uint32_t sizeFlags;
     int32_t channels = 0;
-    int32_t parts = 0;
-    const MoveKernels* kernels = nullptr;  // null: nothing is planned yet
+    const MoveKernels* kernels = nullptr;
     ChannelOffsets channel[VORN_MAX_CHANNELS];
-    MovePlan part[VORN_MAX_CHANNELS];
 
-    bool isFor(const PlannedMoves& other) const;
-    void plan();
+    bool operator==(const MoveLayout& other) const;
+};
+
+// How: the same plans serve all lines that are laid out so.
+struct LayoutPlans {
+    int32_t count = 0;
+    MovePlan plan[VORN_MAX_CHANNELS];
 };
 
 // Add the channels, plan, then move as often as needed. Channels that lie in the same destination
 // cells are moved together where there is a kernel for it, the others one by one.
+//
+// A thread's movers share its latest plans: at most kMoversAtOnce of them may be in use.
 class ChannelMover {
   public:
-    explicit ChannelMover(uint32_t sizeFlags) { moves_.sizeFlags = sizeFlags; }
+    static constexpr int kMoversAtOnce = 4;
+
+    explicit ChannelMover(uint32_t sizeFlags) { layout_.sizeFlags = sizeFlags; }
 
     void add(const ChannelMove& channel);
     void plan();
@@ -45,7 +52,8 @@ class ChannelMover {
 
     const uint8_t* source_ = nullptr;
     uint8_t* destination_ = nullptr;
-    PlannedMoves moves_;
+    MoveLayout layout_;
+    const LayoutPlans* plans_ = nullptr;
 };
 
 }  // namespace vorn

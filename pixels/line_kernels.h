@@ -34,21 +34,24 @@ struct CopyKernels {
     CopyKernel form[kSizeFlags][kStepForms][kStepForms];
 };
 
-// Sixteen destination bytes at a time, put together from up to four runs of sixteen source bytes.
+// Runs of sixteen destination bytes, put together from up to four runs of sixteen source bytes.
 // Copying samples, whatever their layouts and sizes, is nothing but that: 16 to 8 bits takes every
 // second byte, 8 to 16 bits takes every byte twice.
 struct ByteMove {
     static constexpr int kBytes = 16;
-    static constexpr int kMostInputs = 4;
+    static constexpr int kMost = 4;
     static constexpr uint8_t kNone = 0x80;  // this input doesn't give that byte
 
-    int32_t pixels;                       // that sixteen bytes make
-    ptrdiff_t from[kMostInputs];          // where the runs lie for the pixels from the first on
-    ptrdiff_t fromStep[kMostInputs];      // per pixel
-    ptrdiff_t to;                         // where the bytes go
-    ptrdiff_t toStep;                     // per pixel
-    uint8_t source[kMostInputs][kBytes];  // the place in the run that a byte comes from
-    uint32_t written;  // one bit a byte: those that the pixels own; others may lie between samples
+    // Runs of one side: where they lie for the first pixels, and the bytes from pixel to pixel.
+    struct Runs {
+        ptrdiff_t at[kMost];
+        ptrdiff_t step[kMost];
+    };
+
+    int32_t pixels;  // that the outputs make
+    Runs from, to;
+    uint8_t source[kMost][kMost][kBytes];  // by output and input: the place that a byte comes from
+    uint32_t written;  // by one output: a bit for each byte that belongs to these pixels
 };
 
 // The lines of a move: where its offsets count from, and which pixel is the first on either side.
@@ -61,10 +64,10 @@ struct MovePlace {
 // Makes the pixels from the first one on. The last move starts `lastStart` pixels behind it.
 using MoveKernel = void (*)(const ByteMove& move, const MovePlace& place, int32_t lastStart);
 
-// By the number of inputs. Null: there is none, and the samples are copied one by one.
+// By the numbers of inputs and outputs. Null: there is none, and the samples are copied one by one.
 struct MoveKernels {
-    MoveKernel whole[ByteMove::kMostInputs + 1];  // may write all sixteen bytes
-    MoveKernel gaps[ByteMove::kMostInputs + 1];   // writes only those of `written`
+    MoveKernel whole[ByteMove::kMost + 1][ByteMove::kMost + 1];  // may write all of the outputs
+    MoveKernel gaps[ByteMove::kMost + 1];  // with one output; writes only those of `written`
 };
 
 // Converts `count` pixels whose channels lie side by side (step = sample size). Channels that the

@@ -1,6 +1,6 @@
 #include "pixels/line_routines.h"
 
-#include <cstring>
+#include <bit>
 
 #include "pixels/channel_mover.h"
 #include "pixels/line_chunks.h"
@@ -142,30 +142,28 @@ uint32_t VORN_L_ConvPalette(const LineTask& task, bool query) {
 }
 
 // True when the lines' common pixels are equal cells without gaps, so that each side is one run of
-// samples; `run` then says where they begin.
-bool isOneRun(const LineTask& task, int32_t channels, ChannelMove& run) {
-    const ptrdiff_t in = task.source.bytesPerChannel == 2 ? 2 : 1;
-    const ptrdiff_t out = task.destination.bytesPerChannel == 2 ? 2 : 1;
-    run = {nullptr, in, nullptr, out};
+// samples; `lowest` is then the channel that comes first in a cell.
+bool isOneRun(const LineTask& task, int32_t channels, int32_t& lowest) {
+    const VORN_ChunkyBuffer& in = task.source;
+    const VORN_ChunkyBuffer& out = task.destination;
+    const int inShift = in.bytesPerChannel == 2 ? 1 : 0;
+    const int outShift = out.bytesPerChannel == 2 ? 1 : 0;
+    uint32_t filled = 0;  // one bit a sample; that of channel 0 is in the middle
     for (int32_t c = 0; c < channels; c++) {
-        if (!isPresent(task.source, c) || !isPresent(task.destination, c)) return false;
-        const ChannelMove move = channelMove(task, c, c);
-        if (move.fromStep != in * channels || move.toStep != out * channels) return false;
-        if (run.from == nullptr || move.from < run.from) {
-            run.from = move.from;
-            run.to = move.to;
-        }
-    }
-    uint32_t filled = 0;
-    for (int32_t c = 0; c < channels; c++) {
-        const ChannelMove move = channelMove(task, c, c);
-        const ptrdiff_t offset = move.from - run.from;
-        if (offset >= in * channels || offset % in != 0 || (move.to - run.to) * in != offset * out) {
+        const ptrdiff_t samples = (in.channelPlace[c] - in.channelPlace[0]) >> inShift;
+        if (in.channelPlace[c] == nullptr || out.channelPlace[c] == nullptr ||
+            in.pixelStep[c] != channels << inShift || out.pixelStep[c] != channels << outShift ||
+            in.lineStep[c] != in.lineStep[0] || out.lineStep[c] != out.lineStep[0] ||
+            in.channelPlace[c] - in.channelPlace[0] != samples << inShift ||
+            out.channelPlace[c] - out.channelPlace[0] != samples << outShift ||
+            samples <= -channels || samples >= channels) {
             return false;
         }
-        filled |= 1u << (offset / in);
+        const uint32_t bit = 1u << (samples + VORN_MAX_CHANNELS);
+        if (bit <= (filled & -filled) || filled == 0) lowest = c;
+        filled |= bit;
     }
-    return filled == (1u << channels) - 1;
+    return filled >> std::countr_zero(filled) == (1u << channels) - 1;
 }
 
 }  // namespace
@@ -187,20 +185,16 @@ const LineConversion& lineConversion(uint32_t code) {
 void copyChannels(const LineTask& task, int32_t firstSource, int32_t firstDestination) {
     const int32_t channels = std::min(usedChannels(task.source) - firstSource,
                                       usedChannels(task.destination) - firstDestination);
-    ChannelMover mover(task.sizeFlags);
-    ChannelMove run;
-    if (firstSource == 0 && firstDestination == 0 && channels > 1 &&
-        isOneRun(task, channels, run)) {
-        if (run.fromStep == run.toStep) {
-            std::memcpy(run.to, run.from,
-                        static_cast<size_t>(task.destination.width * channels * run.toStep));
-            return;
-        }
-        mover.add(run);
-        mover.plan();
-        mover.move(0, 0, task.destination.width * channels);
+    int32_t lowest = 0;
+    if (channels > 0 && firstSource == 0 && firstDestination == 0 &&
+        isOneRun(task, channels, lowest)) {
+        const ChannelMove run = channelMove(task, lowest, lowest);
+        copyKernels().form[task.sizeFlags][1][1](run.from, (task.sizeFlags & 2) != 0 ? 2 : 1,
+                                                 run.to, (task.sizeFlags & 1) != 0 ? 2 : 1,
+                                                 task.destination.width * channels);
         return;
     }
+    ChannelMover mover(task.sizeFlags);
     for (int32_t c = 0; c < channels; c++) {
         if (isPresent(task.source, firstSource + c) &&
             isPresent(task.destination, firstDestination + c)) {

@@ -5,6 +5,7 @@
 
 namespace vorn::x86 {
 
+void overwrite(CopyKernels& kernels);
 void overwrite(MoveKernels& kernels);
 void overwrite(ConvertKernels& kernels);
 

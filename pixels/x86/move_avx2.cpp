@@ -9,104 +9,136 @@ namespace vorn::x86 {
 namespace {
 
 // A move under way.
-template <int kInputs>
+template <int kInputs, int kOutputs>
 struct Mover {
-    __m256i source[kInputs];
+    __m256i source[kOutputs][kInputs];
     const uint8_t* from[kInputs];
     ptrdiff_t fromStep[kInputs];  // of one move
-    uint8_t* to;
-    ptrdiff_t toStep;
+    uint8_t* to[kOutputs];
+    ptrdiff_t toStep[kOutputs];
 
     VORN_AVX2 VORN_INLINE Mover(const ByteMove& move, const MovePlace& place) {
         for (int i = 0; i < kInputs; ++i) {
-            source[i] = _mm256_broadcastsi128_si256(load128(move.source[i]));
-            from[i] = place.source + move.from[i] + place.sourceFirst * move.fromStep[i];
-            fromStep[i] = move.fromStep[i] * move.pixels;
+            for (int o = 0; o < kOutputs; ++o) {
+                source[o][i] = _mm256_broadcastsi128_si256(load128(move.source[o][i]));
+            }
+            from[i] = place.source + move.from.at[i] + place.sourceFirst * move.from.step[i];
+            fromStep[i] = move.from.step[i] * move.pixels;
         }
-        to = place.destination + move.to + place.destinationFirst * move.toStep;
-        toStep = move.toStep * move.pixels;
+        for (int o = 0; o < kOutputs; ++o) {
+            to[o] = place.destination + move.to.at[o] + place.destinationFirst * move.to.step[o];
+            toStep[o] = move.to.step[o] * move.pixels;
+        }
     }
 
-    // The bytes of this move.
-    VORN_AVX2 VORN_INLINE __m128i one() const {
-        __m128i made = _mm_setzero_si128();
+    // The input runs of this move and, in the upper half, of the next.
+    struct Inputs {
+        __m256i run[kInputs];
+    };
+    VORN_AVX2 VORN_INLINE Inputs two() const {
+        Inputs in;
         for (int i = 0; i < kInputs; ++i) {
-            const __m128i part =
-                _mm_shuffle_epi8(load128(from[i]), _mm256_castsi256_si128(source[i]));
-            made = i == 0 ? part : _mm_or_si128(made, part);
+            in.run[i] = _mm256_inserti128_si256(_mm256_castsi128_si256(load128(from[i])),
+                                                load128(from[i] + fromStep[i]), 1);
         }
-        return made;
+        return in;
     }
-    // Those of this one and, in the upper half, the next.
-    VORN_AVX2 VORN_INLINE __m256i two() const {
-        __m256i made = _mm256_setzero_si256();
-        for (int i = 0; i < kInputs; ++i) {
-            const __m256i both = _mm256_inserti128_si256(_mm256_castsi128_si256(load128(from[i])),
-                                                         load128(from[i] + fromStep[i]), 1);
-            const __m256i part = _mm256_shuffle_epi8(both, source[i]);
-            made = i == 0 ? part : _mm256_or_si256(made, part);
+    VORN_AVX2 VORN_INLINE Inputs one() const {
+        Inputs in;
+        for (int i = 0; i < kInputs; ++i) in.run[i] = _mm256_castsi128_si256(load128(from[i]));
+        return in;
+    }
+
+    VORN_AVX2 VORN_INLINE __m256i made(int o, const Inputs& in) const {
+        __m256i bytes = _mm256_shuffle_epi8(in.run[0], source[o][0]);
+        for (int i = 1; i < kInputs; ++i) {
+            bytes = _mm256_or_si256(bytes, _mm256_shuffle_epi8(in.run[i], source[o][i]));
         }
-        return made;
+        return bytes;
     }
 
     VORN_INLINE void advance(ptrdiff_t moves) {
         for (int i = 0; i < kInputs; ++i) from[i] += moves * fromStep[i];
-        to += moves * toStep;
+        for (int o = 0; o < kOutputs; ++o) to[o] += moves * toStep[o];
     }
     VORN_INLINE void advancePixels(const ByteMove& move, ptrdiff_t pixels) {
-        for (int i = 0; i < kInputs; ++i) from[i] += pixels * move.fromStep[i];
-        to += pixels * move.toStep;
+        for (int i = 0; i < kInputs; ++i) from[i] += pixels * move.from.step[i];
+        for (int o = 0; o < kOutputs; ++o) to[o] += pixels * move.to.step[o];
+    }
+
+    VORN_AVX2 VORN_INLINE void storeTwo() const {
+        const Inputs in = two();
+        for (int o = 0; o < kOutputs; ++o) {
+            const __m256i bytes = made(o, in);
+            if (toStep[o] == ByteMove::kBytes) {
+                store256(to[o], bytes);
+            } else {
+                store128(to[o], _mm256_castsi256_si128(bytes));
+                store128(to[o] + toStep[o], _mm256_extracti128_si256(bytes, 1));
+            }
+        }
+    }
+    VORN_AVX2 VORN_INLINE void storeOne() const {
+        const Inputs in = one();
+        for (int o = 0; o < kOutputs; ++o) store128(to[o], _mm256_castsi256_si128(made(o, in)));
     }
 };
 
 // Pixels that no whole move covers are made by one that ends with the last of them; others are then
 // made twice.
-template <int kInputs>
+template <int kInputs, int kOutputs>
 VORN_AVX2 void moveWhole(const ByteMove& move, const MovePlace& place, int32_t lastStart) {
-    Mover<kInputs> mover(move, place);
+    Mover<kInputs, kOutputs> mover(move, place);
     int32_t x = 0;
     for (; x + move.pixels <= lastStart; x += 2 * move.pixels) {
-        const __m256i made = mover.two();
-        if (mover.toStep == ByteMove::kBytes) {
-            store256(mover.to, made);
-        } else {
-            store128(mover.to, _mm256_castsi256_si128(made));
-            store128(mover.to + mover.toStep, _mm256_extracti128_si256(made, 1));
-        }
+        mover.storeTwo();
         mover.advance(2);
     }
-    if (x < lastStart) store128(mover.to, mover.one());
+    if (x < lastStart) mover.storeOne();
     mover.advancePixels(move, lastStart - x);
-    store128(mover.to, mover.one());
+    mover.storeOne();
 }
 
 template <int kInputs>
 VORN_MASKED_STORES void moveBetweenGaps(const ByteMove& move,
                                         const MovePlace& place,
                                         int32_t lastStart) {
-    Mover<kInputs> mover(move, place);
+    Mover<kInputs, 1> mover(move, place);
     const auto mask = static_cast<__mmask16>(move.written);
     const __mmask32 both = move.written | move.written << 16;
+    const auto storeOne = [&]() VORN_MASKED_STORES {
+        const __m256i bytes = mover.made(0, mover.one());
+        _mm_mask_storeu_epi8(mover.to[0], mask, _mm256_castsi256_si128(bytes));
+    };
     int32_t x = 0;
     for (; x + move.pixels <= lastStart; x += 2 * move.pixels) {
-        const __m256i made = mover.two();
-        if (mover.toStep == ByteMove::kBytes) {
-            _mm256_mask_storeu_epi8(mover.to, both, made);
+        const __m256i bytes = mover.made(0, mover.two());
+        if (mover.toStep[0] == ByteMove::kBytes) {
+            _mm256_mask_storeu_epi8(mover.to[0], both, bytes);
         } else {
-            _mm_mask_storeu_epi8(mover.to, mask, _mm256_castsi256_si128(made));
-            _mm_mask_storeu_epi8(mover.to + mover.toStep, mask, _mm256_extracti128_si256(made, 1));
+            _mm_mask_storeu_epi8(mover.to[0], mask, _mm256_castsi256_si128(bytes));
+            _mm_mask_storeu_epi8(mover.to[0] + mover.toStep[0], mask,
+                                 _mm256_extracti128_si256(bytes, 1));
         }
         mover.advance(2);
     }
-    if (x < lastStart) _mm_mask_storeu_epi8(mover.to, mask, mover.one());
+    if (x < lastStart) storeOne();
     mover.advancePixels(move, lastStart - x);
-    _mm_mask_storeu_epi8(mover.to, mask, mover.one());
+    storeOne();
 }
 
 }  // namespace
 
 void overwrite(MoveKernels& kernels) {
-    kernels = {{nullptr, moveWhole<1>, moveWhole<2>, moveWhole<3>, moveWhole<4>}, {}};
+    kernels.whole[1][1] = moveWhole<1, 1>;
+    kernels.whole[2][1] = moveWhole<2, 1>;
+    kernels.whole[3][1] = moveWhole<3, 1>;
+    kernels.whole[4][1] = moveWhole<4, 1>;
+    kernels.whole[2][2] = moveWhole<2, 2>;
+    kernels.whole[2][3] = moveWhole<2, 3>;
+    kernels.whole[3][3] = moveWhole<3, 3>;
+    kernels.whole[4][3] = moveWhole<4, 3>;
+    kernels.whole[4][4] = moveWhole<4, 4>;
     if (useMaskedStores()) {
         kernels.gaps[1] = moveBetweenGaps<1>;
         kernels.gaps[2] = moveBetweenGaps<2>;
