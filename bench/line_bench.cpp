@@ -49,10 +49,16 @@ constexpr Row kRows[] = {
 };
 
 int32_t bytesPerPixel(Pixels pixels) {
-    return pixels == Pixels::Rgb16 ? 6 : pixels == Pixels::Rgba ? 4 : pixels == Pixels::Single ? 1 : 3;
+    return pixels == Pixels::Rgb16    ? 6
+           : pixels == Pixels::Rgba   ? 4
+           : pixels == Pixels::Single ? 1
+                                      : 3;
 }
 
-VORN_ChunkyBuffer record(Pixels pixels, const uint8_t* data, const LineMemory& memory, int32_t lineStep) {
+VORN_ChunkyBuffer record(Pixels pixels,
+                         const uint8_t* data,
+                         const LineMemory& memory,
+                         int32_t lineStep) {
     VORN_ChunkyBuffer buffer{};
     buffer.width = memory.width;
     buffer.channels = pixels == Pixels::Single ? 1 : 3;
@@ -61,17 +67,17 @@ VORN_ChunkyBuffer record(Pixels pixels, const uint8_t* data, const LineMemory& m
         const bool planes = pixels == Pixels::Planes;
         buffer.pixelStep[c] = planes ? 1 : bytesPerPixel(pixels);
         buffer.lineStep[c] = lineStep;
-        buffer.channelPlace[c] = const_cast<uint8_t*>(data) +
-                                 (planes                 ? c * memory.plane()
-                                  : pixels == Pixels::Bgr ? 2 - c
-                                                          : c * buffer.bytesPerChannel);
+        buffer.channelPlace[c] =
+            const_cast<uint8_t*>(data) + (planes                  ? c * memory.plane()
+                                          : pixels == Pixels::Bgr ? 2 - c
+                                                                  : c * buffer.bytesPerChannel);
     }
     return buffer;
 }
 
 std::shared_ptr<uint8_t> allocate(size_t bytes) {
-    std::shared_ptr<uint8_t> memory(static_cast<uint8_t*>(std::aligned_alloc(64, (bytes / 64 + 1) * 64)),
-                                    std::free);
+    std::shared_ptr<uint8_t> memory(
+        static_cast<uint8_t*>(std::aligned_alloc(64, (bytes / 64 + 1) * 64)), std::free);
     std::minstd_rand random(1);
     for (size_t i = 0; i < bytes; ++i) memory.get()[i] = static_cast<uint8_t>(random() >> 8);
     return memory;
@@ -146,7 +152,8 @@ void measurePicture(const Row& row, int rounds) {
     const auto lineBytes = [&](Pixels pixels) {
         return pixels == Pixels::Planes ? 3 * memory.plane() : bytesPerPixel(pixels) * kWidth;
     };
-    const auto in = static_cast<size_t>(lineBytes(row.from)), out = static_cast<size_t>(lineBytes(row.to));
+    const auto in = static_cast<size_t>(lineBytes(row.from)),
+               out = static_cast<size_t>(lineBytes(row.to));
     const auto from = allocate(in * kLines), to = allocate(out * kLines);
     const VORN_ChunkyBuffer source = record(row.from, from.get(), memory, lineBytes(row.from));
     const VORN_ChunkyBuffer target = record(row.to, to.get(), memory, lineBytes(row.to));
@@ -181,8 +188,9 @@ void measurePicture(const Row& row, int rounds) {
 
 int main(int argc, char** argv) {
     const int rounds = argc > 1 ? std::atoi(argv[1]) : 20;
-    const int32_t width = argc > 2 ? std::atoi(argv[2]) : 4000;
-    std::printf("ns a pixel, lines of %d pixels in cache (in brackets: vorn's time to theirs)\n", width);
+    const int32_t width = argc > 2 ? std::atoi(argv[2]) : 6000;
+    std::printf("ns a pixel, lines of %d pixels in cache (in brackets: vorn's time to theirs)\n",
+                width);
     for (const vorn_bench::Row& row : vorn_bench::kRows) {
         vorn_bench::measureLine(row, rounds, width);
     }

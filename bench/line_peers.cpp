@@ -145,7 +145,8 @@ void addOpencv(Peers& list, Work work, const LineMemory& m) {
     };
     const auto planes = [&](const uint8_t* data) {
         std::array<cv::Mat, 3> made;
-        for (int c = 0; c < 3; ++c) made[static_cast<size_t>(c)] = mat(data + c * m.plane(), CV_8U, m.width);
+        for (int c = 0; c < 3; ++c)
+            made[static_cast<size_t>(c)] = mat(data + c * m.plane(), CV_8U, m.width);
         return made;
     };
     switch (work) {

@@ -9,19 +9,19 @@
 namespace vorn_bench {
 
 enum class Work {
-    Straight,    // RGB to RGB
-    AddAlpha,    // RGB to RGBA
-    Swap,        // RGB to BGR
-    Split,       // RGB to planes
-    Merge,       // planes to RGB
-    Widen,       // RGB of 8 bits to 16
-    Narrow,      // RGB of 16 bits to 8
-    Gray,        // RGB to grey
-    ToYuv,       // planes to planes
-    FromYuv,     // planes to planes
-    RgbToYuv,    // RGB to planes
-    YuvToRgb,    // planes to RGB
-    Palette,     // indices to RGB
+    Straight,  // RGB to RGB
+    AddAlpha,  // RGB to RGBA
+    Swap,      // RGB to BGR
+    Split,     // RGB to planes
+    Merge,     // planes to RGB
+    Widen,     // RGB of 8 bits to 16
+    Narrow,    // RGB of 16 bits to 8
+    Gray,      // RGB to grey
+    ToYuv,     // planes to planes
+    FromYuv,   // planes to planes
+    RgbToYuv,  // RGB to planes
+    YuvToRgb,  // planes to RGB
+    Palette,   // indices to RGB
 };
 
 // One line of pixels; both sides have room for eight bytes a pixel and begin at multiples of 64.

@@ -64,7 +64,7 @@ void ChannelMover::add(const ChannelMove& channel) {
         destination_ = channel.to;
     }
     layout_.channel[layout_.channels++] = {distance(source_, channel.from), channel.fromStep,
-                                         distance(destination_, channel.to), channel.toStep};
+                                           distance(destination_, channel.to), channel.toStep};
 }
 
 void ChannelMover::plan() {

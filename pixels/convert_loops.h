@@ -1,6 +1,6 @@
-// The loops of the conversions between grey, RGB and ITU-R BT.601 studio-range YCbCr, in 16.16 fixed
-// point: the factors are those of BT.601 times 65536. All sums fit 32 bits for any samples whatever,
-// which lets a compiler make many at once; what leaves a range is clamped.
+// The loops of the conversions between grey, RGB and ITU-R BT.601 studio-range YCbCr, in 16.16
+// fixed point: the factors are those of BT.601 times 65536. All sums fit 32 bits for any samples
+// whatever, which lets a compiler make many at once; what leaves a range is clamped.
 //
 // They are compiled once for every processor and once for newer ones.
 #pragma once
@@ -177,8 +177,7 @@ struct RgbToYuv601 {
         const int32_t b = rgb.c >> kDropped;
         const int32_t y = (16829 * r + 33039 * g + 6416 * b) >> kShift;
         return {std::clamp(y, 0, 219 * kUnit) + kBlack<Destination>,
-                chroma(28763 * b - 9705 * r - 19057 * g),
-                chroma(28770 * r - 24091 * g - 4679 * b)};
+                chroma(28763 * b - 9705 * r - 19057 * g), chroma(28770 * r - 24091 * g - 4679 * b)};
     }
 };
 

@@ -7,10 +7,7 @@
 
 namespace vorn {
 
-ChunkedLine::ChunkedLine(Side side,
-                         const VORN_ChunkyBuffer& buffer,
-                         int32_t line,
-                         int32_t channels)
+ChunkedLine::ChunkedLine(Side side, const VORN_ChunkyBuffer& buffer, int32_t line, int32_t channels)
     : channels_(channels),
       sampleSize_(buffer.bytesPerChannel == 2 ? 2 : 1),
       mover_(sizeFlagsOf(sampleSize_, sampleSize_)) {

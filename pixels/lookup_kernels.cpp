@@ -26,10 +26,10 @@ void lookUp(const uint8_t* indices,
             int32_t count) {
     for (ptrdiff_t x = 0; x < count; x++) {
         const int32_t index = fetchIndex<Index>(indices + x * indexStep);
-        const auto sample =
-            index < entries
-                ? loadSample<Destination>(table + index * static_cast<ptrdiff_t>(sizeof(Destination)))
-                : Destination{0};
+        const auto sample = index < entries
+                                ? loadSample<Destination>(
+                                      table + index * static_cast<ptrdiff_t>(sizeof(Destination)))
+                                : Destination{0};
         storeSample(destination + x * destinationStep, sample);
     }
 }

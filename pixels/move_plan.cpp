@@ -47,8 +47,8 @@ struct Side {
     ptrdiff_t sampleSize;
     int32_t count;
     Cells cells[ByteMove::kMost];
-    int32_t cellsOf[VORN_MAX_CHANNELS];   // by channel
-    int32_t firstRun[ByteMove::kMost];    // by cells
+    int32_t cellsOf[VORN_MAX_CHANNELS];  // by channel
+    int32_t firstRun[ByteMove::kMost];   // by cells
 
     void reset(ptrdiff_t size) {
         sampleSize = size;

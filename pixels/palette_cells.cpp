@@ -55,7 +55,7 @@ class CellTable {
     }
 
     const LineTask& task_;
-    ChannelMover toLine_;  // from made_
+    ChannelMover toLine_;        // from made_
     Cell entry_[kIndices] = {};  // zero where the palette has none
     Cell made_[kCellsAtOnce];
 };
