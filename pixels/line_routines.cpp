@@ -1,6 +1,7 @@
 #include "pixels/line_routines.h"
 
 #include <bit>
+#include <cstring>
 
 #include "pixels/channel_mover.h"
 #include "pixels/line_chunks.h"
@@ -142,28 +143,31 @@ uint32_t VORN_L_ConvPalette(const LineTask& task, bool query) {
 }
 
 // True when the lines' common pixels are equal cells without gaps, so that each side is one run of
-// samples; `lowest` is then the channel that comes first in a cell.
-bool isOneRun(const LineTask& task, int32_t channels, int32_t& lowest) {
+// samples; `ahead` is then how many of them lie before that of channel 0 in a cell.
+bool isOneRun(const LineTask& task, int32_t channels, ptrdiff_t& ahead) {
     const VORN_ChunkyBuffer& in = task.source;
     const VORN_ChunkyBuffer& out = task.destination;
-    const int inShift = in.bytesPerChannel == 2 ? 1 : 0;
-    const int outShift = out.bytesPerChannel == 2 ? 1 : 0;
-    uint32_t filled = 0;  // one bit a sample; that of channel 0 is in the middle
+    const int32_t inSize = (task.sizeFlags & 2) != 0 ? 2 : 1;
+    const int32_t outSize = (task.sizeFlags & 1) != 0 ? 2 : 1;
+    const int32_t inCell = channels * inSize;
+    const int32_t outCell = channels * outSize;
+    constexpr int kMiddle = 2 * VORN_MAX_CHANNELS;
+    uint64_t begun = 0;  // one bit for each byte with which a sample begins; that of channel 0 is
+                         // in the middle
     for (int32_t c = 0; c < channels; c++) {
-        const ptrdiff_t samples = (in.channelPlace[c] - in.channelPlace[0]) >> inShift;
-        if (in.channelPlace[c] == nullptr || out.channelPlace[c] == nullptr ||
-            in.pixelStep[c] != channels << inShift || out.pixelStep[c] != channels << outShift ||
+        const ptrdiff_t from = in.channelPlace[c] - in.channelPlace[0];
+        const ptrdiff_t to = out.channelPlace[c] - out.channelPlace[0];
+        if (in.pixelStep[c] != inCell || out.pixelStep[c] != outCell ||
             in.lineStep[c] != in.lineStep[0] || out.lineStep[c] != out.lineStep[0] ||
-            in.channelPlace[c] - in.channelPlace[0] != samples << inShift ||
-            out.channelPlace[c] - out.channelPlace[0] != samples << outShift ||
-            samples <= -channels || samples >= channels) {
+            from * outSize != to * inSize || from <= -inCell || from >= inCell) {
             return false;
         }
-        const uint32_t bit = 1u << (samples + VORN_MAX_CHANNELS);
-        if (bit <= (filled & -filled) || filled == 0) lowest = c;
-        filled |= bit;
+        begun |= uint64_t{1} << (kMiddle + from);
     }
-    return filled >> std::countr_zero(filled) == (1u << channels) - 1;
+    const int lowest = std::countr_zero(begun);
+    const uint64_t all = (inSize == 1 ? 0xFFFFu : 0x5555u) & ((1u << inCell) - 1);
+    ahead = (kMiddle - lowest) >> (inSize - 1);
+    return isPresent(in, 0) && isPresent(out, 0) && begun >> lowest == all;
 }
 
 }  // namespace
@@ -185,13 +189,20 @@ const LineConversion& lineConversion(uint32_t code) {
 void copyChannels(const LineTask& task, int32_t firstSource, int32_t firstDestination) {
     const int32_t channels = std::min(usedChannels(task.source) - firstSource,
                                       usedChannels(task.destination) - firstDestination);
-    int32_t lowest = 0;
+    ptrdiff_t ahead = 0;
     if (channels > 0 && firstSource == 0 && firstDestination == 0 &&
-        isOneRun(task, channels, lowest)) {
-        const ChannelMove run = channelMove(task, lowest, lowest);
-        copyKernels().form[task.sizeFlags][1][1](run.from, (task.sizeFlags & 2) != 0 ? 2 : 1,
-                                                 run.to, (task.sizeFlags & 1) != 0 ? 2 : 1,
-                                                 task.destination.width * channels);
+        isOneRun(task, channels, ahead)) {
+        const int32_t samples = task.destination.width * channels;
+        const ChannelMove first = channelMove(task, 0, 0);
+        const ptrdiff_t in = (task.sizeFlags & 2) != 0 ? 2 : 1;
+        const ptrdiff_t out = (task.sizeFlags & 1) != 0 ? 2 : 1;
+        const uint8_t* from = first.from - ahead * in;
+        uint8_t* to = first.to - ahead * out;
+        if (in == out) {
+            std::memcpy(to, from, static_cast<size_t>(samples * in));
+        } else {
+            copyKernels().form[task.sizeFlags][1][1](from, in, to, out, samples);
+        }
         return;
     }
     ChannelMover mover(task.sizeFlags);

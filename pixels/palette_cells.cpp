@@ -21,7 +21,8 @@ class CellTable {
   public:
     explicit CellTable(const LineTask& task) : task_(task), toLine_(equalSizes()) {
         ChannelMover fill(equalSizes());
-        for (int32_t c = 0; c < commonChannels(task); c++) {
+        const int32_t channels = commonChannels(task);
+        for (int32_t c = 0; c < channels; c++) {
             if (!isPresent(*task.palette, c) || !isPresent(task.destination, c)) continue;
             fill.add({task.palette->channelPlace[c], kSample, channelOf(entry_, c), kCell});
             toLine_.add({channelOf(made_, c), kCell,

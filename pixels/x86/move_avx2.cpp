@@ -31,15 +31,16 @@ struct Mover {
         }
     }
 
-    // The input runs of this move and, in the upper half, of the next.
+    // The input runs of a move to come and, in the upper half, of the next.
     struct Inputs {
         __m256i run[kInputs];
     };
-    VORN_AVX2 VORN_INLINE Inputs two() const {
+    VORN_AVX2 VORN_INLINE Inputs two(ptrdiff_t moves = 0) const {
         Inputs in;
         for (int i = 0; i < kInputs; ++i) {
-            in.run[i] = _mm256_inserti128_si256(_mm256_castsi128_si256(load128(from[i])),
-                                                load128(from[i] + fromStep[i]), 1);
+            const uint8_t* at = from[i] + moves * fromStep[i];
+            in.run[i] = _mm256_inserti128_si256(_mm256_castsi128_si256(load128(at)),
+                                                load128(at + fromStep[i]), 1);
         }
         return in;
     }
@@ -99,30 +100,41 @@ VORN_AVX2 void moveWhole(const ByteMove& move, const MovePlace& place, int32_t l
     mover.storeOne();
 }
 
+// Four moves whose outputs lie side by side.
+template <int kInputs>
+VORN_MASKED_STORES VORN_INLINE void storeFour(const Mover<kInputs, 1>& mover, __mmask64 mask) {
+    const auto low = mover.two();
+    const auto high = mover.two(2);
+    __m512i bytes = _mm512_setzero_si512();
+    for (int i = 0; i < kInputs; ++i) {
+        const auto source =
+            __builtin_shufflevector(mover.source[0][i], mover.source[0][i], 0, 1, 2, 3, 0, 1, 2, 3);
+        const auto in = __builtin_shufflevector(low.run[i], high.run[i], 0, 1, 2, 3, 4, 5, 6, 7);
+        bytes = _mm512_or_si512(bytes, _mm512_shuffle_epi8(in, source));
+    }
+    _mm512_mask_storeu_epi8(mover.to[0], mask, bytes);
+}
+
 template <int kInputs>
 VORN_MASKED_STORES void moveBetweenGaps(const ByteMove& move,
                                         const MovePlace& place,
                                         int32_t lastStart) {
     Mover<kInputs, 1> mover(move, place);
     const auto mask = static_cast<__mmask16>(move.written);
-    const __mmask32 both = move.written | move.written << 16;
     const auto storeOne = [&]() VORN_MASKED_STORES {
         const __m256i bytes = mover.made(0, mover.one());
         _mm_mask_storeu_epi8(mover.to[0], mask, _mm256_castsi256_si128(bytes));
+        mover.advance(1);
     };
     int32_t x = 0;
-    for (; x + move.pixels <= lastStart; x += 2 * move.pixels) {
-        const __m256i bytes = mover.made(0, mover.two());
-        if (mover.toStep[0] == ByteMove::kBytes) {
-            _mm256_mask_storeu_epi8(mover.to[0], both, bytes);
-        } else {
-            _mm_mask_storeu_epi8(mover.to[0], mask, _mm256_castsi256_si128(bytes));
-            _mm_mask_storeu_epi8(mover.to[0] + mover.toStep[0], mask,
-                                 _mm256_extracti128_si256(bytes, 1));
+    if (mover.toStep[0] == ByteMove::kBytes) {
+        const __mmask64 all = move.written * 0x0001000100010001u;
+        for (; x + 3 * move.pixels <= lastStart; x += 4 * move.pixels) {
+            storeFour(mover, all);
+            mover.advance(4);
         }
-        mover.advance(2);
     }
-    if (x < lastStart) storeOne();
+    for (; x < lastStart; x += move.pixels) storeOne();
     mover.advancePixels(move, lastStart - x);
     storeOne();
 }
