@@ -39,6 +39,7 @@ SemaphoreSet* openSemaphores(const char*& text) {
     SemaphoreSet* set = allocCleared<SemaphoreSet>().release();
     if (!set) return nullptr;
     set->watched = set->stop = platform::kNoDescriptor;
+    set->trustsPeer = true;
     for (auto& entry : set->entry) {
         if (std::sscanf(text, "%d %11s ", &entry.handle, entry.name) != 2) entry.handle = 0;
         text = skipWords(text, kWordsOfPair);

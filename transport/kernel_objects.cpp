@@ -112,7 +112,8 @@ bool semTryWait(SemaphoreSet& set, uint32_t entry) {
 }
 
 void semPost(SemaphoreSet& set, uint32_t entry) {
-    platform::postSemaphore(set.entry[entry].handle);
+    const auto post = set.trustsPeer ? platform::postTrustedSemaphore : platform::postSemaphore;
+    post(set.entry[entry].handle);
 }
 
 }  // namespace

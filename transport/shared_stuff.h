@@ -33,6 +33,7 @@ struct SemaphoreSet {
     int32_t peerThread;  // number of the peer's main thread
     int32_t watched;     // the peer's program: every wait also ends on its end
     int32_t stop;        // every wait also ends when this is posted (a host's emergency stop)
+    bool trustsPeer;     // a module its host; a host no module
 };
 
 // What belongs to the side's own thread.

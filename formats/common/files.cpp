@@ -5,7 +5,6 @@
 #include <algorithm>
 #include <cctype>
 #include <cstring>
-#include <filesystem>
 
 #include "formats/common/failure.h"
 
@@ -79,8 +78,9 @@ std::string fileName(const VORN_TagItem* message) {
 }
 
 std::string fileEnding(const std::string& name) {
-    std::string ending = std::filesystem::path(name).extension().string();
-    if (!ending.empty()) ending.erase(0, 1);
+    const size_t point = name.find_last_of("./");
+    if (point == std::string::npos || name[point] != '.') return {};
+    std::string ending = name.substr(point + 1);
     std::transform(ending.begin(), ending.end(), ending.begin(),
                    [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
     return ending;

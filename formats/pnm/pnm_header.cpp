@@ -2,8 +2,9 @@
 
 #include <vorn/types.h>
 
-#include <sstream>
+#include <charconv>
 #include <string>
+#include <string_view>
 
 #include "formats/common/failure.h"
 
@@ -70,9 +71,21 @@ std::string readPamLine(InputFile& file) {
     return line;
 }
 
-int32_t pamNumber(std::istringstream& words) {
+// Takes the first word off the line; empty at its end.
+std::string_view takeWord(std::string_view& line) {
+    while (!line.empty() && isSpace(line.front())) line.remove_prefix(1);
+    size_t length = 0;
+    while (length < line.size() && !isSpace(line[length])) ++length;
+    const std::string_view word = line.substr(0, length);
+    line.remove_prefix(length);
+    return word;
+}
+
+int32_t pamNumber(std::string_view& line) {
+    const std::string_view word = takeWord(line);
     int32_t number = -1;
-    if (!(words >> number) || number < 0) throw Failure{formats::kDamaged};
+    const auto end = std::from_chars(word.data(), word.data() + word.size(), number).ptr;
+    if (end != word.data() + word.size() || number < 0) throw Failure{formats::kDamaged};
     return number;
 }
 
@@ -91,9 +104,10 @@ void nameColors(const std::string& tupleType, Header& header) {
 void readPamHeader(InputFile& file, Header& header) {
     std::string tupleType;
     for (;;) {
-        std::istringstream words(readPamLine(file));
-        std::string keyword;
-        if (!(words >> keyword) || keyword[0] == '#') continue;
+        const std::string line = readPamLine(file);
+        std::string_view words = line;
+        const std::string_view keyword = takeWord(words);
+        if (keyword.empty() || keyword[0] == '#') continue;
         if (keyword == "ENDHDR") break;
         if (keyword == "WIDTH")
             header.width = pamNumber(words);
@@ -104,7 +118,7 @@ void readPamHeader(InputFile& file, Header& header) {
         else if (keyword == "MAXVAL")
             header.maxValue = pamNumber(words);
         else if (keyword == "TUPLTYPE")
-            words >> tupleType;
+            tupleType = takeWord(words);
         else
             throw Failure{formats::kDamaged};
     }

@@ -38,11 +38,12 @@ bool tryForAWhile(int32_t semaphore, WaitHistory& history) {
         --history.skip;
         return false;
     }
-    if (hasSeveralProcessors()) {
+    if (history.pays || hasSeveralProcessors()) {
         const auto end = std::chrono::steady_clock::now() + kTryTime;
         do {
             if (tryWaitSemaphore(semaphore)) {
                 history.misses = 0;
+                history.pays = true;
                 return true;
             }
         } while (std::chrono::steady_clock::now() < end);
@@ -50,6 +51,7 @@ bool tryForAWhile(int32_t semaphore, WaitHistory& history) {
     // Twice as many waits go by untried after every try that did not pay.
     history.skip = std::min(1u << std::min(history.misses, 16u), kMostSkipped);
     ++history.misses;
+    history.pays = false;
     return false;
 }
 
@@ -112,12 +114,19 @@ bool isSemaphore(int32_t semaphore) { return ::fcntl(semaphore, F_GETFD) >= 0; }
 // A peer that holds the same open file could fill the count and make it blocking. A full count
 // needs no post.
 void postSemaphore(int32_t semaphore) {
-    const uint64_t one = 1;
     pollfd room{semaphore, POLLOUT, 0};
+    int ready = 0;
+    do {
+        ready = ::poll(&room, 1, 0);
+    } while (ready < 0 && errno == EINTR);
+    if (ready > 0) postTrustedSemaphore(semaphore);
+}
+
+void postTrustedSemaphore(int32_t semaphore) {
+    const uint64_t one = 1;
     ssize_t done = 0;
     do {
-        done = ::poll(&room, 1, 0);
-        if (done > 0) done = ::write(semaphore, &one, sizeof one);
+        done = ::write(semaphore, &one, sizeof one);
     } while (done < 0 && errno == EINTR);
 }
 
