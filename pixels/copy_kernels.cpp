@@ -2,6 +2,10 @@
 
 #include "pixels/line_kernels.h"
 #include "pixels/samples.h"
+#include "support/cpu.h"
+#if defined(VORN_X86)
+#include "pixels/x86/kernels.h"
+#endif
 
 namespace vorn {
 namespace {
@@ -46,23 +50,26 @@ constexpr CopyKernels plainKernels() {
     return kernels;
 }
 
-int stepForm(ptrdiff_t step, ptrdiff_t sampleSize) {
-    const ptrdiff_t samples = step / sampleSize;
-    return samples >= 1 && samples < kStepForms && step % sampleSize == 0
-               ? static_cast<int>(samples)
-               : 0;
+int stepForm(ptrdiff_t step, bool wide) {
+    const ptrdiff_t samples = wide ? step >> 1 : step;
+    const bool whole = !wide || (step & 1) == 0;
+    return samples >= 1 && samples < kStepForms && whole ? static_cast<int>(samples) : 0;
 }
 
 }  // namespace
 
 const CopyKernels& copyKernels() {
     static constexpr CopyKernels kPlain = plainKernels();
+#if defined(VORN_X86)
+    return chooseKernels<CopyKernels>(kPlain, x86::overwrite);
+#else
     return kPlain;
+#endif
 }
 
 CopyKernel copyKernelFor(uint32_t sizeFlags, ptrdiff_t sourceStep, ptrdiff_t destinationStep) {
-    const int sourceForm = stepForm(sourceStep, (sizeFlags & 2) != 0 ? 2 : 1);
-    const int destinationForm = stepForm(destinationStep, (sizeFlags & 1) != 0 ? 2 : 1);
+    const int sourceForm = stepForm(sourceStep, (sizeFlags & 2) != 0);
+    const int destinationForm = stepForm(destinationStep, (sizeFlags & 1) != 0);
     return copyKernels().form[sizeFlags][sourceForm][destinationForm];
 }
 

@@ -7,14 +7,20 @@
 
 namespace vorn {
 
-ChunkedLine::ChunkedLine(const VORN_ChunkyBuffer& buffer, int32_t line, int32_t channels)
-    : channels_(channels), sampleSize_(buffer.bytesPerChannel == 2 ? 2 : 1) {
+ChunkedLine::ChunkedLine(Side side, const VORN_ChunkyBuffer& buffer, int32_t line, int32_t channels)
+    : channels_(channels),
+      sampleSize_(buffer.bytesPerChannel == 2 ? 2 : 1),
+      mover_(sizeFlagsOf(sampleSize_, sampleSize_)) {
     for (int32_t c = 0; c < channels; c++) {
-        if (isPresent(buffer, c)) {
-            start_[c] = lineStart(buffer, c, line);
-            step_[c] = buffer.pixelStep[c];
-        }
+        row_[c] = space_[c];
+        if (!isPresent(buffer, c)) continue;
+        start_[c] = lineStart(buffer, c, line);
+        step_[c] = buffer.pixelStep[c];
+        if (inPlace(c)) continue;
+        mover_.add(side == Source ? ChannelMove{start_[c], step_[c], space_[c], sampleSize_}
+                                  : ChannelMove{space_[c], sampleSize_, start_[c], step_[c]});
     }
+    mover_.plan();
 }
 
 void ChunkedLine::fillAbsent(AbsentColor kind) {
@@ -30,33 +36,13 @@ void ChunkedLine::open(int32_t first, int32_t count) {
     first_ = first;
     count_ = count;
     for (int32_t c = 0; c < channels_; c++) {
-        row_[c] = inPlace(c) ? sampleAt(c) : space_[c];
+        if (inPlace(c)) row_[c] = start_[c] + first_ * step_[c];
     }
 }
 
-void ChunkedLine::gather() {
-    const uint32_t sizes = sizeFlagsOf(sampleSize_, sampleSize_);
-    for (int32_t c = 0; c < channels_; c++) {
-        if (start_[c] != nullptr && !inPlace(c)) {
-            copyKernelFor(sizes, step_[c], sampleSize_)(sampleAt(c), step_[c], row_[c], sampleSize_,
-                                                        count_);
-        }
-    }
-}
+void ChunkedLine::gather() { mover_.move(first_, 0, count_); }
 
-void ChunkedLine::scatter() {
-    const uint32_t sizes = sizeFlagsOf(sampleSize_, sampleSize_);
-    for (int32_t c = 0; c < channels_; c++) {
-        if (start_[c] != nullptr && !inPlace(c)) {
-            copyKernelFor(sizes, sampleSize_, step_[c])(row_[c], sampleSize_, sampleAt(c), step_[c],
-                                                        count_);
-        }
-    }
-}
-
-uint8_t* ChunkedLine::sampleAt(int32_t channel) const {
-    return start_[channel] + first_ * step_[channel];
-}
+void ChunkedLine::scatter() { mover_.move(0, first_, count_); }
 
 bool ChunkedLine::inPlace(int32_t channel) const {
     return start_[channel] != nullptr && step_[channel] == sampleSize_;

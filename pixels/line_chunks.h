@@ -4,6 +4,8 @@
 
 #include <vorn/types.h>
 
+#include "pixels/channel_mover.h"
+
 namespace vorn {
 
 inline constexpr int32_t kChunkSamples = 512;
@@ -13,8 +15,12 @@ enum class AbsentColor { Zero, MiddleChroma };
 
 class ChunkedLine {
   public:
+    enum Side { Source, Destination };
+
     // Channels 0 to `channels` - 1 of a line.
-    ChunkedLine(const VORN_ChunkyBuffer& buffer, int32_t line, int32_t channels);
+    ChunkedLine(Side side, const VORN_ChunkyBuffer& buffer, int32_t line, int32_t channels);
+    ChunkedLine(const ChunkedLine&) = delete;
+    ChunkedLine& operator=(const ChunkedLine&) = delete;
 
     // Fills the rows of absent channels: zero, or for channels 1 and 2 the middle of chroma.
     void fillAbsent(AbsentColor kind);
@@ -27,11 +33,11 @@ class ChunkedLine {
     uint8_t* const* rows() const { return row_; }
 
   private:
-    uint8_t* sampleAt(int32_t channel) const;
     bool inPlace(int32_t channel) const;
 
     int32_t channels_;
     int32_t sampleSize_;
+    ChannelMover mover_;
     int32_t first_ = 0;
     int32_t count_ = 0;
     uint8_t* start_[3] = {};  // null: absent

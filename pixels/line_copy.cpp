@@ -40,7 +40,12 @@ void VORN_L_CopyCBtoCB(const VORN_ChunkyBuffer* source,
     if (destination->width < 1) {
         return;
     }
-    const uint32_t used = vorn::lineConversion(code).routine(task, true);
+    const uint32_t used =
+        code == vorn::kConversionCopy ? code : vorn::lineConversion(code).routine(task, true);
+    if (used == vorn::kConversionCopy) {
+        vorn::copyChannels(task, 0, 0);
+        return;
+    }
     if (used == vorn::kConversionPalette && palette == nullptr) {
         return;
     }

@@ -2,6 +2,9 @@
 // with the plain loops. A faster version of a loop takes the plain one's place in such a table;
 // nothing else has to know.
 //
+// A kernel reads and writes nothing outside the samples of its line, and writes nothing between
+// them. Source and destination must not overlap.
+//
 // Size flags, the first index of every table: bit 0 is set when the destination has 16-bit samples,
 // bit 1 when the source has.
 #pragma once
@@ -29,6 +32,42 @@ inline constexpr int kStepForms = 5;
 
 struct CopyKernels {
     CopyKernel form[kSizeFlags][kStepForms][kStepForms];
+};
+
+// Runs of sixteen destination bytes, put together from up to four runs of sixteen source bytes.
+// Copying samples, whatever their layouts and sizes, is nothing but that: 16 to 8 bits takes every
+// second byte, 8 to 16 bits takes every byte twice.
+struct ByteMove {
+    static constexpr int kBytes = 16;
+    static constexpr int kMost = 4;
+    static constexpr uint8_t kNone = 0x80;  // this input doesn't give that byte
+
+    // Runs of one side: where they lie for the first pixels, and the bytes from pixel to pixel.
+    struct Runs {
+        ptrdiff_t at[kMost];
+        ptrdiff_t step[kMost];
+    };
+
+    int32_t pixels;  // that the outputs make
+    Runs from, to;
+    uint8_t source[kMost][kMost][kBytes];  // by output and input: the place that a byte comes from
+    uint32_t written;  // by one output: a bit for each byte that belongs to these pixels
+};
+
+// The lines of a move: where its offsets count from, and which pixel is the first on either side.
+struct MovePlace {
+    const uint8_t* source;
+    uint8_t* destination;
+    int32_t sourceFirst, destinationFirst;
+};
+
+// Makes the pixels from the first one on. The last move starts `lastStart` pixels behind it.
+using MoveKernel = void (*)(const ByteMove& move, const MovePlace& place, int32_t lastStart);
+
+// By the numbers of inputs and outputs. Null: there is none, and the samples are copied one by one.
+struct MoveKernels {
+    MoveKernel whole[ByteMove::kMost + 1][ByteMove::kMost + 1];  // may write all of the outputs
+    MoveKernel gaps[ByteMove::kMost + 1];  // with one output; writes only those of `written`
 };
 
 // Converts `count` pixels whose channels lie side by side (step = sample size). Channels that the
@@ -60,6 +99,7 @@ struct LookupKernels {
 
 // The tables that transfers use.
 const CopyKernels& copyKernels();
+const MoveKernels& moveKernels();
 const ConvertKernels& convertKernels();
 const LookupKernels& lookupKernels();
 

@@ -1,20 +1,21 @@
 #include "pixels/line_routines.h"
 
+#include <bit>
 #include <cstring>
 
+#include "pixels/channel_mover.h"
 #include "pixels/line_chunks.h"
 #include "pixels/line_kernels.h"
 #include "pixels/line_view.h"
+#include "pixels/palette_cells.h"
 
 namespace vorn {
 namespace {
 
-void copyChannel(const LineTask& task, int32_t from, int32_t to) {
-    const VORN_ChunkyBuffer& in = task.source;
-    const VORN_ChunkyBuffer& out = task.destination;
-    copyKernelFor(task.sizeFlags, in.pixelStep[from], out.pixelStep[to])(
-        lineStart(in, from, task.sourceLine), in.pixelStep[from],
-        lineStart(out, to, task.destinationLine), out.pixelStep[to], out.width);
+// One channel of the task's lines.
+ChannelMove channelMove(const LineTask& task, int32_t from, int32_t to) {
+    return {lineStart(task.source, from, task.sourceLine), task.source.pixelStep[from],
+            lineStart(task.destination, to, task.destinationLine), task.destination.pixelStep[to]};
 }
 
 void convertColors(ConvertKernel kernel,
@@ -22,8 +23,9 @@ void convertColors(ConvertKernel kernel,
                    int32_t sourceChannels,
                    int32_t destinationChannels,
                    AbsentColor absent = AbsentColor::Zero) {
-    ChunkedLine source(task.source, task.sourceLine, sourceChannels);
-    ChunkedLine destination(task.destination, task.destinationLine, destinationChannels);
+    ChunkedLine source(ChunkedLine::Source, task.source, task.sourceLine, sourceChannels);
+    ChunkedLine destination(ChunkedLine::Destination, task.destination, task.destinationLine,
+                            destinationChannels);
     source.fillAbsent(absent);
     const int32_t width = task.destination.width;
     for (int32_t first = 0; first < width; first += kChunkSamples) {
@@ -71,11 +73,14 @@ uint32_t VORN_L_ConvGrayToRGB(const LineTask& task, bool query) {
     if (query) {
         return suitsFromGray(task) ? 2 : kConversionCopy;
     }
+    ChannelMover mover(task.sizeFlags);
     for (int32_t c = 0; c < 3 && isPresent(task.source, 0); c++) {
         if (isPresent(task.destination, c)) {
-            copyChannel(task, 0, c);
+            mover.add(channelMove(task, 0, c));
         }
     }
+    mover.plan();
+    mover.move(0, 0, task.destination.width);
     return 2;
 }
 
@@ -120,6 +125,10 @@ uint32_t VORN_L_ConvPalette(const LineTask& task, bool query) {
     if (query || task.palette == nullptr || !isPresent(task.source, 0)) {
         return kConversionPalette;
     }
+    if (suitsPaletteCells(task)) {
+        lookUpCells(task);
+        return kConversionPalette;
+    }
     const VORN_ChunkyBuffer& palette = *task.palette;
     const VORN_ChunkyBuffer& out = task.destination;
     const uint8_t* indices = lineStart(task.source, 0, task.sourceLine);
@@ -133,34 +142,32 @@ uint32_t VORN_L_ConvPalette(const LineTask& task, bool query) {
     return kConversionPalette;
 }
 
-// The first byte of the lines' common pixels when their channels fill equal pixels without gaps
-// (such lines are one run of bytes), else null.
-const uint8_t* packedPixels(const LineTask& task, int32_t channels, uint8_t*& destination) {
+// True when the lines' common pixels are equal cells without gaps, so that each side is one run of
+// samples; `ahead` is then how many of them lie before that of channel 0 in a cell.
+bool isOneRun(const LineTask& task, int32_t channels, ptrdiff_t& ahead) {
     const VORN_ChunkyBuffer& in = task.source;
     const VORN_ChunkyBuffer& out = task.destination;
-    const ptrdiff_t size = in.bytesPerChannel == 2 ? 2 : 1;
-    const uint8_t* lowest = nullptr;
+    const int32_t inSize = (task.sizeFlags & 2) != 0 ? 2 : 1;
+    const int32_t outSize = (task.sizeFlags & 1) != 0 ? 2 : 1;
+    const int32_t inCell = channels * inSize;
+    const int32_t outCell = channels * outSize;
+    constexpr int kMiddle = 2 * VORN_MAX_CHANNELS;
+    uint64_t begun = 0;  // one bit for each byte with which a sample begins; that of channel 0 is
+                         // in the middle
     for (int32_t c = 0; c < channels; c++) {
-        if (!isPresent(in, c) || !isPresent(out, c) || in.pixelStep[c] != size * channels ||
-            out.pixelStep[c] != size * channels) {
-            return nullptr;
+        const ptrdiff_t from = in.channelPlace[c] - in.channelPlace[0];
+        const ptrdiff_t to = out.channelPlace[c] - out.channelPlace[0];
+        if (in.pixelStep[c] != inCell || out.pixelStep[c] != outCell ||
+            in.lineStep[c] != in.lineStep[0] || out.lineStep[c] != out.lineStep[0] ||
+            from * outSize != to * inSize || from <= -inCell || from >= inCell) {
+            return false;
         }
-        const uint8_t* from = lineStart(in, c, task.sourceLine);
-        if (lowest == nullptr || from < lowest) {
-            lowest = from;
-            destination = lineStart(out, c, task.destinationLine);
-        }
+        begun |= uint64_t{1} << (kMiddle + from);
     }
-    uint32_t filled = 0;
-    for (int32_t c = 0; c < channels; c++) {
-        const ptrdiff_t offset = lineStart(in, c, task.sourceLine) - lowest;
-        if (offset >= size * channels || offset % size != 0 ||
-            lineStart(out, c, task.destinationLine) - destination != offset) {
-            return nullptr;
-        }
-        filled |= 1u << (offset / size);
-    }
-    return filled == (1u << channels) - 1 ? lowest : nullptr;
+    const int lowest = std::countr_zero(begun);
+    const uint64_t all = (inSize == 1 ? 0xFFFFu : 0x5555u) & ((1u << inCell) - 1);
+    ahead = (kMiddle - lowest) >> (inSize - 1);
+    return isPresent(in, 0) && isPresent(out, 0) && begun >> lowest == all;
 }
 
 }  // namespace
@@ -182,22 +189,31 @@ const LineConversion& lineConversion(uint32_t code) {
 void copyChannels(const LineTask& task, int32_t firstSource, int32_t firstDestination) {
     const int32_t channels = std::min(usedChannels(task.source) - firstSource,
                                       usedChannels(task.destination) - firstDestination);
-    const bool sameSize = task.sizeFlags == 0 || task.sizeFlags == 3;
-    if (sameSize && firstSource == 0 && firstDestination == 0 && channels > 1) {
-        uint8_t* to = nullptr;
-        if (const uint8_t* from = packedPixels(task, channels, to)) {
-            std::memcpy(to, from,
-                        static_cast<size_t>(task.destination.width) *
-                            static_cast<size_t>(task.source.pixelStep[0]));
-            return;
+    ptrdiff_t ahead = 0;
+    if (channels > 0 && firstSource == 0 && firstDestination == 0 &&
+        isOneRun(task, channels, ahead)) {
+        const int32_t samples = task.destination.width * channels;
+        const ChannelMove first = channelMove(task, 0, 0);
+        const ptrdiff_t in = (task.sizeFlags & 2) != 0 ? 2 : 1;
+        const ptrdiff_t out = (task.sizeFlags & 1) != 0 ? 2 : 1;
+        const uint8_t* from = first.from - ahead * in;
+        uint8_t* to = first.to - ahead * out;
+        if (in == out) {
+            std::memcpy(to, from, static_cast<size_t>(samples * in));
+        } else {
+            copyKernels().form[task.sizeFlags][1][1](from, in, to, out, samples);
         }
+        return;
     }
+    ChannelMover mover(task.sizeFlags);
     for (int32_t c = 0; c < channels; c++) {
         if (isPresent(task.source, firstSource + c) &&
             isPresent(task.destination, firstDestination + c)) {
-            copyChannel(task, firstSource + c, firstDestination + c);
+            mover.add(channelMove(task, firstSource + c, firstDestination + c));
         }
     }
+    mover.plan();
+    mover.move(0, 0, task.destination.width);
 }
 
 }  // namespace vorn

@@ -2,8 +2,8 @@
 
 #include <algorithm>
 
-#include "scale/cpu.h"
-#if defined(VORN_SCALE_X86)
+#include "support/cpu.h"
+#if defined(VORN_X86)
 #include "scale/x86/kernels.h"
 #endif
 
@@ -64,7 +64,7 @@ const AverageKernels<uint16_t>& plainAverageKernels() {
 
 template <class Sample>
 const AverageKernels<Sample>& averageKernels() {
-#if defined(VORN_SCALE_X86)
+#if defined(VORN_X86)
     return chooseKernels<AverageKernels<Sample>>(plainAverageKernels<Sample>(), x86::overwrite);
 #else
     return plainAverageKernels<Sample>();

@@ -2,8 +2,8 @@
 
 #include <algorithm>
 
-#include "scale/cpu.h"
-#if defined(VORN_SCALE_X86)
+#include "support/cpu.h"
+#if defined(VORN_X86)
 #include "scale/x86/kernels.h"
 #endif
 
@@ -63,7 +63,7 @@ template const BicubicKernels<uint16_t>& plainBicubicKernels();
 
 template <class Sample>
 const BicubicKernels<Sample>& bicubicKernels() {
-#if defined(VORN_SCALE_X86)
+#if defined(VORN_X86)
     return chooseKernels<BicubicKernels<Sample>>(plainBicubicKernels<Sample>(), x86::overwrite);
 #else
     return plainBicubicKernels<Sample>();

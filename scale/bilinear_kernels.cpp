@@ -1,7 +1,7 @@
 #include "scale/bilinear_kernels.h"
 
-#include "scale/cpu.h"
-#if defined(VORN_SCALE_X86)
+#include "support/cpu.h"
+#if defined(VORN_X86)
 #include "scale/x86/kernels.h"
 #endif
 
@@ -57,7 +57,7 @@ template const BilinearKernels<uint16_t>& plainBilinearKernels();
 
 template <class Sample>
 const BilinearKernels<Sample>& bilinearKernels() {
-#if defined(VORN_SCALE_X86)
+#if defined(VORN_X86)
     return chooseKernels<BilinearKernels<Sample>>(plainBilinearKernels<Sample>(), x86::overwrite);
 #else
     return plainBilinearKernels<Sample>();

@@ -1,6 +1,6 @@
 #include <algorithm>
 
-#include "scale/x86/avx2.h"
+#include "support/x86/avx2.h"
 #include "scale/x86/kernels.h"
 
 namespace vorn::x86 {

@@ -1,4 +1,4 @@
-#include "scale/x86/avx2.h"
+#include "support/x86/avx2.h"
 #include "scale/x86/kernels.h"
 
 namespace vorn::x86 {

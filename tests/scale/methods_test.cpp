@@ -1,7 +1,7 @@
 // The four methods against their plain references, over random pictures, sizes, layouts and bands.
 #include <gtest/gtest.h>
 
-#include "scale/cpu.h"
+#include "support/cpu.h"
 #include "tests/scale/reference_average.h"
 #include "tests/scale/reference_bicubic.h"
 #include "tests/scale/reference_bilinear.h"

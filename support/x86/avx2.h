@@ -1,5 +1,5 @@
-// What the files of this folder share: functions marked VORN_AVX2 may use these instructions, and
-// run only where the processor has them.
+// What kernels for AVX2 share: functions marked VORN_AVX2 may use these instructions, and run only
+// where the processor has them (see support/cpu.h).
 #pragma once
 
 #include <immintrin.h>
