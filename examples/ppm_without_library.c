@@ -2,7 +2,6 @@
  * docs/protocol.md with POSIX calls alone. Put it into the home directory's Loaders. */
 #define _POSIX_C_SOURCE 200809L
 #include <errno.h>
-#include <fcntl.h>
 #include <poll.h>
 #include <stdint.h>
 #include <stdio.h>
@@ -53,17 +52,12 @@ static void take(int entry) {
 
 /* Messages */
 
-static unsigned char* head(unsigned char* at, uint32_t id, uint32_t dataSize) {
-    const uint32_t length = kItemHead + ((dataSize + 3) & ~3u);
+static unsigned char* item(unsigned char* at, uint32_t id, const void* data, uint32_t size) {
+    const uint32_t padded = (size + 3) & ~3u, length = kItemHead + padded;
     memcpy(at, &id, 4);
     memcpy(at + 4, &length, 4);
-    return at + kItemHead;
-}
-
-static unsigned char* item(unsigned char* at, uint32_t id, const void* data, uint32_t size) {
-    at = head(at, id, size);
-    if (size) memcpy(at, data, size);
-    return at + ((size + 3) & ~3u);
+    if (size) memcpy(at + kItemHead, data, size);
+    return at + length;
 }
 
 static unsigned char* number(unsigned char* at, uint32_t id, int32_t value) {
@@ -106,7 +100,7 @@ static int openFile(const char* name) {
     file = fopen(name, "rb");
     if (!file) return 0;
     return fscanf(file, "P6 %d %d %d", &width, &height, &most) == 3 && most == 255 &&
-           getc(file) != EOF && width > 0 && height > 0 && width <= 65536 / 3 && height <= 65536;
+           getc(file) != EOF && width > 0 && height > 0 && width <= 32000 && height <= 65536;
 }
 
 /* Commands */
@@ -139,20 +133,22 @@ static int hostInterrupts(void) {
 }
 
 static void loadData(void) {
+    static unsigned char pixels[kAreaSize];
     const uint32_t lineSize = 3 * (uint32_t)width;
     int32_t most = (int32_t)((outSize - 256) / lineSize);
     if (most > kLinesInBlock) most = kLinesInBlock;
     for (int32_t first = 0; first < height && !hostInterrupts(); first += most) {
         const int32_t lines = height - first < most ? height - first : most;
         const uint32_t size = lineSize * (uint32_t)lines;
+        if (fread(pixels, 1, size, file) != size) {
+            error = kDamaged;
+            return;
+        }
         take(kOutFree);
         unsigned char* at = number(out, kReadWidth, width);
         at = number(at, kReadHeight, lines);
         at = number(at, kReadLine, first);
-        at = head(at, kData, size);
-        memset(at, 0, size);
-        if (fread(at, 1, size, file) != size) error = kDamaged;
-        send(at + ((size + 3) & ~3u));
+        send(item(at, kData, pixels, size));
     }
 }
 
