@@ -116,11 +116,31 @@ void semPost(SemaphoreSet& set, uint32_t entry) {
     post(set.entry[entry].handle);
 }
 
+size_t inherited(const SharedStuff& stuff, int32_t (&descriptors)[kMostInherited]) {
+    size_t count = 0;
+    descriptors[count++] = stuff.shm.handle;
+    for (const auto& entry : stuff.semaphores->entry) descriptors[count++] = entry.handle;
+    return count;
+}
+
 }  // namespace
 
 const OsLayer kKernelObjects = {
-    shmCreate,  shmOpen,       shmMap,        shmUnmap, shmDestroy, shmClose, semCreateSet,
-    semOpenSet, semDestroySet, semDestroySet, semWait,  semTryWait, semPost,
+    .shmCreate = shmCreate,
+    .shmOpen = shmOpen,
+    .shmMap = shmMap,
+    .shmUnmap = shmUnmap,
+    .shmDestroy = shmDestroy,
+    .shmClose = shmClose,
+    .semCreateSet = semCreateSet,
+    .semOpenSet = semOpenSet,
+    .semDestroySet = semDestroySet,
+    .semCloseSet = semDestroySet,
+    .semWait = semWait,
+    .semTryWait = semTryWait,
+    .semPost = semPost,
+    .inherited = inherited,
+    .modulesKnowTheirHost = true,
 };
 
 }  // namespace vorn

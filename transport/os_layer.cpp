@@ -1,8 +1,34 @@
 #include "transport/os_layer.h"
 
-namespace vorn {
+#include <vorn/support.h>
 
-// A system without kernel objects would get its own implementation here, by OSEqualWin162.
-const OsLayer& osLayer() { return kKernelObjects; }
+namespace vorn {
+namespace {
+
+bool firstWait(SemaphoreSet& set, uint32_t entry) {
+    const auto chosen = osLayer().semWait;
+    waitRoutine = chosen;
+    return chosen(set, entry);
+}
+
+bool firstTryWait(SemaphoreSet& set, uint32_t entry) {
+    const auto chosen = osLayer().semTryWait;
+    tryWaitRoutine = chosen;
+    return chosen(set, entry);
+}
+
+void firstPost(SemaphoreSet& set, uint32_t entry) {
+    const auto chosen = osLayer().semPost;
+    postRoutine = chosen;
+    chosen(set, entry);
+}
+
+}  // namespace
+
+std::atomic<decltype(OsLayer::semWait)> waitRoutine{firstWait};
+std::atomic<decltype(OsLayer::semTryWait)> tryWaitRoutine{firstTryWait};
+std::atomic<decltype(OsLayer::semPost)> postRoutine{firstPost};
+
+const OsLayer& osLayer() { return OSEqualWin162() ? kGlobalBlocks : kKernelObjects; }
 
 }  // namespace vorn

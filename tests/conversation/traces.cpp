@@ -9,6 +9,8 @@
 #include <filesystem>
 #include <fstream>
 
+#include "platform/thread_messages.h"
+
 namespace {
 
 namespace fs = std::filesystem;
@@ -73,6 +75,8 @@ void awaitProgramsIn(const std::string& directory) {
 }
 
 void NothingStays::SetUp() {
+    vorn::platform::ThreadMessage message;
+    vorn::platform::peekThreadMessage(message);  // a thread's queue stays as long as the thread
     descriptors_ = openDescriptors();
     sharedObjects_ = sharedObjects();
 }
