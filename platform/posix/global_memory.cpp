@@ -96,7 +96,7 @@ bool lockGlobal(int32_t address, size_t size) {
     if (descriptor == kNoDescriptor) return false;
     const bool seen = blockHolds(descriptor, size) &&
                       mapFree(address, size, PROT_READ | PROT_WRITE, MAP_SHARED, descriptor);
-    ::close(descriptor);
+    if (seen) ::close(descriptor);  // the mapping needs it no more
     return seen;
 }
 
