@@ -10,11 +10,11 @@
 
 #include "errors/error_numbers.h"
 #include "module/module_state.h"
-#include "platform/limits.h"
 #include "platform/process.h"
 #include "tags/gathered_words.h"
 #include "tags/tag_walk.h"
 #include "transport/attach.h"
+#include "transport/os_layer.h"
 
 namespace vorn {
 namespace {
@@ -262,8 +262,7 @@ void VORN_M_ShellMain(int argc, char** argv) {
     std::atexit(vorn::reportAbnormalExit);
     vorn::setRoles(state.stuff);
     if (!vorn::SharedStuffAttach(state.stuff, argc, argv)) return;
-    const vorn::SemaphoreSet& semaphores = *state.stuff.semaphores;
-    vorn::platform::tellLimits(semaphores.entry[state.stuff.spareForPeer].handle);
+    vorn::osLayer().tellLimits(*state.stuff.semaphores, state.stuff.spareForPeer);
     VORN_H_RegisterAppName(vorn::platform::hostApplication());
     vorn::Shell(state).run();
     vorn::SharedStuffDetach(state.stuff);

@@ -17,8 +17,9 @@ enum class Reservation { Reserved, InUse, Failed };
 Reservation reserveName(const char* name, int32_t& reservation);
 void releaseName(int32_t reservation);
 
-// A block of shared memory that no side can shrink or grow. kNoDescriptor on failure.
-int32_t createBlock(size_t size);
+// A block of shared memory that no side can shrink or grow. The name is one that the system shows.
+// kNoDescriptor on failure.
+int32_t createBlock(size_t size, const char* name = "vorn");
 // True when the descriptor is a block of at least `size` bytes.
 bool blockHolds(int32_t block, size_t size);
 void* mapBlock(int32_t block, size_t size);

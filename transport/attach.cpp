@@ -77,6 +77,7 @@ bool open(SharedStuff& stuff, int argc, char** argv) {
     SemaphoreSet& set = *stuff.semaphores;
     if (!readAreas(text, stuff, set.peerThread)) return false;
     if (!platform::watchHost(set.peerThread, set.watched)) return false;
+    if (!osLayer().modulesKnowTheirHost) set.peerThread = 0;
     stuff.base = ShmMap(stuff.shm);
     if (!stuff.base) trace("Open get sem pointer failed.\n");
     return stuff.base != nullptr;

@@ -5,6 +5,7 @@
 #include <new>
 
 #include "platform/connection.h"
+#include "platform/limits.h"
 #include "support/memory.h"
 #include "transport/os_layer.h"
 
@@ -118,11 +119,36 @@ bool semPost(SemaphoreSet& set, uint32_t entry) {
     return true;
 }
 
+size_t inherited(const SharedStuff& stuff, int32_t (&descriptors)[kMostInherited]) {
+    size_t count = 0;
+    descriptors[count++] = stuff.shm.handle;
+    for (const auto& entry : stuff.semaphores->entry) descriptors[count++] = entry.handle;
+    return count;
+}
+
+void tellLimits(const SemaphoreSet& set, uint32_t entry) {
+    platform::tellLimits(set.entry[entry].handle);
+}
+
 }  // namespace
 
 const OsLayer kKernelObjects = {
-    shmCreate,  shmOpen,       shmMap,        shmUnmap, shmDestroy, shmClose, semCreateSet,
-    semOpenSet, semDestroySet, semDestroySet, semWait,  semTryWait, semPost,
+    .shmCreate = shmCreate,
+    .shmOpen = shmOpen,
+    .shmMap = shmMap,
+    .shmUnmap = shmUnmap,
+    .shmDestroy = shmDestroy,
+    .shmClose = shmClose,
+    .semCreateSet = semCreateSet,
+    .semOpenSet = semOpenSet,
+    .semDestroySet = semDestroySet,
+    .semCloseSet = semDestroySet,
+    .semWait = semWait,
+    .semTryWait = semTryWait,
+    .semPost = semPost,
+    .inherited = inherited,
+    .tellLimits = tellLimits,
+    .modulesKnowTheirHost = true,
 };
 
 }  // namespace vorn

@@ -84,13 +84,12 @@ bool ModuleLaunch(VORN_Image& image, const char* moduleFileName) {
     char* arguments[kMaxArguments + 1];
     splitArguments(words, arguments);
 
-    int32_t inherited[1 + kSemaphoreCount] = {stuff.shm.handle};
-    for (int i = 0; i < kSemaphoreCount; ++i) inherited[1 + i] = stuff.semaphores->entry[i].handle;
+    int32_t inherited[kMostInherited];
     platform::ProcessStart start;
     start.path = path;
     start.arguments = arguments;
     start.inherited = inherited;
-    start.inheritedCount = std::size(inherited);
+    start.inheritedCount = osLayer().inherited(stuff, inherited);
     start.application = applicationName();
     start.limits = image.limits;
     if (const int32_t error = platform::startProcess(start, image.process))

@@ -1,8 +1,9 @@
 #include "transport/os_layer.h"
 
+#include <vorn/support.h>
+
 namespace vorn {
 
-// A system without kernel objects would get its own implementation here, by OSEqualWin162.
-const OsLayer& osLayer() { return kKernelObjects; }
+const OsLayer& osLayer() { return OSEqualWin162() ? kGlobalBlocks : kKernelObjects; }
 
 }  // namespace vorn

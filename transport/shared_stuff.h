@@ -18,7 +18,7 @@ inline constexpr int32_t kSemaphoreCount = 6;
 
 struct ShmDescriptor {
     char name[8];
-    int32_t handle;  // a descriptor; 0 = none
+    int32_t handle;  // a descriptor or an address, as the system has it; 0 = none
     int32_t reservation;
 };
 

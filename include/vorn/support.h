@@ -107,7 +107,10 @@ VORN_API void dbprint(const char* format, ...) VORN_PRINTF;
 VORN_API void dblog(const char* format, ...) VORN_PRINTF;
 
 /* Which system the library runs on. Exactly one system is believed at a time; "NT" unless the
- * environment variable VORN_SYSTEM says "win16" or "chicago". */
+ * environment variable VORN_SYSTEM says "win16" (16-bit Windows) or "chicago". On 16-bit Windows
+ * host and module speak through memory at the same address and waits that spin, elsewhere through
+ * objects that the kernel holds. Modules inherit the variable from their host; a program that sets
+ * it does so before its first image is opened. */
 VORN_API VORN_Bool OSEqualWin162(void);
 VORN_API VORN_Bool OSEqualNT2(void);
 VORN_API VORN_Bool OSEqualChicago2(void);

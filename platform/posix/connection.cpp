@@ -78,9 +78,9 @@ Reservation reserveName(const char* name, int32_t& reservation) {
 
 void releaseName(int32_t reservation) { closeDescriptor(reservation); }
 
-int32_t createBlock(size_t size) {
+int32_t createBlock(size_t size, const char* name) {
     const int32_t block =
-        aboveStandardStreams(::memfd_create("vorn", MFD_CLOEXEC | MFD_ALLOW_SEALING));
+        aboveStandardStreams(::memfd_create(name, MFD_CLOEXEC | MFD_ALLOW_SEALING));
     if (block < 0) return kNoDescriptor;
     if (::ftruncate(block, static_cast<off_t>(size)) == 0 &&
         ::fcntl(block, F_ADD_SEALS, F_SEAL_SHRINK | F_SEAL_GROW | F_SEAL_SEAL) == 0) {

@@ -1,4 +1,8 @@
 // Pictures that come out of loader programs.
+#include <unistd.h>
+#include <vorn/support.h>
+
+#include <fstream>
 #include <vector>
 
 #include "tests/conversation/host.h"
@@ -34,6 +38,27 @@ TEST_F(Reading, BringsEverySizeChannelCountAndStepOfALoader) {
             }
         }
     }
+}
+
+TEST_F(Reading, TakesAHundredThousandTurns) {
+    Loader loader;
+    ASSERT_TRUE(loader.reads("w=2,h=50000,c=1,block=1"));  // two turns a line
+}
+
+TEST_F(Reading, TellsTheLoaderWhatTheSystemHas) {
+    Loader loader;
+    ASSERT_TRUE(loader.open("w=6,h=6"));
+    std::ifstream line("/proc/" + text(loader.program()) + "/cmdline");
+    std::vector<std::string> arguments;
+    for (std::string argument; std::getline(line, argument, '\0');) arguments.push_back(argument);
+    ASSERT_EQ(arguments.size(), 19u);
+    EXPECT_EQ(arguments[1] == "VORN", OSEqualWin162() != 0) << arguments[1];
+    const int first = std::atoi(arguments[2].c_str());
+    for (int i = 0; i < 6 && OSEqualWin162(); ++i) {
+        EXPECT_EQ(arguments[static_cast<size_t>(2 + 2 * i)], text(first + i));
+        EXPECT_EQ(arguments[static_cast<size_t>(3 + 2 * i)], text(i) + "VN");
+    }
+    EXPECT_EQ(arguments[18], text(::getpid()));
 }
 
 TEST_F(Reading, BringsTheStandardLayouts) {

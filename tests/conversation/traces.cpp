@@ -9,6 +9,8 @@
 #include <filesystem>
 #include <fstream>
 
+#include "platform/thread_messages.h"
+
 namespace {
 
 namespace fs = std::filesystem;
@@ -62,6 +64,17 @@ std::set<std::string> openDescriptors() {
     return all;
 }
 
+// Shared memory of ours that this program sees.
+std::multiset<std::string> sharedMappings() {
+    std::multiset<std::string> all;
+    std::ifstream maps("/proc/self/maps");
+    for (std::string line; std::getline(maps, line);) {
+        const size_t name = line.find("/memfd:vorn");
+        if (name != std::string::npos) all.insert(line.substr(name));
+    }
+    return all;
+}
+
 void awaitProgramsIn(const std::string& directory) {
     for (const auto& entry : fs::directory_iterator("/proc")) {
         std::error_code error;
@@ -73,6 +86,8 @@ void awaitProgramsIn(const std::string& directory) {
 }
 
 void NothingStays::SetUp() {
+    vorn::platform::ThreadMessage message;
+    vorn::platform::peekThreadMessage(message);  // a thread's queue stays as long as the thread
     descriptors_ = openDescriptors();
     sharedObjects_ = sharedObjects();
 }
@@ -81,4 +96,5 @@ void NothingStays::TearDown() {
     EXPECT_FALSE(hasChildren());
     EXPECT_EQ(openDescriptors(), descriptors_);
     EXPECT_EQ(sharedObjects(), sharedObjects_);
+    EXPECT_EQ(sharedMappings(), std::multiset<std::string>());
 }

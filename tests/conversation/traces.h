@@ -17,6 +17,8 @@ bool hasChildren();
 
 std::set<std::string> openDescriptors();
 
+std::multiset<std::string> sharedMappings();
+
 // Waits until no program that lies in the directory runs.
 void awaitProgramsIn(const std::string& directory);
 
