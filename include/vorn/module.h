@@ -54,7 +54,8 @@ VORN_API VORN_Bool VORN_M_SetModuleTags(uint32_t first, const VORN_Word* rest);
 VORN_API VORN_Bool VORN_M_SetVaModuleTags(uint32_t first, ...);
 
 /* Runs the module until the host ends it or is gone. Returns at once when the program was started
- * by hand. */
+ * by hand. Where the host has set limits (VORN_H_ModuleSetLimits), it is told when the program
+ * meets one: by a SIGXCPU action and a new-handler, unless the program has its own. */
 VORN_API void VORN_M_ShellMain(int argc, char** argv);
 
 /* 1 on host threads, 0 on the thread that runs a module's shell. A variable of each thread. The

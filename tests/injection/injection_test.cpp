@@ -24,6 +24,7 @@ struct Injection {
     const char* action;
     Expect expect;
 };
+void PrintTo(const Injection& injection, std::ostream* out) { *out << injection.action; }
 
 constexpr Injection kInjections[] = {
     {"kill", Expect::EndsInOrder},

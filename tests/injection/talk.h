@@ -8,6 +8,7 @@
 // One way through a conversation.
 enum class Kind { Loading, Aborting, Saving };
 const char* nameOf(Kind kind);
+inline void PrintTo(Kind kind, std::ostream* out) { *out << nameOf(kind); }
 
 // The module's handle, and the same conversation again and again.
 class Talk {

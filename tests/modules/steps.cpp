@@ -231,9 +231,8 @@ const std::map<std::string, std::function<void()>>& actions() {
 }
 
 bool isMischief(const std::string& action) {
-    static const std::vector<std::string> kMischief = {"zeros",    "ones",    "random", "shrink",
-                                                       "blocking", "take",    "post",   "fill",
-                                                       "close",    "leaveout"};
+    static const std::vector<std::string> kMischief = {"zeros", "ones", "random", "shrink",  "take",
+                                                       "post",  "fill", "close",  "leaveout"};
     return std::find(kMischief.begin(), kMischief.end(), action) != kMischief.end();
 }
 
