@@ -203,7 +203,7 @@ const std::map<std::string, std::function<void()>>& actions() {
         {"ones", [] { fillBlock([] { return uint8_t{0xFF}; }); }},
         {"random", scribbleRandom},
         {"shrink", shrinkBlock},
-        {makeSemaphoresBlocking},
+        {"blocking", makeSemaphoresBlocking},
         {"take", takeAll},
         {"post", [] { forEachSemaphore([](int number) { post(number, 1); }); }},
         {"fill", fillSemaphores},
