@@ -43,7 +43,13 @@ const vorn::OsLayer kScript = {
     [](vorn::SemaphoreSet* set) { FreeMemory(set); },
     [](vorn::SemaphoreSet&, uint32_t entry) { return current->wait(entry); },
     [](vorn::SemaphoreSet&, uint32_t entry) { return current->tryWait(entry); },
-    [](vorn::SemaphoreSet&, uint32_t entry) { current->post(entry); },
+    [](vorn::SemaphoreSet&, uint32_t entry) {
+        current->post(entry);
+        return true;
+    },
+    [](const SharedStuff&, int32_t (&)[vorn::kMostInherited]) { return size_t{0}; },
+    [](const vorn::SemaphoreSet&, uint32_t) {},
+    true,
 };
 
 // An area of its own, so that its edges are the edges of a block.
