@@ -15,7 +15,8 @@ enum : int32_t {
     kUnsupported = 2003,    // a variant of the format that the module doesn't know
     kCannotSave = 2004,     // the format can't hold this colour space, depth or channel count
     kNoFileName = 2005,
-    kBadOption = 2006
+    kBadOption = 2006,
+    kNoSuchPage = 2011
 };
 
 // Error numbers of the library that modules use too.
