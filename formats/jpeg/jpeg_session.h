@@ -1,12 +1,13 @@
 // libjpeg behind a border that no exception and no longjmp crosses the wrong way.
 #pragma once
 
-// libjpeg's header wants these two first.
-#include <jpeglib.h>
-
-#include <csetjmp>
+// clang-format off
 #include <cstddef>
 #include <cstdio>
+#include <jpeglib.h>  // wants these two first
+// clang-format on
+
+#include <csetjmp>
 
 #include "formats/common/failure.h"
 
