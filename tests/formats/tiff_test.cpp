@@ -155,7 +155,9 @@ TEST_F(Tiff, DividesColoursByTheAlphaTheyWereMultipliedWith) {
             const unsigned wanted =
                 divided ? std::min(255u, (red * 255 + opacity / 2) / opacity) : red;
             EXPECT_EQ(pixel[0], wanted);
-            if (alpha) EXPECT_EQ(pixel[3], opacity);
+            if (alpha) {
+                EXPECT_EQ(pixel[3], opacity);
+            }
         }
     }
 }
@@ -240,9 +242,6 @@ TEST_F(Tiff, RefusesWhatIsNoTiffAndWhatItCannotHold) {
                   save<TiffSaver>(files_.path("b"), imageWords(1, 1, 1, VORN_CS_CMAPPED), {});
               }),
               formats::kCannotSave);
-    EXPECT_EQ(
-        failureOf([&] { save<TiffSaver>("/dev/full", imageWords(1, 1, 1, VORN_CS_GRAY), {7}); }),
-        formats::kCannotWrite);
 }
 
 }  // namespace
