@@ -34,6 +34,7 @@ formats::Description GifLoader::open(formats::InputFile file) {
         width_ = frame_.left + frame_.width;
         height_ = frame_.top + frame_.height;
     }
+    if (width_ == 0 || height_ == 0) throw Failure{formats::kDamaged};
     const bool whole = frame_.left == 0 && frame_.top == 0 && frame_.width == width_ &&
                        frame_.height == height_ && !frame_.colors.empty();
 
@@ -86,10 +87,7 @@ int32_t GifLoader::countFrames() {
     int32_t frames = 0;
     try {
         for (; findFrame(); ++frames) {
-            GifByteType* block = nullptr;
-            int size = 0;
-            check(DGifGetCode(gif_.get(), &size, &block) == GIF_OK);
-            while (block) check(DGifGetCodeNext(gif_.get(), &block) == GIF_OK);
+            skipData();
         }
     } catch (const Failure& failure) {
         if (failure.code != formats::kDamaged) throw;
@@ -97,6 +95,13 @@ int32_t GifLoader::countFrames() {
     }
     comment_.clear();
     return frames;
+}
+
+void GifLoader::skipData() {
+    GifByteType* block = nullptr;
+    int size = 0;
+    check(DGifGetCode(gif_.get(), &size, &block) == GIF_OK);
+    while (block) check(DGifGetCodeNext(gif_.get(), &block) == GIF_OK);
 }
 
 // Goes to the next frame; false at the end of the file.
@@ -139,7 +144,6 @@ void GifLoader::readExtension() {
 void GifLoader::readFrameHead() {
     check(DGifGetImageDesc(gif_.get()) == GIF_OK);
     const GifImageDesc& image = gif_->Image;
-    if (image.Width < 1 || image.Height < 1) throw Failure{formats::kDamaged};
     frame_.left = static_cast<size_t>(image.Left);
     frame_.top = static_cast<size_t>(image.Top);
     frame_.width = static_cast<size_t>(image.Width);
@@ -159,6 +163,10 @@ void GifLoader::readFrameLine(uint8_t* line) {
 std::vector<uint8_t> GifLoader::readFrame() {
     std::vector<uint8_t> indices(formats::heldBytes(static_cast<int64_t>(frame_.height),
                                                     static_cast<int64_t>(frame_.width)));
+    if (indices.empty()) {  // a frame without pixels may have data all the same
+        skipData();
+        return indices;
+    }
     const size_t passes = frame_.interlaced ? 4 : 1;
     constexpr size_t kFirst[] = {0, 4, 2, 1};
     constexpr size_t kStep[] = {8, 8, 4, 2};

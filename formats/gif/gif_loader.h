@@ -36,6 +36,7 @@ class GifLoader final : public formats::Loader {
     void start();
     void check(bool succeeded) const;
     int32_t countFrames();
+    void skipData();
     bool findFrame();
     void readExtension();
     void readFrameHead();
