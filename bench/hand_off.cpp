@@ -194,10 +194,12 @@ std::vector<Contestant> contestants(bool several) {
 constexpr size_t kBlock = vorn::kBigAreaSize;
 constexpr int kBlocks = 2000;
 
-double blocksThroughConnection() {
-    Connection connection(VORN_LOADER, [](SharedStuff& module) {
+template <class Work>
+double blocksThroughConnection(Work work) {
+    Connection connection(VORN_LOADER, [work](SharedStuff& module) {
         const auto mine = std::make_unique<uint8_t[]>(kBlock);
         for (int i = 0; i < kBlocks; ++i) {
+            work();
             std::memcpy(VORN_L_StartWritingSharedStuff(&module, kBlock), mine.get(), kBlock);
             VORN_L_EndWritingSharedStuff(&module);
         }
@@ -207,8 +209,13 @@ double blocksThroughConnection() {
         for (int i = 0; i < kBlocks; ++i) {
             std::memcpy(mine.get(), VORN_L_StartReadingSharedStuff(&connection.host()), kBlock);
             VORN_L_EndReadingSharedStuff(&connection.host());
+            work();
         }
     });
+}
+
+double bareBlocks() {
+    return blocksThroughConnection([] {});
 }
 
 double blocksThroughFutexes() {
@@ -245,24 +252,7 @@ void workForAWhile() {
     }
 }
 
-double workOnBothSides() {
-    Connection connection(VORN_LOADER, [](SharedStuff& module) {
-        const auto mine = std::make_unique<uint8_t[]>(kBlock);
-        for (int i = 0; i < kBlocks; ++i) {
-            workForAWhile();
-            std::memcpy(VORN_L_StartWritingSharedStuff(&module, kBlock), mine.get(), kBlock);
-            VORN_L_EndWritingSharedStuff(&module);
-        }
-    });
-    const auto mine = std::make_unique<uint8_t[]>(kBlock);
-    return secondsEach(kBlocks, [&] {
-        for (int i = 0; i < kBlocks; ++i) {
-            std::memcpy(mine.get(), VORN_L_StartReadingSharedStuff(&connection.host()), kBlock);
-            VORN_L_EndReadingSharedStuff(&connection.host());
-            workForAWhile();
-        }
-    });
-}
+double workOnBothSides() { return blocksThroughConnection(workForAWhile); }
 
 double workInOneProgram() {
     return secondsEach(kBlocks, [] {
@@ -279,7 +269,7 @@ void handOffRows() {
         compare("Round trip, one processor", kTurns, contestants(false));
     }
     compare("Block of 96 KiB, two copies", kTurns,
-            {{"vorn", blocksThroughConnection}, {"futex, tries first", blocksThroughFutexes}});
+            {{"vorn", bareBlocks}, {"futex, tries first", blocksThroughFutexes}});
     compare("Block with 100 us of work on each side", 5,
             {{"vorn", workOnBothSides}, {"one program", workInOneProgram}});
 }

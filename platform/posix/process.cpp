@@ -48,6 +48,7 @@ constexpr const char* kHostVariable = "VORN_HOST=";
 constexpr const char* kArenaVariable = "MALLOC_ARENA_MAX=";
 constexpr size_t kVariableSize = 32;
 constexpr size_t kSignalSetSize = 8;  // the kernel's
+constexpr int kLongestEnd = 1000;     // ms that a program is waited for that is to be collected
 
 // What the two borrowed tasks work on. It lives in the caller's memory, which they share.
 struct Start {
@@ -188,6 +189,14 @@ int32_t openProcess(pid_t id) {
     return aboveStandardStreams(static_cast<int>(::syscall(SYS_pidfd_open, id, 0u)));
 }
 
+// False when the program is this one's child and goes on.
+bool reap(const Process& process) {
+    siginfo_t info{};
+    const int error = ::waitid(static_cast<idtype_t>(P_PIDFD), static_cast<id_t>(process.watch),
+                               &info, WEXITED | WNOHANG | __WALL);
+    return error != 0 || info.si_pid != 0;
+}
+
 int32_t openEmpty() { return aboveStandardStreams(::open("/dev/null", O_RDWR | O_CLOEXEC)); }
 
 }  // namespace
@@ -218,13 +227,16 @@ void killProcess(const Process& process) {
     if (process.watch >= 0) ::syscall(SYS_pidfd_send_signal, process.watch, SIGKILL, nullptr, 0u);
 }
 
+// A program whose intermediate has ended belongs to the system's reaper. Where this program is that
+// reaper (as the first process of a container is), an end is this program's to collect: released
+// programs have been told to end or killed, so it isn't far.
 void releaseProcess(Process& process) {
     if (process.watch < 0) return;
-    // A program whose intermediate has ended belongs to the system's reaper; where this program is
-    // that reaper (as the first process of a container is), it is reaped here.
-    siginfo_t info{};
-    ::waitid(static_cast<idtype_t>(P_PIDFD), static_cast<id_t>(process.watch), &info,
-             WEXITED | WNOHANG | __WALL);
+    if (!reap(process)) {
+        pollfd end{process.watch, POLLIN, 0};
+        ::poll(&end, 1, kLongestEnd);
+        reap(process);
+    }
     ::close(process.watch);
     process = Process{};
 }

@@ -1,3 +1,4 @@
+#include <sys/prctl.h>
 #include <sys/wait.h>
 
 #include <algorithm>
@@ -151,6 +152,18 @@ TEST(Process, IsNoChildOfTheHost) {
     program.waitForEnd();
     EXPECT_TRUE(platform::hasEnded(program.process));
     EXPECT_FALSE(hasChildren());
+}
+
+TEST(Process, IsCollectedByAHostThatIsTheReaper) {
+    ASSERT_EQ(::prctl(PR_SET_CHILD_SUBREAPER, 1), 0);
+    Started program("answer");
+    EXPECT_TRUE(hasChildren());
+    program.say();  // it ends on its own, sooner or later
+    platform::releaseProcess(program.process);
+    EXPECT_FALSE(hasChildren());
+    { const Started killed("answer"); }
+    EXPECT_FALSE(hasChildren());
+    ::prctl(PR_SET_CHILD_SUBREAPER, 0);
 }
 
 TEST(Process, StartsAlsoWhenTheHostIgnoresItsChildren) {
