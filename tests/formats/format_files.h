@@ -106,6 +106,7 @@ class Message {
 };
 
 inline VORN_Word word(const std::string& text) { return reinterpret_cast<VORN_Word>(text.c_str()); }
+inline VORN_Word word(const char* text) { return reinterpret_cast<VORN_Word>(text); }
 
 // Saves lines that lie one after another as the saver wants them.
 template <class Saver>
