@@ -58,7 +58,7 @@ void announce(const Description& description) {
     const FormatBlock format = formatOf(description);
     std::vector<VORN_Word> words{reinterpret_cast<VORN_Word>(&format), ITAG_ColorSpace,
                                  static_cast<VORN_Word>(description.colorSpace), ITAG_Orientation,
-                                 0};
+                                 static_cast<VORN_Word>(description.orientation)};
     const std::vector<VORN_Word>& more = description.tags.words();
     words.insert(words.end(), more.begin(), more.end());
     words.push_back(TAG_End);

@@ -40,6 +40,7 @@ struct Description {
     int32_t significantBits = 0;  // of the samples beside alpha; 0: all of them
     bool alpha = false;           // the last channel is alpha
     int32_t colorSpace = VORN_CS_RGB;
+    int32_t orientation = 0;  // ITAG_Orientation: 0 when the lines stand as they are to be seen
     InfoTags tags;
 
     // One line: pixel by pixel, the channels of a pixel side by side.

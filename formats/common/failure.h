@@ -20,7 +20,8 @@ enum : int32_t {
     kNoDisplay = 2008,    // for the settings dialog
     kDisplayLost = 2009,  // while the settings dialog was open
     kNotStored = 2010,    // settings
-    kNoFonts = 2011       // for the settings dialog
+    kNoFonts = 2011,      // for the settings dialog
+    kNoSuchPage = 2012
 };
 
 // Error numbers of the library that modules use too.

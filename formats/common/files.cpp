@@ -44,6 +44,13 @@ void InputFile::readExactly(void* destination, size_t count) {
     if (read(destination, count) != count) throw Failure{kDamaged};
 }
 
+void InputFile::seek(int64_t position) {
+    start_ = end_ = 0;
+    if (VORN_M_BSeek(file_.get(), position, 0) < 0) throw kAlreadyNoted;
+}
+
+int64_t InputFile::size() const { return BFileSize(file_.get()); }
+
 bool InputFile::fill() {
     buffer_.resize(kByteBufferSize);
     start_ = end_ = 0;
@@ -61,6 +68,10 @@ void OutputFile::write(const void* source, size_t count) {
         bytes += part;
         count -= static_cast<size_t>(part);
     }
+}
+
+void OutputFile::seek(int64_t position) {
+    if (VORN_M_BSeek(file_.get(), position, 0) < 0) throw kAlreadyNoted;
 }
 
 void OutputFile::commit() {

@@ -28,6 +28,10 @@ class InputFile {
     // Throws kDamaged when the file ends before `count` bytes.
     void readExactly(void* destination, size_t count);
 
+    // For formats whose parts refer to each other by their places in the file.
+    void seek(int64_t position);
+    int64_t size() const;
+
     // -1 at the end of the file.
     int nextByte() {
         if (start_ == end_ && !fill()) return -1;
@@ -51,6 +55,7 @@ class OutputFile {
     explicit OutputFile(const std::string& path);
 
     void write(const void* source, size_t count);
+    void seek(int64_t position);
     void commit();
 
   private:

@@ -1,5 +1,6 @@
 #include "formats/common/loader.h"
 
+#include <vorn/library.h>
 #include <vorn/module.h>
 
 #include <algorithm>
@@ -54,11 +55,26 @@ void sendLines(Loader& loader, const Description& description) {
     }
 }
 
+int32_t numberIn(const VORN_TagItem* message, uint32_t id, int32_t otherwise) {
+    const VORN_TagItem* item = VORN_L_TagFind(message, id);
+    return item ? VORN_L_TagGetLongVal(item) : otherwise;
+}
+
+Wishes wishesIn(const VORN_TagItem* message) {
+    Wishes wishes;
+    wishes.page = numberIn(message, ITAG_PageNumber, 1);
+    wishes.width = numberIn(message, ITAG_WantedWidth, 0);
+    wishes.height = numberIn(message, ITAG_WantedHeight, 0);
+    wishes.colorSpace = numberIn(message, ITAG_ColorSpace, -1);
+    return wishes;
+}
+
 // The description is sent last: once the host has it, the image counts as open.
 int32_t openImage(const VORN_TagItem* message) {
     return guarded([message] {
         Session& s = session();
         s.loader = s.make();
+        s.loader->setWishes(wishesIn(message));
         s.description = s.loader->open(InputFile(fileName(message)));
         announce(s.description);
     });

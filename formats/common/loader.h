@@ -11,6 +11,14 @@
 
 namespace formats {
 
+// What the host wishes, and what a loader may make use of when its format has it.
+struct Wishes {
+    int32_t page = 1;   // ITAG_PageNumber: of a file that holds several images
+    int32_t width = 0;  // ITAG_WantedWidth and ITAG_WantedHeight; 0: none
+    int32_t height = 0;
+    int32_t colorSpace = -1;  // ITAG_ColorSpace; -1: none. The library converts most; not "CMYK"
+};
+
 // One image. Any of its functions may throw a Failure.
 class Loader {
   public:
@@ -19,11 +27,20 @@ class Loader {
     Loader& operator=(const Loader&) = delete;
     virtual ~Loader() = default;
 
+    // Called before open().
+    void setWishes(const Wishes& wishes) { wishes_ = wishes; }
+
     // Reads what stands before the pixels. The file is the loader's from here on.
     virtual Description open(InputFile file) = 0;
 
     // Called for the lines 0 to height - 1 in turn; fills the description's lineBytes().
     virtual void readLine(uint8_t* line) = 0;
+
+  protected:
+    const Wishes& wishes() const { return wishes_; }
+
+  private:
+    Wishes wishes_;
 };
 
 using LoaderFactory = std::unique_ptr<Loader> (*)();

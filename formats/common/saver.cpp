@@ -12,6 +12,7 @@ namespace {
 // The callbacks get no context, and a module program serves one image at a time.
 struct Session {
     SaverFactory make = nullptr;
+    Turning turning = Turning::kByHost;
     OutputFile file;
     std::unique_ptr<Saver> saver;  // ends before its file
     int32_t width = 0;
@@ -25,8 +26,12 @@ Session& session() {
     return theOne;
 }
 
-// A saver has to answer something. This answer makes the host turn the picture upright.
-void answerQuery() { VORN_M_SetVaImageInfo(ITAG_Orientation, static_cast<VORN_Word>(0), TAG_End); }
+// A saver has to answer something. Orientation 0 makes the host turn the picture upright; a
+// negative one leaves it as it is.
+void answerQuery() {
+    const int32_t orientation = session().turning == Turning::kByHost ? 0 : -1;
+    VORN_M_SetVaImageInfo(ITAG_Orientation, static_cast<VORN_Word>(orientation), TAG_End);
+}
 
 // The host learns of a failure at once when the second step of opening reports it, but only at the
 // end of all data when the first does: so the first step does the work and the second reports.
@@ -90,8 +95,9 @@ void closeImage() {
 
 }  // namespace
 
-int runSaver(int argc, char** argv, SaverFactory make) {
+int runSaver(int argc, char** argv, SaverFactory make, Turning turning) {
     session().make = make;
+    session().turning = turning;
     VORN_M_SetVaModuleTags(SHTAG_Version, static_cast<VORN_Word>(VORN_PROTOCOL_VERSION),
                            SHTAG_SaverQuery, reinterpret_cast<VORN_Word>(&answerQuery),
                            SHTAG_SaverOpen, reinterpret_cast<VORN_Word>(&openImage),

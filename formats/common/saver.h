@@ -42,12 +42,17 @@ class Saver {
 
 using SaverFactory = std::unique_ptr<Saver> (*)();
 
+// Whether the host turns the pictures upright, or the saver notes in the file (ITAG_Orientation)
+// how they are to be turned.
+enum class Turning { kByHost, kNotedInFile };
+
 // What a saver's main function does: serves the host until it ends. The result is the program's.
-int runSaver(int argc, char** argv, SaverFactory make);
+int runSaver(int argc, char** argv, SaverFactory make, Turning turning);
 
 template <class S>
-int runSaver(int argc, char** argv) {
-    return runSaver(argc, argv, [] { return std::unique_ptr<Saver>(std::make_unique<S>()); });
+int runSaver(int argc, char** argv, Turning turning = Turning::kByHost) {
+    return runSaver(
+        argc, argv, [] { return std::unique_ptr<Saver>(std::make_unique<S>()); }, turning);
 }
 
 }  // namespace formats

@@ -12,8 +12,6 @@ namespace png {
 namespace {
 
 constexpr double kMetresPerInch = 0.0254;
-// All fields together fit the area in which the description travels.
-constexpr size_t kLongestText = 4096;
 constexpr double kLargestResolution = 2147483647.0;
 
 // libpng calls this number a resolution per metre; 0 when it is none.
@@ -63,7 +61,7 @@ void describeTexts(const Session& session, formats::InfoTags& tags) {
         if (!text) text = findText(texts, count, field.alsoKnownAs);
         if (!text) continue;
         std::string value = utf8Of(*text);
-        cutUtf8(value, kLongestText);
+        cutUtf8(value, formats::kLongestText);
         if (!value.empty()) tags.text(field.id, std::move(value));
     }
 }

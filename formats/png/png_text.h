@@ -1,9 +1,10 @@
 // Text fields of PNG files. A PNG text has a keyword; VORN's text fields are tags.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
-#include <string>
-#include <string_view>
+
+#include "formats/common/utf8.h"
 
 namespace png {
 
@@ -17,12 +18,8 @@ inline constexpr size_t kTextFieldCount = 9;
 extern const TextField kTextFields[kTextFieldCount];
 
 // PNG's plain texts are Latin-1; VORN hands on UTF-8.
-std::string utf8FromLatin1(std::string_view text);
-
-// False when the text is not UTF-8, or has characters beyond Latin-1.
-bool latin1FromUtf8(std::string_view text, std::string& latin1);
-
-// At most `bytes` bytes, without cutting a UTF-8 character in two.
-void cutUtf8(std::string& text, size_t bytes);
+using formats::cutUtf8;
+using formats::latin1FromUtf8;
+using formats::utf8FromLatin1;
 
 }  // namespace png

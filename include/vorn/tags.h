@@ -109,6 +109,23 @@ enum {
 #define VORN_ID_BITS_PER_CHANNEL \
     0x03000003u /* DATA: the 8 bits-per-channel bytes of the module's data format */
 
+/* Ids beyond the protocol's own numbers. Who doesn't know them passes them by.
+ *
+ * ITAG_WantedWidth and ITAG_WantedHeight are hints that a host may give when it opens an image
+ * (VORN_H_ImageOpen): it will read the picture no larger than this, counted in the picture as it is
+ * to be seen (turned upright by its orientation). 0, or none of the two: that direction doesn't
+ * matter. A loader whose format allows it (JPEG) then delivers a smaller picture, by 1/2, 1/4 or
+ * 1/8, that is still no smaller than wanted in either direction. ITAG_Width and ITAG_Height are
+ * always those of the picture that will be delivered, so a host that wants an exact size scales as
+ * ever.
+ *
+ * ITAG_PageNumber, given at opening, chooses the page or frame of a file that holds several,
+ * from 1. The loader answers with the page that it opened and, as ITAG_PageCount, how many there
+ * are. A page that the file doesn't have can't be opened (2012). */
+#define ITAG_PageCount 0x01010000u    /* LONG: pages or frames in the file */
+#define ITAG_WantedWidth 0x01010001u  /* LONG: hint at opening */
+#define ITAG_WantedHeight 0x01010002u /* LONG: hint at opening */
+
 /* Command numbers: the values of MTAG_Command. Module-specific commands use CMD_Module. */
 enum {
     CMD_Terminate = 1,

@@ -7,6 +7,7 @@
 
 #include <fstream>
 #include <iterator>
+#include <map>
 #include <string>
 #include <utility>
 #include <vector>
@@ -21,8 +22,9 @@ struct LoadedImage {
 };
 
 template <class Loader>
-LoadedImage load(const std::string& path) {
+LoadedImage load(const std::string& path, const formats::Wishes& wishes = {}) {
     Loader loader;
+    loader.setWishes(wishes);
     LoadedImage loaded{loader.open(formats::InputFile(path)), {}};
     const auto lineBytes = static_cast<size_t>(loaded.image.lineBytes());
     loaded.samples.resize(lineBytes * static_cast<size_t>(loaded.image.height));
@@ -47,6 +49,47 @@ int32_t loadFailure(const std::string& path) {
     return failureOf([&] { load<Loader>(path); });
 }
 
+// The words of a description, by id.
+inline std::map<uint32_t, VORN_Word> tagsOf(const formats::Description& image) {
+    std::map<uint32_t, VORN_Word> tags;
+    const auto& words = image.tags.words();
+    for (size_t i = 0; i + 1 < words.size(); i += 2)
+        tags[static_cast<uint32_t>(words[i])] = words[i + 1];
+    return tags;
+}
+
+inline std::string textOf(const formats::Description& image, uint32_t id) {
+    const auto tags = tagsOf(image);
+    const auto found = tags.find(id);
+    return found == tags.end() ? "(none)" : reinterpret_cast<const char*>(found->second);
+}
+
+// The entries of the description's palette.
+inline std::vector<uint8_t> paletteOf(const formats::Description& image) {
+    const auto* palette = reinterpret_cast<const VORN_Palette*>(tagsOf(image)[ITAG_Palette]);
+    if (!palette) return {};
+    const auto* entries = reinterpret_cast<const uint8_t*>(palette + 1);
+    return {entries, entries + 3 * palette->format.width};
+}
+
+// The first words of an image's description for a saver.
+inline std::vector<VORN_Word> imageWords(VORN_Word width,
+                                         VORN_Word height,
+                                         VORN_Word channels,
+                                         VORN_Word colorSpace,
+                                         VORN_Word bytes = 1) {
+    return {ITAG_Width,      width,      ITAG_Height,           height, ITAG_Channels, channels,
+            ITAG_ColorSpace, colorSpace, ITAG_ImageChannelSize, bytes};
+}
+
+inline std::vector<uint8_t> noiseOf(size_t count) {
+    std::vector<uint8_t> samples(count);
+    uint32_t state = 12345;
+    for (uint8_t& sample : samples)
+        sample = static_cast<uint8_t>((state = state * 1103515245 + 12345) >> 16);
+    return samples;
+}
+
 // A host's message: the stored form of a user tag list.
 class Message {
   public:
@@ -64,6 +107,7 @@ class Message {
 };
 
 inline VORN_Word word(const std::string& text) { return reinterpret_cast<VORN_Word>(text.c_str()); }
+inline VORN_Word word(const char* text) { return reinterpret_cast<VORN_Word>(text); }
 
 // The user's settings, none at first, for the time of a test.
 class UserSettings {

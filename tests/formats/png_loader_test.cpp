@@ -1,7 +1,6 @@
 #include "formats/png/png_loader.h"
 
 #include <cstring>
-#include <map>
 
 #include "tests/formats/format_files.h"
 #include "tests/formats/png_writer.h"
@@ -9,21 +8,6 @@
 namespace {
 
 using png::PngLoader;
-
-// The words of a description, by id.
-std::map<uint32_t, VORN_Word> tagsOf(const formats::Description& image) {
-    std::map<uint32_t, VORN_Word> tags;
-    const auto& words = image.tags.words();
-    for (size_t i = 0; i + 1 < words.size(); i += 2)
-        tags[static_cast<uint32_t>(words[i])] = words[i + 1];
-    return tags;
-}
-
-std::string textOf(const formats::Description& image, uint32_t id) {
-    const auto tags = tagsOf(image);
-    const auto found = tags.find(id);
-    return found == tags.end() ? "(none)" : reinterpret_cast<const char*>(found->second);
-}
 
 unsigned sampleAt(const LoadedImage& loaded, size_t index) {
     if (loaded.image.bytesPerChannel == 1) return loaded.samples[index];

@@ -17,14 +17,6 @@ std::vector<VORN_Word> image(VORN_Word channels, VORN_Word colorSpace, VORN_Word
             ITAG_ColorSpace, colorSpace, ITAG_ImageChannelSize, bytes};
 }
 
-std::vector<uint8_t> noise(size_t count) {
-    std::vector<uint8_t> samples(count);
-    uint32_t state = 12345;
-    for (uint8_t& sample : samples)
-        sample = static_cast<uint8_t>((state = state * 1103515245 + 12345) >> 16);
-    return samples;
-}
-
 TEST(PngSaver, WhatItWritesReadsBackTheSame) {
     const ScratchDirectory files;
     const std::pair<VORN_Word, VORN_Word> kinds[] = {
@@ -32,7 +24,7 @@ TEST(PngSaver, WhatItWritesReadsBackTheSame) {
     for (const auto& [channels, colorSpace] : kinds) {
         for (const VORN_Word bytes : {1, 2}) {
             SCOPED_TRACE(testing::Message() << channels << ' ' << bytes);
-            const auto samples = noise(3 * 2 * channels * bytes);
+            const auto samples = noiseOf(3 * 2 * channels * bytes);
             save<PngSaver>(files.path("a.png"), image(channels, colorSpace, bytes), samples);
             const LoadedImage back = load<PngLoader>(files.path("a.png"));
             EXPECT_EQ(back.image.width, 3);
@@ -59,17 +51,6 @@ struct PaletteTag {
     VORN_Word word() const { return reinterpret_cast<VORN_Word>(palette); }
     VORN_Palette* palette;
 };
-
-std::vector<uint8_t> paletteOf(const formats::Description& image) {
-    const auto& words = image.tags.words();
-    for (size_t i = 0; i + 1 < words.size(); i += 2) {
-        if (words[i] != ITAG_Palette) continue;
-        const auto* palette = reinterpret_cast<const VORN_Palette*>(words[i + 1]);
-        const auto* entries = reinterpret_cast<const uint8_t*>(palette + 1);
-        return {entries, entries + 3 * palette->format.width};
-    }
-    return {};
-}
 
 struct Written {
     bool interlaced;
@@ -204,7 +185,7 @@ TEST(PngSaver, KeepsTextsAndResolution) {
     auto description = image(1, VORN_CS_GRAY);
     for (const auto& [id, value] : texts) description.insert(description.end(), {id, word(value)});
     description.insert(description.end(), {ITAG_XDPI, 300, ITAG_YDPI, 72});
-    save<PngSaver>(files.path("a.png"), description, noise(6));
+    save<PngSaver>(files.path("a.png"), description, noiseOf(6));
 
     const auto back = load<PngLoader>(files.path("a.png")).image;
     std::vector<std::pair<uint32_t, std::string>> texts_back;
@@ -225,14 +206,14 @@ TEST(PngSaver, KeepsThePixelAspect) {
     const ScratchDirectory files;
     auto description = image(1, VORN_CS_GRAY);
     description.insert(description.end(), {ITAG_XAspect, 4, ITAG_YAspect, 3});
-    save<PngSaver>(files.path("a.png"), description, noise(6));
+    save<PngSaver>(files.path("a.png"), description, noiseOf(6));
     EXPECT_EQ(load<PngLoader>(files.path("a.png")).image.tags.words(),
               (std::vector<VORN_Word>{ITAG_XAspect, 4, ITAG_YAspect, 3}));
 }
 
 TEST(PngSaver, SaysWhyTheFileCannotBeWritten) {
     // The device that is always full.
-    EXPECT_EQ(failureOf([] { save<PngSaver>("/dev/full", image(3, VORN_CS_RGB), noise(18)); }),
+    EXPECT_EQ(failureOf([] { save<PngSaver>("/dev/full", image(3, VORN_CS_RGB), noiseOf(18)); }),
               formats::kCannotWrite);
 }
 

@@ -6,14 +6,15 @@
 #include <cerrno>
 
 // The linker hands every call to the second of each pair (--wrap).
+// All files have 64-bit sizes, so the C library knows two of the functions by their longer names.
 int realMemfd(const char* name, unsigned flags) asm("__real_memfd_create");
 int wrappedMemfd(const char* name, unsigned flags) asm("__wrap_memfd_create");
-int realTruncate(int file, off_t size) asm("__real_ftruncate");
-int wrappedTruncate(int file, off_t size) asm("__wrap_ftruncate");
+int realTruncate(int file, off_t size) asm("__real_ftruncate64");
+int wrappedTruncate(int file, off_t size) asm("__wrap_ftruncate64");
 void* realMap(void* address, size_t size, int access, int flags, int file, off_t offset) asm(
-    "__real_mmap");
+    "__real_mmap64");
 void* wrappedMap(void* address, size_t size, int access, int flags, int file, off_t offset) asm(
-    "__wrap_mmap");
+    "__wrap_mmap64");
 
 namespace {
 

@@ -1,10 +1,12 @@
 // A loader that says what no module may say. The name under which it is installed is its order: one
-// of those below, or "version-N" for another version of the protocol.
+// of those below, "version-N" for another version of the protocol, or "kill-at-begin" and
+// "kill-at-block".
 //
 // Its picture has 4 by 6 samples of one byte, in blocks of two lines; all samples of line y are y.
 #include <vorn/library.h>
 #include <vorn/module.h>
 
+#include <csignal>
 #include <cstring>
 #include <functional>
 #include <map>
@@ -167,12 +169,14 @@ void announce() {
 int32_t openImage(const VORN_TagItem*) { return 1; }
 
 int32_t beginLoading() {
+    if (order() == "kill-at-begin") std::raise(SIGKILL);
     if (order() != "no-answer" && !sendWrong("-info")) announce();
     return 1;
 }
 
 void readImage() {
     for (int32_t y = 0; y < kHeight; y += kBlockLines) {
+        if (y == kBlockLines && order() == "kill-at-block") std::raise(SIGKILL);
         if (y == kBlockLines && sendWrong("")) {
             if (order() == "terminate-zero") continue;
             return;

@@ -38,11 +38,11 @@ class Streaming : public testing::Test {
         }
         install("Savers/small", built / "Savers/png");
         install("Loaders/loader", VORN_TEST_LOADER);
-        install("Loaders/segv-at-block", VORN_MISBEHAVE);
+        install("Loaders/kill-at-block", VORN_MISBEHAVE);
         for (const char* name : {"saver", "saver-2"}) {
             install(std::string("Savers/") + name, VORN_TEST_SAVER);
         }
-        install("Savers/segv-at-block", VORN_MISBEHAVE);
+        install("Savers/dying", VORN_INJECTED_SAVER);
     }
 
     // An empty file whose path is a list of wishes to the loader.
@@ -235,7 +235,7 @@ TEST_F(Streaming, BreaksOffWithTheReasonOfTheSideThatFails) {
         {failing("read,failat=400"), "loader", {"--size", "7"}, false, "2002, 0"},
         {failing("begin"), "loader", {}, false, "2002, 0"},
         {failing("read,failat=9"), "loader", {"--orientation", "1"}, false, "2002, 0"},
-        {scratch_.write("any", "x"), "segv-at-block", {}, false, "3, 0"},
+        {scratch_.write("any", "x"), "kill-at-block", {}, false, "3, 0"},
         {good,
          "loader",
          {"--saver", "saver", "--set", "DocumentName=fail=open,code=2004"},
@@ -251,9 +251,10 @@ TEST_F(Streaming, BreaksOffWithTheReasonOfTheSideThatFails) {
          {"--saver", "saver", "--set", "DocumentName=fail=write,failat=399,code=2004"},
          true,
          "2004, 0"},
-        {good, "loader", {"--saver", "segv-at-block"}, true, "3, 0"},
+        {good, "loader", {"--saver", "dying"}, true, "3, 0"},
     };
     const std::string out = scratch_.write("out.ppm", "as it was");
+    const ScopedVariable death("VORN_TEST_STEP", "kill 30");
     for (const Broken& broken : kBroken) {
         SCOPED_TRACE(broken.in + testing::PrintToString(broken.options));
         std::vector<std::string> arguments = {"convert", broken.in, out, "--loader", broken.loader};

@@ -1,0 +1,35 @@
+// Reads BMP files.
+#pragma once
+
+#include <vector>
+
+#include "formats/bmp/bmp_header.h"
+#include "formats/common/loader.h"
+
+namespace bmp {
+
+class BmpLoader final : public formats::Loader {
+  public:
+    formats::Description open(formats::InputFile file) override;
+    void readLine(uint8_t* line) override;
+
+  private:
+    void readIndices(uint8_t* line);
+    void readFields(uint8_t* line);
+    void readRuns(uint8_t* line);
+    void readCommand(uint8_t* line, int command);
+    void readLiterals(uint8_t* line, int count);
+    void put(uint8_t* line, int index);
+    int nextByte();
+
+    formats::InputFile file_;
+    Header header_;
+    size_t width_ = 0;
+    bool alpha_ = false;
+    std::vector<uint8_t> raw_;  // one line as it stands in the file
+    size_t column_ = 0;         // of the next pixel of a run
+    int32_t emptyLines_ = 0;    // that the runs have skipped
+    bool ended_ = false;        // nothing more is to come
+};
+
+}  // namespace bmp

@@ -1,0 +1,53 @@
+// The part of EXIF that VORN's tags know: orientation, resolution and text fields. An EXIF block is
+// a small TIFF file, so TIFF files share the orientation numbers and the table of text fields.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "formats/common/description.h"
+#include "formats/common/image_to_save.h"
+
+namespace formats {
+
+struct TiffTextField {
+    uint32_t id;   // VORN's
+    uint16_t tag;  // of TIFF and EXIF
+};
+
+inline constexpr size_t kTiffTextFieldCount = 9;
+extern const TiffTextField kTiffTextFields[kTiffTextFieldCount];
+
+// EXIF counts orientations from 1 to 8, by the sides at which the first line and the first column
+// are to be seen. A number that is none counts as upright.
+int32_t orientationFromExif(int32_t exif);
+int32_t exifFromOrientation(int32_t orientation);
+
+struct Exif {
+    int32_t orientation = 0;  // as ITAG_Orientation
+    int32_t xDpi = 0;         // 0: none
+    int32_t yDpi = 0;
+    std::vector<std::pair<uint32_t, std::string>> texts;
+};
+
+// Reads a block that begins with the byte order ("II" or "MM"). What is damaged is left out: a
+// picture is not lost because a camera's notes are.
+Exif readExif(const uint8_t* block, size_t size);
+
+// Adds what the block says to a description.
+void describe(const Exif& exif, Description& description);
+
+// A block with what the image says, or nothing when it says nothing.
+std::vector<uint8_t> exifBlock(const ImageToSave& image);
+
+// The resolution of an image that is to be saved; one direction serves for both. 0: none.
+struct Resolution {
+    int32_t x = 0;
+    int32_t y = 0;
+};
+Resolution resolutionOf(const ImageToSave& image);
+
+}  // namespace formats

@@ -1,0 +1,38 @@
+// Reads TGA files.
+#pragma once
+
+#include <vector>
+
+#include "formats/common/loader.h"
+
+namespace tga {
+
+class TgaLoader final : public formats::Loader {
+  public:
+    formats::Description open(formats::InputFile file) override;
+    void readLine(uint8_t* line) override;
+
+  private:
+    void readMap(const uint8_t* head);
+    void chooseColors(formats::Description& image);
+    void readPixel();
+    void readRunPixel();
+    void store(uint8_t*& line) const;
+
+    formats::InputFile file_;
+    int kind_ = 0;  // the image type without its run-length bit
+    bool runLength_ = false;
+    unsigned bits_ = 0;       // of a pixel
+    unsigned alphaBits_ = 0;  // of a pixel
+    size_t width_ = 0;
+    size_t channels_ = 0;
+    bool indexed_ = false;      // indices are handed on, not colours
+    std::vector<uint8_t> map_;  // red, green, blue, alpha of each entry
+    bool mapAlpha_ = false;
+    uint32_t firstEntry_ = 0;
+    uint32_t pixel_ = 0;  // as it stands in the file
+    int left_ = 0;        // pixels of the run
+    bool repeating_ = false;
+};
+
+}  // namespace tga

@@ -1,0 +1,29 @@
+// Writes TGA files.
+#pragma once
+
+#include <vector>
+
+#include "formats/common/saver.h"
+
+namespace tga {
+
+class TgaSaver final : public formats::Saver {
+  public:
+    formats::LineLayout open(const formats::ImageToSave& image, formats::OutputFile& file) override;
+    void writeLine(const uint8_t* line) override;
+    void finish() override;
+
+  private:
+    void arrange(const uint8_t* line);
+    void writeRuns();
+
+    formats::OutputFile* file_ = nullptr;
+    size_t width_ = 0;
+    size_t channels_ = 0;    // that come
+    size_t pixelBytes_ = 0;  // that are written
+    bool runLength_ = false;
+    std::vector<uint8_t> pixels_;
+    std::vector<uint8_t> runs_;
+};
+
+}  // namespace tga

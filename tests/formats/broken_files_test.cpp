@@ -1,0 +1,124 @@
+// Files of every format, cut short and changed at random: each load ends, with a picture or with an
+// error of the module's own. The memory that the loaders touch is watched by the sanitizers' build.
+#include <functional>
+#include <random>
+
+#include "tests/formats/format_files.h"
+#include "tests/formats/loaders_and_savers.h"
+
+namespace {
+
+constexpr size_t kCuts = 50;
+constexpr int kFlips = 60;
+constexpr int32_t kMostLines = 300;
+
+using formats::Failure;
+
+struct Format {
+    const char* name;
+    std::function<void(const std::string&)> load;
+    std::vector<std::string> files;
+};
+
+template <class Saver>
+std::string fileOf(VORN_Word channels, VORN_Word colorSpace, VORN_Word bytes = 1) {
+    const ScratchDirectory files;
+    auto words = imageWords(40, 30, channels, colorSpace, bytes);
+    words.insert(words.end(),
+                 {ITAG_Description, word("a description"), ITAG_XDPI, 300, ITAG_Orientation, 3});
+    auto samples = noiseOf(40 * 30 * channels * bytes);
+    std::fill_n(samples.begin(), samples.size() / 2, uint8_t{9});
+    save<Saver>(files.path("a"), words, samples);
+    return contentOf(files.path("a"));
+}
+
+// A head that claims a huge picture is believed until its lines are missing, but not for long.
+template <class Loader>
+void loadLines(const std::string& path) {
+    Loader loader;
+    const formats::Description image = loader.open(formats::InputFile(path));
+    std::vector<uint8_t> line(static_cast<size_t>(image.lineBytes()));
+    for (int32_t y = 0; y < std::min(image.height, kMostLines); ++y) loader.readLine(line.data());
+}
+
+template <class Loader, class Saver>
+Format format(const char* name, bool grey, bool alpha, bool wide) {
+    Format made{name, &loadLines<Loader>, {}};
+    made.files.push_back(fileOf<Saver>(3, VORN_CS_RGB));
+    if (grey) made.files.push_back(fileOf<Saver>(1, VORN_CS_GRAY));
+    if (alpha) made.files.push_back(fileOf<Saver>(4, VORN_CS_RGB));
+    if (wide) made.files.push_back(fileOf<Saver>(3, VORN_CS_RGB, 2));
+    return made;
+}
+
+std::vector<Format> allFormats() {
+    return {
+        format<pnm::PnmLoader, pnm::PnmSaver>("pnm", true, true, true),
+        format<bmp::BmpLoader, bmp::BmpSaver>("bmp", true, true, false),
+        format<tga::TgaLoader, tga::TgaSaver>("tga", true, true, false),
+#ifdef VORN_HAS_PNG
+        format<png::PngLoader, png::PngSaver>("png", true, true, true),
+#endif
+#ifdef VORN_HAS_JPEG
+        format<jpeg::JpegLoader, jpeg::JpegSaver>("jpeg", true, false, false),
+#endif
+#ifdef VORN_HAS_TIFF
+        format<tiff_format::TiffLoader, tiff_format::TiffSaver>("tiff", true, true, true),
+#endif
+#ifdef VORN_HAS_WEBP
+        format<webp::WebpLoader, webp::WebpSaver>("webp", false, true, false),
+#endif
+#ifdef VORN_HAS_GIF
+        format<gif::GifLoader, gif::GifSaver>("gif", true, true, false),
+#endif
+    };
+}
+
+// 0: it was read. Anything that is not the module's own error goes on to the test.
+int32_t outcome(const Format& format, const std::string& path) {
+    return failureOf([&] { format.load(path); });
+}
+
+class BrokenFiles : public testing::Test {
+  protected:
+    ScratchDirectory files_;
+    ScopedVariable config_{"XDG_CONFIG_HOME", files_.path("config").c_str()};
+};
+
+TEST_F(BrokenFiles, CutAnywhereAreErrorsUntilAllPixelsAreThere) {
+    for (const Format& format : allFormats()) {
+        for (const std::string& whole : format.files) {
+            ASSERT_EQ(outcome(format, files_.write("a", whole)), 0) << format.name;
+            for (size_t i = 0; i < kCuts; ++i) {
+                // Behind the last tenth may stand what no picture needs.
+                const size_t size = whole.size() * 9 / 10 * i / kCuts;
+                const int32_t error = outcome(format, files_.write("a", whole.substr(0, size)));
+                EXPECT_TRUE(error == formats::kDamaged || error == formats::kNotThisFormat)
+                    << format.name << ' ' << size << ' ' << error;
+            }
+        }
+    }
+}
+
+TEST_F(BrokenFiles, WithChangedBytesEndWithAPictureOrAnError) {
+    std::mt19937 random(7);
+    for (const Format& format : allFormats()) {
+        for (const std::string& whole : format.files) {
+            for (int i = 0; i < kFlips; ++i) {
+                std::string changed = whole;
+                // Heads are small and matter most.
+                const size_t reach = i % 2 ? whole.size() : std::min<size_t>(whole.size(), 128);
+                const size_t place = random() % reach;
+                changed[place] = static_cast<char>(random());
+                const int32_t error = outcome(format, files_.write("a", changed));
+                EXPECT_TRUE(error == 0 ||
+                            (error >= formats::kNotThisFormat && error <= formats::kUnsupported) ||
+                            error == formats::kOutOfMemory || error == formats::kTooWideForBlock ||
+                            error == formats::kNoSuchPage)
+                    << format.name << ' ' << place << ' ' << error;
+            }
+        }
+    }
+}
+
+}  // namespace

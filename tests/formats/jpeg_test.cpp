@@ -1,0 +1,183 @@
+#include <vorn/host.h>
+
+#include <cstdlib>
+
+#include "formats/jpeg/jpeg_loader.h"
+#include "formats/jpeg/jpeg_saver.h"
+#include "tests/formats/format_files.h"
+
+namespace {
+
+using jpeg::JpegLoader;
+using jpeg::JpegSaver;
+
+// A picture without hard edges, so that compression changes little.
+std::vector<uint8_t> slopes(size_t width, size_t height, size_t channels) {
+    std::vector<uint8_t> samples;
+    for (size_t y = 0; y < height; ++y) {
+        for (size_t x = 0; x < width; ++x) {
+            for (size_t c = 0; c < channels; ++c)
+                samples.push_back(static_cast<uint8_t>(40 + 2 * (c % 2 ? x : y) + 30 * c));
+        }
+    }
+    return samples;
+}
+
+int furthest(const std::vector<uint8_t>& a, const std::vector<uint8_t>& b) {
+    int most = a.size() == b.size() ? 0 : 256;
+    for (size_t i = 0; most < 256 && i < a.size(); ++i)
+        most = std::max(most, std::abs(a[i] - b[i]));
+    return most;
+}
+
+class Jpeg : public testing::Test {
+  protected:
+    Jpeg() { VORN_H_ModuleStoreParameters("jpeg", VORN_SAVER, ""); }
+
+    std::string saved(size_t width,
+                      size_t height,
+                      size_t channels,
+                      VORN_Word colorSpace,
+                      const std::vector<VORN_Word>& more = {}) {
+        auto words = imageWords(width, height, channels, colorSpace);
+        words.insert(words.end(), more.begin(), more.end());
+        const size_t taken = colorSpace == VORN_CS_RGB && channels == 4 ? 3 : channels;
+        save<JpegSaver>(files_.path("a.jpg"), words, slopes(width, height, taken));
+        return files_.path("a.jpg");
+    }
+
+    ScratchDirectory files_;
+    ScopedVariable config_{"XDG_CONFIG_HOME", files_.path("config").c_str()};
+};
+
+TEST_F(Jpeg, KeepsGreyColourAndInk) {
+    const std::pair<size_t, VORN_Word> kinds[] = {
+        {1, VORN_CS_GRAY}, {3, VORN_CS_RGB}, {4, VORN_CS_CMYK}};
+    for (const auto& [channels, colorSpace] : kinds) {
+        const LoadedImage back = load<JpegLoader>(saved(33, 17, channels, colorSpace));
+        EXPECT_EQ(back.image.width, 33);
+        EXPECT_EQ(back.image.channels, static_cast<int32_t>(channels));
+        EXPECT_EQ(back.image.colorSpace, static_cast<int32_t>(colorSpace));
+        EXPECT_LE(furthest(back.samples, slopes(33, 17, channels)), 6) << channels;
+    }
+    EXPECT_EQ(load<JpegLoader>(saved(9, 9, 4, VORN_CS_RGB)).image.channels, 3);
+}
+
+TEST_F(Jpeg, TurnsInkIntoLightForAHostThatWantsIt) {
+    const std::string path = saved(16, 16, 4, VORN_CS_CMYK);
+    const LoadedImage ink = load<JpegLoader>(path);
+    const LoadedImage light = load<JpegLoader>(path, {.colorSpace = VORN_CS_RGB});
+    ASSERT_EQ(light.image.channels, 3);
+    EXPECT_EQ(light.image.colorSpace, VORN_CS_RGB);
+    for (size_t i = 0; i < 16 * 16; ++i) {
+        for (size_t c = 0; c < 3; ++c) {
+            const int wanted = (255 - ink.samples[4 * i + c]) * (255 - ink.samples[4 * i + 3]);
+            EXPECT_NEAR(light.samples[3 * i + c], wanted / 255.0, 0.51);
+        }
+    }
+}
+
+TEST_F(Jpeg, KeepsTextsResolutionAndOrientation) {
+    const auto image =
+        load<JpegLoader>(saved(8, 8, 3, VORN_CS_RGB,
+                               {ITAG_Artist, word("Andr\xC3\xA9"), ITAG_Model, word("a"),
+                                ITAG_DateTime, word("2024:05:06 07:08:09"), ITAG_XDPI, 300,
+                                ITAG_YDPI, 72, ITAG_Orientation, 3}))
+            .image;
+    EXPECT_EQ(textOf(image, ITAG_Artist), "Andr\xC3\xA9");
+    EXPECT_EQ(textOf(image, ITAG_Model), "a");
+    EXPECT_EQ(textOf(image, ITAG_DateTime), "2024:05:06 07:08:09");
+    EXPECT_EQ(tagsOf(image)[ITAG_XDPI], 300u);
+    EXPECT_EQ(tagsOf(image)[ITAG_YDPI], 72u);
+    EXPECT_EQ(image.orientation, 3);
+    auto tags = tagsOf(
+        load<JpegLoader>(saved(8, 8, 1, VORN_CS_GRAY, {ITAG_XAspect, 4, ITAG_YAspect, 3})).image);
+    EXPECT_EQ(tags[ITAG_XAspect], 4u);
+    EXPECT_EQ(tags[ITAG_YAspect], 3u);
+}
+
+TEST_F(Jpeg, DeliversTheSmallestPictureThatIsLargeEnough) {
+    const std::string upright = saved(100, 60, 3, VORN_CS_RGB);
+    struct Case {
+        formats::Wishes wishes;
+        int32_t width, height;
+    };
+    const Case cases[] = {{{}, 100, 60},
+                          {{.width = 100}, 100, 60},
+                          {{.width = 51}, 100, 60},
+                          {{.width = 50, .height = 30}, 50, 30},
+                          {{.width = 50, .height = 31}, 100, 60},
+                          {{.width = 20}, 25, 15},
+                          {{.height = 8}, 13, 8},
+                          {{.width = 1, .height = 1}, 13, 8},
+                          {{.width = 9999}, 100, 60},
+                          {{.width = -5, .height = -5}, 100, 60}};
+    for (const Case& c : cases) {
+        const LoadedImage got = load<JpegLoader>(upright, c.wishes);
+        EXPECT_EQ(got.image.width, c.width) << c.wishes.width;
+        EXPECT_EQ(got.image.height, c.height) << c.wishes.width;
+    }
+    // Wishes count in the picture as it is seen.
+    const std::string turned = saved(100, 60, 3, VORN_CS_RGB, {ITAG_Orientation, 1});
+    EXPECT_EQ(load<JpegLoader>(turned, {.width = 30, .height = 50}).image.width, 50);
+    EXPECT_EQ(load<JpegLoader>(turned, {.width = 50, .height = 30}).image.width, 100);
+}
+
+// The first frame marker of a file: the place of its length.
+size_t frameOf(const std::string& file) {
+    size_t at = 2;
+    while ((static_cast<uint8_t>(file[at + 1]) & 0xFC) != 0xC0 || file[at + 1] == '\xC4')
+        at += 2 + static_cast<uint8_t>(file[at + 2]) * 256u + static_cast<uint8_t>(file[at + 3]);
+    return at + 2;
+}
+
+TEST_F(Jpeg, StoresWhatIsSet) {
+    const auto fileWith = [&](const char* settings) {
+        VORN_H_ModuleStoreParameters("jpeg", VORN_SAVER, settings);
+        return contentOf(saved(64, 64, 3, VORN_CS_RGB));
+    };
+    const auto sampling = [&](const std::string& file) { return file[frameOf(file) + 9]; };
+    EXPECT_EQ(sampling(fileWith("")), 0x11);
+    EXPECT_EQ(sampling(fileWith("Quality=89")), 0x22);
+    EXPECT_EQ(sampling(fileWith("Subsampling=422")), 0x21);
+    EXPECT_EQ(sampling(fileWith("Quality=20\nSubsampling=444")), 0x11);
+    EXPECT_LT(fileWith("Quality=20").size(), fileWith("Quality=95").size());
+    const std::string progressive = fileWith("Progressive=true");
+    EXPECT_EQ(progressive[frameOf(progressive) - 1], '\xC2');
+    for (const char* bad : {"Quality=0", "Quality=101", "Subsampling=411"})
+        EXPECT_EQ(failureOf([&] { fileWith(bad); }), formats::kBadOption) << bad;
+}
+
+TEST_F(Jpeg, SaysWhyAFileCannotBeRead) {
+    const auto failureWith = [&](size_t offset, std::string bytes, const char* settings = "") {
+        VORN_H_ModuleStoreParameters("jpeg", VORN_SAVER, settings);
+        std::string file = contentOf(saved(64, 64, 3, VORN_CS_RGB));
+        file.replace(frameOf(file) + offset, bytes.size(), bytes);
+        return loadFailure<JpegLoader>(files_.write("b.jpg", file));
+    };
+    EXPECT_EQ(failureWith(2, "\x0C"), formats::kUnsupported);      // 12 bits
+    EXPECT_EQ(failureWith(-1, "\xC3"), formats::kUnsupported);     // lossless
+    EXPECT_EQ(failureWith(3, {0, 0}), formats::kDamaged);          // no lines
+    EXPECT_EQ(failureWith(3, "\xFF\xFF"), formats::kUnsupported);  // beyond libjpeg's largest
+    // A few hundred bytes that claim a picture of 65500 x 65500 progressive pixels.
+    EXPECT_EQ(failureWith(3, "\xFF\xDC\xFF\xDC", "Progressive=true"), formats::kOutOfMemory);
+    EXPECT_EQ(loadFailure<JpegLoader>(files_.write("c", "\x89PNG")), formats::kNotThisFormat);
+    EXPECT_EQ(loadFailure<JpegLoader>(files_.write("c", "")), formats::kNotThisFormat);
+}
+
+TEST_F(Jpeg, RefusesWhatTheFormatCannotHold) {
+    const auto failure = [&](VORN_Word width, VORN_Word channels, VORN_Word colorSpace) {
+        return failureOf([&] {
+            save<JpegSaver>(files_.path("a"), imageWords(width, 1, channels, colorSpace), {});
+        });
+    };
+    EXPECT_EQ(failure(1, 1, VORN_CS_CMAPPED), formats::kCannotSave);
+    EXPECT_EQ(failure(1, 5, VORN_CS_NONE), formats::kCannotSave);
+    EXPECT_EQ(failure(65501, 1, VORN_CS_GRAY), formats::kCannotSave);
+    EXPECT_EQ(failureOf([] {
+                  save<JpegSaver>("/dev/full", imageWords(6, 6, 1, VORN_CS_GRAY), noiseOf(36));
+              }),
+              formats::kCannotWrite);
+}
+
+}  // namespace

@@ -1,0 +1,29 @@
+// The loaders and savers of all formats that are built.
+#pragma once
+
+#include "formats/bmp/bmp_loader.h"
+#include "formats/bmp/bmp_saver.h"
+#include "formats/pnm/pnm_loader.h"
+#include "formats/pnm/pnm_saver.h"
+#include "formats/tga/tga_loader.h"
+#include "formats/tga/tga_saver.h"
+#ifdef VORN_HAS_PNG
+#include "formats/png/png_loader.h"
+#include "formats/png/png_saver.h"
+#endif
+#ifdef VORN_HAS_JPEG
+#include "formats/jpeg/jpeg_loader.h"
+#include "formats/jpeg/jpeg_saver.h"
+#endif
+#ifdef VORN_HAS_TIFF
+#include "formats/tiff/tiff_loader.h"
+#include "formats/tiff/tiff_saver.h"
+#endif
+#ifdef VORN_HAS_WEBP
+#include "formats/webp/webp_loader.h"
+#include "formats/webp/webp_saver.h"
+#endif
+#ifdef VORN_HAS_GIF
+#include "formats/gif/gif_loader.h"
+#include "formats/gif/gif_saver.h"
+#endif
