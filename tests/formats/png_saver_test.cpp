@@ -95,7 +95,7 @@ TEST(PngSaver, WritesIndicesWithTheirPalette) {
 TEST(PngSaver, CompressesAndInterlacesAsSet) {
     const ScratchDirectory files;
     const UserSettings user;
-    const auto samples = noise(18);
+    const auto samples = noiseOf(18);
     const auto writtenWith = [&](const char* settings) {
         SCOPED_TRACE(settings);
         user.store("png", settings);
@@ -127,14 +127,14 @@ TEST(PngSaver, InterlacesEveryKindOfImage) {
     user.store("png", "Interlace=true");
     const PaletteTag palette(std::vector<uint8_t>(768), 3, 1, VORN_CS_RGB);
     for (const VORN_Word bytes : {1, 2}) {
-        const auto samples = noise(24 * bytes);
+        const auto samples = noiseOf(24 * bytes);
         save<PngSaver>(files.path("a.png"), image(4, VORN_CS_RGB, bytes), samples);
         EXPECT_EQ(load<PngLoader>(files.path("a.png")).samples, samples);
     }
     auto description = image(1, VORN_CS_CMAPPED);
     description.insert(description.end(), {ITAG_Palette, palette.word()});
-    save<PngSaver>(files.path("a.png"), description, noise(6));
-    EXPECT_EQ(load<PngLoader>(files.path("a.png")).samples, noise(6));
+    save<PngSaver>(files.path("a.png"), description, noiseOf(6));
+    EXPECT_EQ(load<PngLoader>(files.path("a.png")).samples, noiseOf(6));
 }
 
 TEST(PngSaver, RefusesSettingsItDoesntKnow) {
@@ -144,7 +144,7 @@ TEST(PngSaver, RefusesSettingsItDoesntKnow) {
     for (const char* settings : {"CompressionLevel=10", "CompressionLevel=fast", "Filter=sharp",
                                  "Filter=none\nStrategy=0", "Interlace=2"}) {
         user.store("png", settings);
-        EXPECT_EQ(failureOf([&] { save<PngSaver>(path, image(3, VORN_CS_RGB), noise(18)); }),
+        EXPECT_EQ(failureOf([&] { save<PngSaver>(path, image(3, VORN_CS_RGB), noiseOf(18)); }),
                   formats::kBadOption)
             << settings;
     }
