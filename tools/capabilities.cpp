@@ -43,15 +43,17 @@ std::vector<char*> pointers(const std::vector<std::string>& strings) {
     return list;
 }
 
-// A format with more than one ending says "Extensions", which hosts that only know "Extension"
-// don't see.
-std::vector<std::string> extensionsOf(const std::string& name, int32_t type) {
+// What only readers that know it ask for. A format with more than one ending says "Extensions",
+// which hosts that only know "Extension" don't see.
+void readOwnKeywords(int32_t type, Capabilities& capabilities) {
     std::array<char, PARSE_STRING_SIZE> several{};
     std::array<char, PARSE_STRING_SIZE> one{};
+    int32_t reduces = 0;
     const VORN_ParseEntry table[] = {{"Extensions", PARSE_String, several.data(), 0},
                                      {"Extension", PARSE_String, one.data(), 0},
+                                     {"Reduces", PARSE_Bool, &reduces, 0},
                                      {nullptr, 0, nullptr, 0}};
-    char* const text = VORN_L_GetCapString(name.c_str(), type);
+    char* const text = VORN_L_GetCapString(capabilities.name.c_str(), type);
     VORN_u_ParseGUIResults(text, table);
     FreeMemory(text);
     std::vector<std::string> extensions =
@@ -61,7 +63,8 @@ std::vector<std::string> extensionsOf(const std::string& name, int32_t type) {
         extension.erase(extension.find_last_not_of(" \t\r") + 1);
         extension = lowerCase(std::move(extension));
     }
-    return extensions;
+    capabilities.extensions = std::move(extensions);
+    capabilities.reduces = reduces != 0;
 }
 
 std::string extensionOf(const std::string& file) {
@@ -115,7 +118,7 @@ Capabilities capabilitiesOf(const std::string& name, int32_t type) {
     capabilities.animation = animation != 0;
     capabilities.device = device != 0;
     capabilities.hasFile = hasFile != 0;
-    capabilities.extensions = extensionsOf(name, type);
+    readOwnKeywords(type, capabilities);
     return capabilities;
 }
 

@@ -21,6 +21,7 @@ struct Capabilities {
     bool animation = false;
     bool device = false;
     bool hasFile = false;
+    bool reduces = false;  // a loader that heeds ITAG_WantedWidth and ITAG_WantedHeight
 
     bool handlesColorSpace(int32_t colorSpace) const;
     bool handlesDepth(int32_t bits) const;

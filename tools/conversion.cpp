@@ -30,8 +30,12 @@ class Conversion {
           saver_(request.saver, VORN_SAVER, request.out, request.limits, interrupts) {}
 
     void run(ProgressBar& progress) {
-        openLoader();
-        wishSize();
+        openLoader({}, VORN_CS_NONE);
+        const Size own = sizeDelivered();
+        const Size size = sizeWanted(own);
+        const bool smaller = size.width <= own.width / 2 && size.height <= own.height / 2;
+        openLoaderBetter(smaller ? size : Size{});
+        wishSize(size);
         image_ = describe(loader_.image(), request_.in, loaderName_);
         makePlan();
         tellLosses();
@@ -41,13 +45,43 @@ class Conversion {
     }
 
   private:
-    // A loader that says nothing about the orientation delivers the picture upright.
-    void openLoader() {
-        if (!VORN_H_ImageVaOpen(loader_.image(), ITAG_Filename, request_.in.c_str(),
-                                ITAG_Orientation, VORN_Word{0}, TAG_End)) {
+    // A loader that says nothing about the orientation delivers the picture upright. The size and
+    // the colour space are hints; without a size and with "None" there are none.
+    void openLoader(Size wanted, int32_t colorSpace) {
+        TagWords words;
+        words.addAddress(ITAG_Filename, request_.in.c_str());
+        words.addLong(ITAG_Orientation, 0);
+        if (request_.page > 0) {
+            words.addLong(ITAG_PageNumber, request_.page);
+        }
+        if (wanted.width > 0) {
+            const bool turned = request_.orientation % 2 != 0;  // by one or three quarters
+            words.addLong(ITAG_WantedWidth, turned ? wanted.height : wanted.width);
+            words.addLong(ITAG_WantedHeight, turned ? wanted.width : wanted.height);
+        }
+        if (colorSpace != VORN_CS_NONE) {
+            words.addLong(ITAG_ColorSpace, colorSpace);
+        }
+        if (!VORN_H_ImageOpen(loader_.image(), words.data())) {
             loader_.fail();
         }
         wish(ITAG_Orientation, static_cast<VORN_Word>(request_.orientation));
+    }
+
+    // What a loader can do for us, it does better than it could be done later: decode no more than
+    // is needed, and make colours of printing inks.
+    void openLoaderBetter(Size wanted) {
+        const bool reduces = wanted.width > 0 && capabilitiesOf(loaderName_, VORN_LOADER).reduces;
+        int32_t stored = VORN_CS_NONE;
+        const unsigned id = ITAG_ColorSpace;
+        VORN_L_ImageVaModuleGetTags(loader_.image(), id, &stored, TAG_End);
+        const bool inks =
+            stored == VORN_CS_CMYK && !saverAbilities_.handlesColorSpace(VORN_CS_CMYK);
+        if (!reduces && !inks) {
+            return;
+        }
+        VORN_H_ImageClose(loader_.image());
+        openLoader(reduces ? wanted : Size{}, inks ? VORN_CS_RGB : VORN_CS_NONE);
     }
 
     void wish(unsigned id, VORN_Word value) {
@@ -56,21 +90,30 @@ class Conversion {
         }
     }
 
-    // The size that the user wants, in the orientation that was asked for.
-    void wishSize() {
-        if (!request_.isScaled()) {
-            return;
-        }
+    Size sizeDelivered() {
         const auto width = longTag(loader_.image(), ITAG_Width);
         const auto height = longTag(loader_.image(), ITAG_Height);
         if (!width || !height) {
             loader_.fail();
         }
-        const Size own{*width, *height};
+        return {*width, *height};
+    }
+
+    // In the orientation that was asked for.
+    Size sizeWanted(Size own) const {
+        if (!request_.isScaled()) {
+            return own;
+        }
         const bool fit = request_.size.empty();
         // The text was checked with the command line.
         const TargetSize target = *TargetSize::parse(fit ? request_.fit : request_.size);
-        const Size size = fit ? target.fitting(own) : target.of(own);
+        return fit ? target.fitting(own) : target.of(own);
+    }
+
+    void wishSize(Size size) {
+        if (!request_.isScaled()) {
+            return;
+        }
         wish(ITAG_Width, static_cast<VORN_Word>(size.width));
         wish(ITAG_Height, static_cast<VORN_Word>(size.height));
         if (!request_.scaler.empty()) {

@@ -20,6 +20,7 @@ struct ConversionRequest {
     std::string colorSpace;
     int32_t depth = 0;
     int32_t orientation = 0;
+    int32_t page = 0;  // 0: the first
     std::string size;
     std::string fit;
     std::string scaler;

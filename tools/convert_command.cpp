@@ -8,7 +8,7 @@
 #include "tools/commands.h"
 #include "tools/conversion.h"
 #include "tools/fields.h"
-#include "tools/limits.h"
+#include "tools/module_options.h"
 #include "tools/target_size.h"
 
 namespace vorn::tool {
@@ -103,6 +103,7 @@ void addConvertCommand(CLI::App& program, ExitStatus&) {
                      "Set a field: Artist=Me, XDPI=300; without VALUE, drop it")
         ->type_name("NAME=VALUE")
         ->allow_extra_args(false);
+    addPageOption(*command, arguments->page);
     addLimitOptions(*command, arguments->limits);
     command
         ->add_option("--memory", arguments->mebibytes,

@@ -57,6 +57,7 @@ ImageDescription describe(VORN_Image* image, const std::string& file, const std:
     if (findPalette(image, palette)) {
         description.paletteEntries = palette.format.width;
     }
+    description.pages = longTag(image, ITAG_PageCount).value_or(1);
     description.fields = fieldsOf(image);
     description.loader = loader;
     return description;

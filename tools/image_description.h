@@ -22,6 +22,7 @@ struct ImageDescription {
     int32_t colorSpace = VORN_CS_NONE;
     std::optional<int32_t> orientation;
     std::optional<int32_t> paletteEntries;
+    int32_t pages = 1;  // or frames, in the file
     Fields fields;
     std::string loader;
 };

@@ -12,9 +12,10 @@
 #include "tools/handle.h"
 #include "tools/image_description.h"
 #include "tools/json.h"
-#include "tools/limits.h"
+#include "tools/module_options.h"
 #include "tools/printable.h"
 #include "tools/table.h"
+#include "tools/tag_words.h"
 
 namespace vorn::tool {
 
@@ -24,13 +25,19 @@ struct Arguments {
     std::vector<std::string> files;
     std::string loader;
     VORN_ModuleLimits limits{};
+    int32_t page = 0;
     bool asJson = false;
 };
 
 ImageDescription read(const std::string& file, const Arguments& arguments) {
     const std::string loader = chooseLoader(file, arguments.loader);
     const Handle handle(loader, VORN_LOADER, file, arguments.limits);
-    if (!VORN_H_ImageVaOpen(handle.get(), ITAG_Filename, file.c_str(), TAG_End)) {
+    TagWords words;
+    words.addAddress(ITAG_Filename, file.c_str());
+    if (arguments.page > 0) {
+        words.addLong(ITAG_PageNumber, arguments.page);
+    }
+    if (!VORN_H_ImageOpen(handle.get(), words.data())) {
         throw libraryFailure(file, handle.get());
     }
     return describe(handle.get(), file, loader);
@@ -70,6 +77,7 @@ void printText(const std::string& file, const ImageDescription& image) {
     addRow(table, "Orientation", image.orientation ? std::to_string(*image.orientation) : "");
     addRow(table, "Aspect", pair(image.fields, ITAG_XAspect, ITAG_YAspect, ":"));
     addRow(table, "DPI", pair(image.fields, ITAG_XDPI, ITAG_YDPI, " x "));
+    addRow(table, "Pages", image.pages > 1 ? std::to_string(image.pages) : "");
     for (const unsigned id : textFieldIds()) {
         const auto text = image.fields.texts.find(id);
         addRow(table, fieldName(id), text == image.fields.texts.end() ? "" : text->second);
@@ -97,7 +105,8 @@ Json jsonOf(const std::string& file, const ImageDescription& image) {
                  {"depth", image.bitsPerChannel},
                  {"bytesPerChannel", image.bytesPerChannel},
                  {"colorSpace", colorSpaceName(image.colorSpace)},
-                 {"alpha", image.alpha}};
+                 {"alpha", image.alpha},
+                 {"pages", image.pages}};
     if (image.paletteEntries) {
         json["paletteEntries"] = *image.paletteEntries;
     }
@@ -153,6 +162,7 @@ void addInfoCommand(CLI::App& program, ExitStatus& status) {
     command->add_option("FILE", arguments->files, "The pictures")->required();
     command->add_option("--loader", arguments->loader,
                         "The loader to use; otherwise the one that knows the file's contents");
+    addPageOption(*command, arguments->page);
     addLimitOptions(*command, arguments->limits);
     command->add_flag("--json", arguments->asJson, "Write JSON");
     command->callback([arguments, &status] { status = showAll(*arguments); });

@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <filesystem>
 #include <nlohmann/json.hpp>
 
 #include "tests/tools/tool.h"
@@ -129,6 +130,46 @@ TEST_F(Convert, ScalesThePicture) {
     EXPECT_EQ(info("colors.png")["colorSpace"], "RGB");
     EXPECT_EQ(
         vorn({"convert", scratch_.path("in"), scratch_.path("x.pgm"), "--size", "5y5"}).status, 2);
+}
+
+// A loader that decodes no more than is needed must change neither the size nor the look.
+TEST_F(Convert, LetsTheLoaderReduceALargePicture) {
+    if (!std::filesystem::exists(std::string(VORN_BUILT_HOME) + "/Loaders/jpeg")) GTEST_SKIP();
+    std::vector<unsigned> samples;
+    for (unsigned i = 0; i < 101 * 83; ++i) samples.push_back(i % 101 * 2);
+    through(anymap("P5", 101, 83, 255, samples), {"large.jpg"}, {"--colorspace", "RGB"});
+    const std::string large = contentsOf(scratch_.path("large.jpg"));
+    const std::string whole = through(large, {"all.ppm", "small.ppm"});
+    const struct {
+        std::vector<std::string> options;
+        int width, height;
+    } kSizes[] = {{{"--size", "11"}, 11, 9},
+                  {{"--size", "10%"}, 10, 8},
+                  {{"--fit", "12x9"}, 11, 9},
+                  {{"--size", "x11", "--orientation", "1"}, 9, 11},
+                  {{"--size", "7x30!"}, 7, 30}};
+    for (const auto& [options, width, height] : kSizes) {
+        SCOPED_TRACE(testing::PrintToString(options));
+        const std::string reduced = through(large, {"reduced.ppm"}, options);
+        through(whole, {"scaled.ppm"}, options);
+        EXPECT_EQ(info("reduced.ppm")["width"], width);
+        EXPECT_EQ(info("reduced.ppm")["height"], height);
+        const std::string scaled = contentsOf(scratch_.path("scaled.ppm"));
+        ASSERT_EQ(reduced.size(), scaled.size());
+        for (size_t i = 12; i < reduced.size(); ++i) {
+            EXPECT_NEAR(static_cast<uint8_t>(reduced[i]), static_cast<uint8_t>(scaled[i]), 8);
+        }
+    }
+}
+
+TEST_F(Convert, ReadsThePageThatIsAskedFor) {
+    const std::string file = scratch_.write("in.ppm", anymap("P5", 1, 1, 255, {7}));
+    EXPECT_EQ(vorn({"info", file, "--page", "0"}).status, 2);
+    if (!std::filesystem::exists(std::string(VORN_BUILT_HOME) + "/Loaders/gif")) GTEST_SKIP();
+    through(anymap("P5", 1, 1, 255, {7}), {"one.gif"});
+    EXPECT_EQ(info("one.gif")["pages"], 1);
+    const std::string one = scratch_.path("one.gif");
+    expectFailure(vorn({"convert", one, file, "--page", "2"}), one, "2012, 0");
 }
 
 }  // namespace

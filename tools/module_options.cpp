@@ -1,4 +1,4 @@
-#include "tools/limits.h"
+#include "tools/module_options.h"
 
 namespace vorn::tool {
 
@@ -12,6 +12,12 @@ void addLimitOptions(CLI::App& command, VORN_ModuleLimits& limits) {
         .add_option("--time-limit", limits.cpuSeconds,
                     "The most processor time for each module, in seconds")
         ->type_name("SECONDS");
+}
+
+void addPageOption(CLI::App& command, int32_t& page) {
+    command.add_option("--page", page, "The page or frame of a file that holds several, from 1")
+        ->check(CLI::PositiveNumber)
+        ->type_name("NUMBER");
 }
 
 }  // namespace vorn::tool
