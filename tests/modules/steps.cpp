@@ -178,7 +178,10 @@ void endMainThread() {
 // As a program without any care does it; the report of the language's runtime is not wanted.
 void allocate() {
     std::set_terminate([] { std::abort(); });
-    for (;;) new char[1 << 22];
+    for (;;) {
+        char* volatile kept = new char[1 << 22];  // volatile: the compiler may not leave it out
+        *kept = 1;
+    }
 }
 
 void spin() {
