@@ -14,7 +14,7 @@ inline uint32_t littleEndian(const uint8_t* bytes, size_t count) {
 }
 
 inline void putLittleEndian(std::vector<uint8_t>& bytes, uint32_t value, size_t count) {
-    for (size_t i = 0; i < count; ++i) bytes.push_back(static_cast<uint8_t>(value >> 8 * i));
+    for (; count > 0; --count, value >>= 8) bytes.push_back(static_cast<uint8_t>(value));
 }
 
 }  // namespace formats
