@@ -5,7 +5,8 @@
 #include <string_view>
 
 #include "formats/common/exif.h"
-#include "formats/common/parameters.h"
+#include "formats/settings/module_settings.h"
+#include "jpeg_capabilities.h"
 
 namespace jpeg {
 namespace {
@@ -24,24 +25,23 @@ struct Settings {
     int32_t down = 1;
 };
 
-Settings storedSettings() {
-    Settings settings;
-    char subsampling[PARSE_STRING_SIZE];
-    const VORN_ParseEntry table[] = {
-        {"Quality", PARSE_Long, &settings.quality, 90},
-        {"Progressive", PARSE_Bool, &settings.progressive, 0},
-        {"Subsampling", PARSE_String, subsampling, reinterpret_cast<VORN_Word>("auto")},
-        {nullptr, 0, nullptr, 0}};
-    formats::readParameters("jpeg", VORN_SAVER, table);
+enum class Subsampling { kAuto, k444, k422, k420 };
+constexpr settings::Choice<Subsampling> kSubsamplings[] = {{"auto", Subsampling::kAuto},
+                                                           {"444", Subsampling::k444},
+                                                           {"422", Subsampling::k422},
+                                                           {"420", Subsampling::k420}};
 
-    const std::string_view kind = subsampling;
-    const bool fine = kind == "444" || (kind == "auto" && settings.quality >= kFineQuality);
-    if (settings.quality < 1 || settings.quality > 100 ||
-        (kind != "auto" && kind != "444" && kind != "422" && kind != "420"))
-        throw Failure{formats::kBadOption};
-    settings.across = fine ? 1 : 2;
-    settings.down = fine || kind == "422" ? 1 : 2;
-    return settings;
+Settings storedSettings() {
+    const settings::ModuleSettings set("jpeg", VORN_SAVER, kJpegCapabilities);
+    Settings chosen;
+    chosen.quality = set.number("Quality");
+    chosen.progressive = set.isOn("Progressive");
+    const Subsampling kind = set.choice("Subsampling", kSubsamplings);
+    const bool fine =
+        kind == Subsampling::k444 || (kind == Subsampling::kAuto && chosen.quality >= kFineQuality);
+    chosen.across = fine ? 1 : 2;
+    chosen.down = fine || kind == Subsampling::k422 ? 1 : 2;
+    return chosen;
 }
 
 J_COLOR_SPACE colorsOf(const ImageToSave& image) {

@@ -5,7 +5,8 @@
 #include <string>
 
 #include "formats/common/little_endian.h"
-#include "formats/common/parameters.h"
+#include "formats/settings/module_settings.h"
+#include "tga_capabilities.h"
 
 namespace tga {
 namespace {
@@ -21,11 +22,7 @@ constexpr size_t kLongestNote = 255;
 constexpr char kFooter[] = "\0\0\0\0\0\0\0\0TRUEVISION-XFILE.";  // no extensions; ends with a 0
 
 bool storedRunLength() {
-    int32_t runLength = 0;
-    const VORN_ParseEntry table[] = {{"RunLength", PARSE_Bool, &runLength, 1},
-                                     {nullptr, 0, nullptr, 0}};
-    formats::readParameters("tga", VORN_SAVER, table);
-    return runLength != 0;
+    return settings::ModuleSettings("tga", VORN_SAVER, kTgaCapabilities).isOn("RunLength");
 }
 
 int kindOf(const ImageToSave& image) {

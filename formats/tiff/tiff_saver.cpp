@@ -5,8 +5,9 @@
 #include <string_view>
 
 #include "formats/common/exif.h"
-#include "formats/common/parameters.h"
 #include "formats/common/utf8.h"
+#include "formats/settings/module_settings.h"
+#include "tiff_capabilities.h"
 
 namespace tiff_format {
 namespace {
@@ -33,18 +34,14 @@ int photometricOf(const ImageToSave& image) {
     }
 }
 
+constexpr settings::Choice<uint16_t> kCompressions[] = {{"none", COMPRESSION_NONE},
+                                                        {"lzw", COMPRESSION_LZW},
+                                                        {"deflate", COMPRESSION_ADOBE_DEFLATE},
+                                                        {"packbits", COMPRESSION_PACKBITS}};
+
 uint16_t storedCompression() {
-    char name[PARSE_STRING_SIZE];
-    const VORN_ParseEntry table[] = {
-        {"Compression", PARSE_String, name, reinterpret_cast<VORN_Word>("lzw")},
-        {nullptr, 0, nullptr, 0}};
-    formats::readParameters("tiff", VORN_SAVER, table);
-    const std::string_view chosen = name;
-    if (chosen == "none") return COMPRESSION_NONE;
-    if (chosen == "lzw") return COMPRESSION_LZW;
-    if (chosen == "deflate") return COMPRESSION_ADOBE_DEFLATE;
-    if (chosen == "packbits") return COMPRESSION_PACKBITS;
-    throw Failure{formats::kBadOption};
+    return settings::ModuleSettings("tiff", VORN_SAVER, kTiffCapabilities)
+        .choice("Compression", kCompressions);
 }
 
 }  // namespace

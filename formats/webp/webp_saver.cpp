@@ -5,7 +5,8 @@
 #include <memory>
 
 #include "formats/common/exif.h"
-#include "formats/common/parameters.h"
+#include "formats/settings/module_settings.h"
+#include "webp_capabilities.h"
 
 namespace webp {
 namespace {
@@ -18,20 +19,13 @@ struct Releaser {
 };
 
 WebPConfig storedConfig() {
-    int32_t quality = 0;
-    int32_t lossless = 0;
-    int32_t effort = 0;
-    const VORN_ParseEntry table[] = {{"Quality", PARSE_Long, &quality, 80},
-                                     {"Lossless", PARSE_Bool, &lossless, 0},
-                                     {"Effort", PARSE_Long, &effort, 4},
-                                     {nullptr, 0, nullptr, 0}};
-    formats::readParameters("webp", VORN_SAVER, table);
+    const settings::ModuleSettings set("webp", VORN_SAVER, kWebpCapabilities);
     WebPConfig config;
     if (!WebPConfigInit(&config)) throw Failure{formats::kCannotSave};
-    config.quality = static_cast<float>(quality);
-    config.lossless = lossless ? 1 : 0;
+    config.quality = static_cast<float>(set.number("Quality"));
+    config.lossless = set.isOn("Lossless") ? 1 : 0;
     config.exact = config.lossless;  // colours that can't be seen through alpha are kept
-    config.method = effort;
+    config.method = set.number("Effort");
     if (!WebPValidateConfig(&config)) throw Failure{formats::kBadOption};
     return config;
 }
