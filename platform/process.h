@@ -38,8 +38,8 @@ bool hasEnded(const Process& process);
 // Ends the program at once, whatever it does.
 void killProcess(const Process& process);
 
-// Releases what the record holds of a program that is ending; the program itself goes on. Where this
-// program is the system's reaper, it collects the end, and waits up to a second for it.
+// Releases what the record holds of a program that is ending; the program itself goes on. Where
+// this program is the system's reaper, it collects the end, and waits up to a second for it.
 void releaseProcess(Process& process);
 
 // The calling thread's number, as it stands on module command lines.

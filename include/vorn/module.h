@@ -156,8 +156,9 @@ VORN_API int64_t VORN_M_BSeek(VORN_File* file,
  * below under the given name. It runs in the host's program, on the host's thread, and returns when
  * the dialog is closed; the library is unloaded then. It fetches the present parameters with
  * VORN_H_ModuleGetParameters and stores the new ones with VORN_H_ModuleStoreParameters, or with
- * VORN_H_ModuleStoreOwnParameters for the host's application alone (vorn/host.h); the module fetches
- * them when it opens an image. docs/settings.md tells of a dialog that serves any module. */
+ * VORN_H_ModuleStoreOwnParameters for the host's application alone (vorn/host.h); the module
+ * fetches them when it opens an image. docs/settings.md tells of a dialog that serves any module.
+ */
 
 /* "NewDoInterface". `tags` are the host's words, as it passed them. The result is an error, as the
  * host will see it: code 0 when the dialog was completed. */

@@ -1,7 +1,7 @@
 #include <algorithm>
 
-#include "support/x86/avx2.h"
 #include "scale/x86/kernels.h"
+#include "support/x86/avx2.h"
 
 namespace vorn::x86 {
 namespace {

@@ -1,5 +1,5 @@
-#include "support/x86/avx2.h"
 #include "scale/x86/kernels.h"
+#include "support/x86/avx2.h"
 
 namespace vorn::x86 {
 namespace {
