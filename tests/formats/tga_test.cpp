@@ -22,7 +22,7 @@ Bytes file(uint8_t mapKind,
            const Bytes& behind) {
     Bytes bytes{0, mapKind, kind, 0,     0, entries, 0, entryBits, 0,
                 0, 0,       0,    width, 0, height,  0, bits,      descriptor};
-    bytes.insert(bytes.end(), behind.begin(), behind.end());
+    std::ranges::copy(behind, std::back_inserter(bytes));
     return bytes;
 }
 
