@@ -1,5 +1,8 @@
 #include <vorn/host.h>
 
+#include <algorithm>
+#include <iterator>
+
 #include "formats/common/layout.h"
 #include "formats/tga/tga_loader.h"
 #include "formats/tga/tga_saver.h"
