@@ -1,8 +1,10 @@
 // A host with many connections at once, each on a thread of its own: soak_host CONNECTIONS
-// PICTURES. Its modules may be killed at any moment. Every picture that arrives must be right.
-// Standard output gets the numbers of pictures that arrived and that were lost.
+// PICTURES DONE. Each reads so many pictures, and goes on until there is a file DONE. Modules may
+// be killed at any moment. Every picture that arrives must be right. Standard output gets the
+// numbers of pictures that arrived and that were lost.
 #include <atomic>
 #include <cstdio>
+#include <filesystem>
 #include <memory>
 #include <thread>
 
@@ -44,9 +46,10 @@ class Connection {
 };
 
 // Every connection reads all the pictures, whatever becomes of each.
-void readAll(const std::vector<Picture>& expected) {
+void readAll(const std::vector<Picture>& expected, const std::string& done) {
     Connection connection;
-    for (size_t number = 0; number < expected.size(); ++number) {
+    for (size_t i = 0; i < expected.size() || !std::filesystem::exists(done); ++i) {
+        const size_t number = i % expected.size();
         const Picture target = plainPicture(shapeOf(expected[number]));
         if (!connection.read(static_cast<int>(number), target)) {
             ++lost;
@@ -62,11 +65,12 @@ void readAll(const std::vector<Picture>& expected) {
 }  // namespace
 
 int main(int argc, char** argv) {
-    if (argc != 3) return 1;
+    if (argc != 4) return 1;
     std::vector<Picture> expected;
     for (int i = 0; i < std::atoi(argv[2]); ++i) expected.push_back(loadersPicture(soakPicture(i)));
     std::vector<std::thread> threads;
-    for (int i = 0; i < std::atoi(argv[1]); ++i) threads.emplace_back(readAll, std::cref(expected));
+    for (int i = 0; i < std::atoi(argv[1]); ++i)
+        threads.emplace_back(readAll, std::cref(expected), argv[3]);
     for (std::thread& thread : threads) thread.join();
     std::printf("%d %d\n", arrived.load(), lost.load());
     return wrong != 0;
