@@ -30,43 +30,28 @@ std::vector<int64_t> values(const Array& array, int count) {
 
 using Values = std::vector<int64_t>;
 
-TEST(DataFormat, FillsInChunkyCells) {
-    VORN_DataFormat made = format(DF_Chunky3x8, 10, 3);
-    made.pixelStep[3] = 77;
-    made.bitsPerChannel[7] = 5;
-    VORN_L_DataFormatMacroSetup(&made);
-    EXPECT_EQ(values(made.pixelStep, 4), Values({3, 3, 3, 77}));
-    EXPECT_EQ(values(made.lineStep, 4), Values({30, 30, 30, 0}));
-    EXPECT_EQ(values(made.channelPlace, 4), Values({0, 1, 2, 0}));
-    EXPECT_EQ(values(made.bitsPerChannel, 8), Values({8, 8, 8, 0, 0, 0, 0, 5}));
-
-    VORN_DataFormat wide = format(DF_Chunky4x16, 10, 2);
-    wide.channelPlace[0] = 100;
-    VORN_L_DataFormatMacroSetup(&wide);
-    EXPECT_EQ(wide.bytesPerChannel, 2);
-    EXPECT_EQ(values(wide.pixelStep, 2), Values({8, 8}));
-    EXPECT_EQ(values(wide.lineStep, 2), Values({80, 80}));
-    EXPECT_EQ(values(wide.channelPlace, 2), Values({100, 102}));
-}
-
-TEST(DataFormat, FillsInLineInterleavedRuns) {
-    VORN_DataFormat made = format(DF_LineInterleaved16, 10, 2);
-    VORN_L_DataFormatMacroSetup(&made);
-    EXPECT_EQ(made.bytesPerChannel, 2);
-    EXPECT_EQ(values(made.pixelStep, 2), Values({2, 2}));
-    EXPECT_EQ(values(made.lineStep, 2), Values({40, 40}));
-    EXPECT_EQ(values(made.channelPlace, 2), Values({0, 20}));
-    EXPECT_EQ(values(made.bitsPerChannel, 2), Values({16, 16}));
-}
-
-TEST(DataFormat, KeepsExplicitStepsAndSignificantBits) {
-    for (int layout : {0, 7, -1}) {
-        VORN_DataFormat made = format(layout, 10, 2, 2);
-        made.pixelStep[0] = -6;
+TEST(DataFormat, FillsInCellsAndRunsAndKeepsTheRest) {
+    const struct {
+        int layout, channels;
+        Values pixelSteps, lineSteps, places, bits;
+    } cases[] = {
+        {DF_Chunky3x8, 3, {3, 3, 3, 77}, {30, 30, 30, 0}, {100, 101, 102, 0}, {8, 12, 8, 0}},
+        {DF_Chunky4x16, 2, {8, 8, 0, 77}, {80, 80, 0, 0}, {100, 102, 0, 0}, {16, 12, 0, 0}},
+        {DF_LineInterleaved16, 2, {2, 2, 0, 77}, {40, 40, 0, 0}, {100, 120, 0, 0}, {16, 12, 0, 0}},
+        {DF_Explicit, 2, {0, 0, 0, 77}, {0, 0, 0, 0}, {100, 0, 0, 0}, {8, 12, 0, 0}},
+        {7, 2, {0, 0, 0, 77}, {0, 0, 0, 0}, {100, 0, 0, 0}, {8, 12, 0, 0}},
+        {-1, 2, {0, 0, 0, 77}, {0, 0, 0, 0}, {100, 0, 0, 0}, {8, 12, 0, 0}},
+    };
+    for (const auto& c : cases) {
+        VORN_DataFormat made = format(c.layout, 10, c.channels);
+        made.pixelStep[3] = 77;
+        made.channelPlace[0] = 100;
         made.bitsPerChannel[1] = 12;
         VORN_L_DataFormatMacroSetup(&made);
-        EXPECT_EQ(values(made.pixelStep, 2), Values({-6, 0}));
-        EXPECT_EQ(values(made.bitsPerChannel, 3), Values({16, 12, 0}));
+        EXPECT_EQ(values(made.pixelStep, 4), c.pixelSteps) << c.layout;
+        EXPECT_EQ(values(made.lineStep, 4), c.lineSteps) << c.layout;
+        EXPECT_EQ(values(made.channelPlace, 4), c.places) << c.layout;
+        EXPECT_EQ(values(made.bitsPerChannel, 4), c.bits) << c.layout;
     }
 }
 
@@ -105,14 +90,9 @@ TEST(DataFormat, ChecksSizes) {
     };
     EXPECT_TRUE(passes(65536, 65536, 8, 2));
     EXPECT_TRUE(passes(1, 1, 1, 1));
-    EXPECT_FALSE(passes(65537, 1, 1, 1));
-    EXPECT_FALSE(passes(1, 65537, 1, 1));
-    EXPECT_FALSE(passes(0, 1, 1, 1));
-    EXPECT_FALSE(passes(1, 0, 1, 1));
-    EXPECT_FALSE(passes(1, 1, 9, 1));
-    EXPECT_FALSE(passes(1, 1, 0, 1));
-    EXPECT_FALSE(passes(1, 1, 1, 3));
-    EXPECT_FALSE(passes(1, 1, 1, 0));
+    const int refused[][4] = {{65537, 1, 1, 1}, {1, 65537, 1, 1}, {0, 1, 1, 1}, {1, 0, 1, 1},
+                              {1, 1, 9, 1},     {1, 1, 0, 1},     {1, 1, 1, 3}, {1, 1, 1, 0}};
+    for (const auto& r : refused) EXPECT_FALSE(passes(r[0], r[1], r[2], r[3])) << &r - refused;
 }
 
 TEST(LinesInside, CountsTheLastSampleAndNotOneMore) {
@@ -166,26 +146,6 @@ PalettePointer paletteOf(const Picture& entries) {
     return PalettePointer(VORN_H_CreatePaletteData(&entries.record, VORN_CS_RGB));
 }
 
-TEST(Palette, HoldsChunkyEntriesByDefault) {
-    Random random(1);
-    Picture entries = Picture::standard(DF_LineInterleaved8, 256, 1, 3);
-    entries.fill(random);
-    entries.record.layout = 0;
-    const PalettePointer palette = paletteOf(entries);
-    ASSERT_NE(palette, nullptr);
-    EXPECT_EQ(palette->byteCount, 132u + 768u);
-    EXPECT_EQ(palette->colorSpace, 2u);
-    EXPECT_EQ(palette->format.layout, DF_Chunky3x8);
-    EXPECT_EQ(palette->format.width, 256);
-    EXPECT_EQ(palette->format.height, 1);
-    const auto* bytes = reinterpret_cast<const uint8_t*>(palette.get() + 1);
-    for (int i = 0; i < 256; i++) {
-        for (int c = 0; c < 3; c++) {
-            ASSERT_EQ(bytes[i * 3 + c], entries.get(c, i, 0));
-        }
-    }
-}
-
 // Whatever the buffer's code says, the entries fit the record and none covers another.
 TEST(Palette, TakesRunsWhereCellsWouldNotFit) {
     Random random(2);
@@ -199,6 +159,10 @@ TEST(Palette, TakesRunsWhereCellsWouldNotFit) {
                 ASSERT_NE(palette, nullptr);
                 const auto size = static_cast<uint32_t>(5 * channels * bytes);
                 EXPECT_EQ(palette->byteCount, 132 + size);
+                EXPECT_EQ(palette->colorSpace, 2u);
+                if (layout == 0 && channels == 3) {
+                    EXPECT_EQ(palette->format.layout, bytes == 1 ? DF_Chunky3x8 : DF_Chunky3x16);
+                }
                 EXPECT_TRUE(linesInside(palette->format, 1, size));
                 EXPECT_EQ(palette->format.bytesPerChannel, bytes);
                 const VORN_ChunkyBuffer inside = bufferAt(palette->format, palette.get() + 1);
