@@ -56,21 +56,6 @@ TEST_F(Orientation, OfASaverComesOutRight) {
     }
 }
 
-TEST_F(Orientation, SurvivesReadingAndWritingBack) {
-    const std::string name = "w=7,h=4,c=3,orient=0";
-    Loader loader;
-    ASSERT_TRUE(loader.open(name));
-    VORN_H_ImageVaSetTags(loader, ITAG_Orientation, VORN_Word(1), TAG_End);
-    const Picture turned = plainPicture({4, 7, 3, 1});
-    ASSERT_TRUE(loader.read(turned));
-    Saver saver("saver-0");
-    const std::string target = moduleHome().path("saved");
-    ASSERT_TRUE(saver.open(target));
-    saver.describe(turned, VORN_CS_RGB, "", 1);
-    ASSERT_TRUE(saver.write(turned));
-    EXPECT_TRUE(same(Saved(target).picture(), loadersPicture(name)));
-}
-
 // Two pictures through one saver: the second one's size is asked for before anything is written.
 TEST_F(Orientation, OfTheLastPictureDoesNotTurnTheNextOnesSize) {
     Saver saver("saver-1");

@@ -167,6 +167,10 @@ TEST_F(Reading, LooksUpPalettesOrKeepsTheIndices) {
         EXPECT_TRUE(same(target, expected));
         loader.closeImage();
     }
+    ASSERT_TRUE(loader.open("w=3,h=1,c=1,space=CMAPPED"));
+    VORN_H_ImageVaSetTags(loader, ITAG_ColorSpace, VORN_Word(VORN_CS_RGB), TAG_End);
+    EXPECT_FALSE(loader.read(plainPicture({3, 1, 3, 1})));
+    EXPECT_EQ(loader.code(), 5);
 }
 
 TEST_F(Reading, CallsTheMeterAsOftenAsItWasAskedTo) {

@@ -10,11 +10,7 @@ namespace {
 constexpr int32_t kWidth = 3;
 
 VORN_DataFormat grayFormat(int32_t height) {
-    VORN_DataFormat format{};
-    format.layout = DF_LineInterleaved8;
-    format.width = kWidth;
-    format.height = height;
-    format.channels = 1;
+    VORN_DataFormat format{DF_LineInterleaved8, kWidth, height, 1, 0, 0, {}, {}, {}, {}};
     VORN_L_DataFormatMacroSetup(&format);
     return format;
 }
@@ -52,103 +48,71 @@ struct Lines {
     VORN_ChunkyBuffer buffer{};
 };
 
-Callbacks writingWith(std::function<void(VORN_ImageDataState*)> write) {
+// A saver that takes the lines of these messages like this.
+void writeWith(const std::vector<Bytes>& messages,
+               const std::function<void(VORN_ImageDataState*)>& write) {
     Callbacks callbacks = plainSaver();
-    callbacks.saverWrite = [=] {
+    callbacks.saverWrite = [&] {
         VORN_ImageDataState* state = VORN_M_CreateGetImageDataState();
         write(state);
         VORN_M_DestroyImageDataState(state);
         return 1;
     };
-    return callbacks;
+    std::vector<Turn> turns = {{command(CMD_SaveData), {emptyMessage()}}};
+    for (const Bytes& message : messages) turns.push_back({message, {}});
+    turns.push_back({interrupt(), {acknowledgementOf(2)}});
+    converse(VORN_SAVER, callbacks, turns);
 }
 
-void startWriting(Twin& twin) {
-    twin.receive();
-    twin.send(CMD_SaveData);
-    EXPECT_EQ(twin.receive(), emptyMessage());
-}
-
-void finish(Twin& twin) {
-    EXPECT_EQ(twin.receive(), acknowledgementOf(2));
-    twin.terminate();
-}
-
-TEST(GetImageData, TakesLinesAcrossBlocks) {
-    Twin twin(VORN_SAVER, writingWith([](VORN_ImageDataState* state) {
-                  Lines ten(10);
-                  EXPECT_EQ(VORN_M_GetImageData(&ten.buffer, state), 10);
-                  for (int32_t line = 0; line < 10; ++line) ten.expectLine(line, line);
-                  Lines rest(4);  // two are left of the third block
-                  EXPECT_EQ(VORN_M_GetImageData(&rest.buffer, state), 2);
-                  rest.expectLine(0, 10);
-                  rest.expectLine(1, 11);
-                  EXPECT_EQ(rest.samples[2 * kWidth], 0xEE);
-                  EXPECT_EQ(VORN_M_GetImageData(&rest.buffer, state), 0);
-              }));
-    startWriting(twin);
-    for (int32_t first = 0; first < 12; first += 4) twin.send(block(first, 4));
-    twin.send(interrupt());
-    finish(twin);
-}
-
-TEST(GetImageData, PassesOverBlocksWithoutLines) {
-    Twin twin(VORN_SAVER, writingWith([](VORN_ImageDataState* state) {
-                  Lines two(2);
-                  EXPECT_EQ(VORN_M_GetImageData(&two.buffer, state), 2);
-                  two.expectLine(0, 0);
-                  two.expectLine(1, 1);
-              }));
-    startWriting(twin);
-    twin.send(block(0, 1));
-    twin.send(block(1, 0));
-    twin.send(block(1, 1));
-    twin.send(interrupt());
-    finish(twin);
+TEST(GetImageData, TakesLinesAcrossBlocksAndNoneBehindTheLast) {
+    writeWith({block(0, 4), block(4, 4), block(8, 0), block(8, 4)}, [](auto* state) {
+        Lines ten(10);
+        EXPECT_EQ(VORN_M_GetImageData(&ten.buffer, state), 10);
+        for (int32_t line = 0; line < 10; ++line) ten.expectLine(line, line);
+        Lines rest(4);  // two are left
+        EXPECT_EQ(VORN_M_GetImageData(&rest.buffer, state), 2);
+        rest.expectLine(0, 10);
+        rest.expectLine(1, 11);
+        EXPECT_EQ(rest.samples[2 * kWidth], 0xEE);
+        EXPECT_EQ(VORN_M_GetImageData(&rest.buffer, state), 0);  // ended: no wait
+    });
 }
 
 TEST(GetImageData, EndsAtAMessageThatIsNoBlock) {
     const VORN_DataFormat format = grayFormat(1);
-    const std::vector<Bytes> messages = {
+    const Bytes messages[] = {
         MessageBytes().number(ITAG_ReadLineNo, 0).data(ITAG_Data, "abcd", 4).end(),
         MessageBytes().data(ITAG_DataFormat, &format, sizeof format).end(),
         MessageBytes().data(ITAG_DataFormat, &format, 124).data(ITAG_Data, "abcd", 4).end(),
     };
     for (const Bytes& message : messages) {
-        Twin twin(VORN_SAVER, writingWith([](VORN_ImageDataState* state) {
-                      Lines one(1);
-                      EXPECT_EQ(VORN_M_GetImageData(&one.buffer, state), 0);
-                      EXPECT_EQ(VORN_M_GetImageData(&one.buffer, state), 0);
-                      EXPECT_EQ(one.samples[0], 0xEE);
-                  }));
-        startWriting(twin);
-        twin.send(message);
-        twin.send(interrupt());
-        finish(twin);
+        writeWith({message}, [](auto* state) {
+            Lines one(1);
+            EXPECT_EQ(VORN_M_GetImageData(&one.buffer, state), 0);
+            EXPECT_EQ(VORN_M_GetImageData(&one.buffer, state), 0);
+            EXPECT_EQ(one.samples[0], 0xEE);
+        });
     }
 }
 
 TEST(GetImageData, DrainsTheHostsBlocksWhenASaverStopsEarly) {
-    Twin twin(VORN_SAVER, writingWith([](VORN_ImageDataState* state) {
-                  Lines one(1);
-                  EXPECT_EQ(VORN_M_GetImageData(&one.buffer, state), 1);
-              }));
-    startWriting(twin);
-    for (int32_t first = 0; first < 12; first += 4) twin.send(block(first, 4));
-    twin.send(interrupt());
-    finish(twin);
+    writeWith({block(0, 4), block(4, 4), block(8, 4)}, [](auto* state) {
+        Lines one(1);
+        EXPECT_EQ(VORN_M_GetImageData(&one.buffer, state), 1);
+    });
 }
 
 TEST(GetImageData, WithoutMemoryForItsStateIsErrorSeventeen) {
-    Twin twin(VORN_SAVER, writingWith([](VORN_ImageDataState*) {
-                  vorn::failAllocation(1);
-                  EXPECT_EQ(VORN_M_CreateGetImageDataState(), nullptr);
-                  VORN_M_DestroyImageDataState(nullptr);
-              }));
-    startWriting(twin);
-    twin.send(interrupt());
-    EXPECT_EQ(twin.receive(), acknowledgementWithError(2, 17, 0));
-    twin.terminate();
+    Callbacks callbacks = plainSaver();
+    callbacks.saverWrite = [] {
+        vorn::failAllocation(1);
+        EXPECT_EQ(VORN_M_CreateGetImageDataState(), nullptr);
+        VORN_M_DestroyImageDataState(nullptr);
+        return 1;
+    };
+    converse(VORN_SAVER, callbacks,
+             {{command(CMD_SaveData), {emptyMessage()}},
+              {interrupt(), {acknowledgementWithError(2, 17, 0)}}});
 }
 
 // ---- Palettes, which need no connection.
@@ -156,11 +120,7 @@ TEST(GetImageData, WithoutMemoryForItsStateIsErrorSeventeen) {
 constexpr int32_t kEntries = 2;
 
 Bytes paletteMessage(int32_t colorSpace, size_t entryBytes = kEntries * 3) {
-    VORN_DataFormat format{};
-    format.layout = DF_Chunky3x8;
-    format.width = kEntries;
-    format.height = 1;
-    format.channels = 3;
+    VORN_DataFormat format{DF_Chunky3x8, kEntries, 1, 3, 0, 0, {}, {}, {}, {}};
     VORN_L_DataFormatMacroSetup(&format);
     Bytes data(4 + sizeof format);
     std::memcpy(data.data(), &colorSpace, 4);
@@ -171,14 +131,8 @@ Bytes paletteMessage(int32_t colorSpace, size_t entryBytes = kEntries * 3) {
 
 struct Entries {
     Entries() {
-        buffer.layout = DF_Chunky3x8;
-        buffer.width = 4;
-        buffer.height = 1;
-        buffer.channels = 3;
+        buffer.channelPlace[0] = samples;
         VORN_L_ChunkyBufferMacroSetup(&buffer);
-        for (int channel = 0; channel < 3; ++channel) {
-            buffer.channelPlace[channel] = samples + channel;
-        }
     }
     bool take(const Bytes& message, int32_t colorSpace) {
         return VORN_M_GetPalette(reinterpret_cast<const VORN_TagItem*>(message.data()), &buffer,
@@ -186,19 +140,15 @@ struct Entries {
     }
 
     uint8_t samples[12] = {9, 9, 9, 9, 9, 9, 9, 9, 9, 9, 9, 9};
-    VORN_ChunkyBuffer buffer{};
+    VORN_ChunkyBuffer buffer{DF_Chunky3x8, 4, 1, 3, 0, 0, {}, {}, {}, {}};
 };
 
-TEST(GetPalette, FillsTheEntriesAndTellsTheirNumber) {
+TEST(GetPalette, FillsTheEntriesInTheAskedColorSpaceAndTellsTheirNumber) {
     Entries entries;
     EXPECT_TRUE(entries.take(paletteMessage(VORN_CS_RGB), VORN_CS_RGB));
     EXPECT_EQ(entries.buffer.width, kEntries);
     const uint8_t expected[] = {255, 255, 255, 3, 4, 5, 9};
     EXPECT_EQ(std::memcmp(entries.samples, expected, sizeof expected), 0);
-}
-
-TEST(GetPalette, ConvertsToTheAskedColorSpace) {
-    Entries entries;
     EXPECT_TRUE(entries.take(paletteMessage(VORN_CS_RGB), VORN_CS_YUV601));
     EXPECT_EQ(entries.samples[0], 235);
     EXPECT_EQ(entries.samples[1], 128);

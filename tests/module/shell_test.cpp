@@ -4,6 +4,13 @@
 
 namespace {
 
+const Bytes kEmpty = emptyMessage();
+
+int32_t fail() {
+    VORN_M_SetErrorCode(2002, 28);
+    return 0;
+}
+
 TEST(Shell, AcknowledgesEveryCommandWithItsRoundAndVersion) {
     Twin twin(VORN_LOADER, {});
     const Bytes first = {7,  0, 0, 1, 12, 0, 0, 0, 1, 0, 0, 0, 0x84, 0, 0, 1,
@@ -12,26 +19,26 @@ TEST(Shell, AcknowledgesEveryCommandWithItsRoundAndVersion) {
     int32_t round = 1;
     const uint32_t commands[] = {CMD_LoadInfo, CMD_LoadData, CMD_SaveInfo,
                                  CMD_SaveOpen, CMD_Abort,    0x2003};
-    for (const uint32_t command : commands) {
-        twin.send(command);
-        EXPECT_EQ(twin.receive(), acknowledgementOf(++round)) << command;
+    for (const uint32_t number : commands) {
+        twin.send(command(number));
+        EXPECT_EQ(twin.receive(), acknowledgementOf(++round)) << number;
     }
     twin.send(MessageBytes().number(ITAG_Width, 1).end());
     EXPECT_EQ(twin.receive(), acknowledgementOf(++round));
     twin.terminate();
 }
 
-TEST(Shell, SendsTheLastErrorOnceWithTheNextAcknowledgement) {
+TEST(Shell, SendsTheLastErrorOnceWithTheNextAcknowledgementAndSkipsUnknownTags) {
     Callbacks callbacks;
     callbacks.beforeTheShell = [] {
+        EXPECT_TRUE(VORN_M_SetVaModuleTags(10u, VORN_Word(77), SHTAG_Version, VORN_Word(3), 12u,
+                                           VORN_Word(78), SHTAG_End));
         VORN_M_SetErrorCode(5, 7);
         VORN_M_SetWarningCode(9, 0);
     };
     Twin twin(VORN_LOADER, callbacks);
-    const Bytes first = twin.receive();
-    EXPECT_EQ(first.size(), 48u);
-    EXPECT_EQ(first, acknowledgementWithError(1, 9, 0));
-    twin.send(CMD_Abort);
+    EXPECT_EQ(twin.receive(), acknowledgementWithError(1, 9, 0));
+    twin.send(command(CMD_Abort));
     EXPECT_EQ(twin.receive(), acknowledgementOf(2));
     twin.terminate();
 }
@@ -39,26 +46,9 @@ TEST(Shell, SendsTheLastErrorOnceWithTheNextAcknowledgement) {
 TEST(Shell, SaysWhichCommandsItDoesNotKnow) {
     Callbacks callbacks;
     callbacks.command = [](const VORN_TagItem*) {};
-    Twin twin(VORN_LOADER, callbacks);
-    twin.receive();
     testing::internal::CaptureStderr();
-    twin.send(0x3001);
-    EXPECT_EQ(twin.receive(), acknowledgementOf(2));
+    EXPECT_EQ(converse(VORN_LOADER, callbacks, {{command(0x3001), {acknowledgementOf(2)}}}), "");
     EXPECT_EQ(testing::internal::GetCapturedStderr(), "Invalid command number = 12289\n");
-    EXPECT_EQ(twin.calls(), "");
-    twin.terminate();
-}
-
-TEST(Shell, TakesTagsOneByOneAndSkipsThoseItDoesNotKnow) {
-    Callbacks callbacks;
-    callbacks.beforeTheShell = [] {
-        EXPECT_TRUE(VORN_M_SetVaModuleTags(10u, VORN_Word(77), SHTAG_Version, VORN_Word(2), 12u,
-                                           VORN_Word(78), SHTAG_End));
-        EXPECT_TRUE(VORN_M_SetVaModuleTags(SHTAG_End));
-    };
-    Twin twin(VORN_LOADER, callbacks);
-    EXPECT_EQ(twin.receive(), acknowledgementOf(1, 2));
-    twin.terminate();
 }
 
 TEST(Shell, ReturnsAtOnceWhenNoHostHasStartedIt) {
@@ -82,27 +72,16 @@ TEST(Shell, ClosesAfterEveryRoundThatEndsWithoutAnImageAndWhenItEnds) {
         twin.receive();
         return twin.calls();
     };
-    const auto command = [](int32_t number) {
-        return MessageBytes().number(MTAG_Command, number).end();
-    };
     twin.receive();
     EXPECT_EQ(callsOf(command(CMD_LoadInfo)), "open begin");
     EXPECT_EQ(callsOf(command(0x2003)), "open begin");  // the image stays open
     EXPECT_EQ(callsOf(command(CMD_Abort)), "open begin close");
     EXPECT_EQ(callsOf(command(CMD_Abort)), "open begin close close");
     callsOf(command(CMD_LoadInfo));
-    EXPECT_EQ(callsOf(MessageBytes().end()), "open begin close close open begin close");
+    EXPECT_EQ(callsOf(kEmpty), "open begin close close open begin close");
+    EXPECT_EQ(callsOf(command(CMD_LoadInfo)), "open begin close close open begin close open begin");
     twin.terminate();
-    EXPECT_EQ(twin.calls(), "open begin close close open begin close close close");
-}
-
-TEST(Shell, ClosesAnOpenImageOnceWhenItIsTerminated) {
-    Twin twin(VORN_LOADER, plainLoader());
-    twin.receive();
-    twin.send(CMD_LoadInfo);
-    twin.receive();
-    twin.terminate();
-    EXPECT_EQ(twin.calls(), "open begin close");
+    EXPECT_EQ(twin.calls(), "open begin close close open begin close open begin close");
 }
 
 TEST(LoadInfo, GivesTheMessageToBothSteps) {
@@ -114,79 +93,107 @@ TEST(LoadInfo, GivesTheMessageToBothSteps) {
         return 1;
     };
     callbacks.loaderBegin = [&] {
-        char* name = VORN_L_TagGetString(VORN_L_TagFind(kept, ITAG_Filename));
-        names += name;
-        VORN_L_TagFreeString(name);
+        char name[16];
+        names += VORN_L_CopyTagStringOrNull(kept, ITAG_Filename, name, sizeof name);
         return 1;
     };
-    Twin twin(VORN_LOADER, callbacks);
-    twin.receive();
-    twin.send(MessageBytes().number(MTAG_Command, CMD_LoadInfo).text(ITAG_Filename, "a.pnm").end());
-    EXPECT_EQ(twin.receive(), acknowledgementOf(2));
+    const Bytes message =
+        MessageBytes().number(MTAG_Command, CMD_LoadInfo).text(ITAG_Filename, "a.pnm").end();
+    converse(VORN_LOADER, callbacks, {{message, {acknowledgementOf(2)}}});
     EXPECT_EQ(names, "a.pnm");
-    twin.terminate();
 }
 
-TEST(LoadInfo, EndsWithTheStepThatFails) {
-    for (const bool openFails : {true, false}) {
+TEST(Loading, GoesAsFarAsItsCallbacksLetIt) {
+    const Bytes info = command(CMD_LoadInfo), data = command(CMD_LoadData);
+    const auto refused = acknowledgementWithError(2, 2002, 28);
+    const auto opening = [](const VORN_TagItem*) { return fail(); };
+    const struct {
+        std::function<void(Callbacks&)> change;
+        std::vector<Turn> turns;
+        const char* calls;
+    } cases[] = {
+        {[&](Callbacks& c) { c.loaderOpen = opening; }, {{info, {refused}}}, "open close"},
+        {[](Callbacks& c) { c.loaderBegin = fail; }, {{info, {refused}}}, "open begin close"},
+        {[](Callbacks& c) { c.loaderBegin = fail; }, {{data, {refused}}}, "open begin close"},
+        // That the reading starts is said only when the picture was open.
+        {[](Callbacks&) {}, {{data, {acknowledgementOf(2)}}}, "open begin read close"},
+        {[](Callbacks&) {},
+         {{info, {acknowledgementOf(2)}}, {data, {kEmpty, acknowledgementOf(3)}}},
+         "open begin read close"},
+        {[](Callbacks& c) { c.loaderRead = nullptr; },
+         {{info, {acknowledgementOf(2)}}, {data, {acknowledgementOf(3)}}},
+         "open begin"},
+    };
+    for (const auto& c : cases) {
         Callbacks callbacks = plainLoader();
-        const auto fail = [] {
-            VORN_M_SetErrorCode(2001, 4);
-            return 0;
-        };
-        if (openFails)
-            callbacks.loaderOpen = [=](const VORN_TagItem*) { return fail(); };
-        else
-            callbacks.loaderBegin = fail;
-        Twin twin(VORN_LOADER, callbacks);
-        twin.receive();
-        twin.send(CMD_LoadInfo);
-        EXPECT_EQ(twin.receive(), acknowledgementWithError(2, 2001, 4));
-        EXPECT_EQ(twin.calls(), openFails ? "open close" : "open begin close");
-        twin.terminate();
+        c.change(callbacks);
+        EXPECT_EQ(converse(VORN_LOADER, callbacks, c.turns), c.calls) << &c - cases;
     }
 }
 
-TEST(LoadData, AnswersThatItStartsOnlyWhenTheImageWasOpen) {
-    for (const bool opened : {true, false}) {
-        Twin twin(VORN_LOADER, plainLoader());
-        twin.receive();
-        if (opened) {
-            twin.send(CMD_LoadInfo);
-            EXPECT_EQ(twin.receive(), acknowledgementOf(2));
-        }
-        twin.send(CMD_LoadData);
-        if (opened) {
-            EXPECT_EQ(twin.receive(), emptyMessage());
-        }
-        EXPECT_EQ(twin.receive(), acknowledgementOf(opened ? 3 : 2));
-        EXPECT_EQ(twin.calls(), "open begin read close");
-        twin.terminate();
+TEST(Saving, GoesAsFarAsItsCallbacksLetItAndTellsErrorsAtOnceAndAgain) {
+    const Bytes save = command(CMD_SaveData), open = command(CMD_SaveOpen), stop = interrupt();
+    const Bytes error = errorMessage(2002, 28), done = acknowledgementOf(2);
+    const Bytes again = acknowledgementWithError(2, 2002, 28);
+    const struct {
+        std::function<void(Callbacks&)> change;
+        std::vector<Turn> turns;
+        const char* calls;
+    } cases[] = {
+        // A block that nobody takes, and an end that is none without an interrupt.
+        {[](Callbacks&) {},
+         {{save, {kEmpty}},
+          {MessageBytes().number(ITAG_ReadLineNo, 0).end(), {}},
+          {command(CMD_Terminate), {}},
+          {stop, {done}}},
+         "open begin write close"},
+        // The picture is opened only when none is open.
+        {[](Callbacks&) {},
+         {{open, {done}},
+          {open, {acknowledgementOf(3)}},
+          {save, {kEmpty}},
+          {stop, {acknowledgementOf(4)}}},
+         "open begin write close"},
+        {[](Callbacks& c) {
+             c.saverQuery = [] { VORN_M_SetVaImageInfo(ITAG_Orientation, VORN_Word(3), TAG_End); };
+         },
+         {{command(CMD_SaveInfo), {MessageBytes().number(ITAG_Orientation, 3).end(), done}}},
+         "query close"},
+        // The host sends in vain.
+        {[](Callbacks& c) { c.saverOpen = [](const VORN_TagItem*) { return fail(); }; },
+         {{save, {kEmpty}}, {stop, {again}}},
+         "open close"},
+        {[](Callbacks& c) { c.saverBegin = fail; },
+         {{save, {error, kEmpty}}, {stop, {again}}, {command(CMD_Abort), {acknowledgementOf(3)}}},
+         "open begin close close"},
+        {[](Callbacks& c) { c.saverBegin = [] { return 0; }; },
+         {{save, {errorMessage(0, 0), kEmpty}}, {stop, {done}}},
+         "open begin close"},
+        {[](Callbacks& c) { c.saverWrite = fail; },
+         {{save, {kEmpty, error}}, {stop, {again}}},
+         "open begin write close"},
+    };
+    for (const auto& c : cases) {
+        Callbacks callbacks = plainSaver();
+        c.change(callbacks);
+        EXPECT_EQ(converse(VORN_SAVER, callbacks, c.turns), c.calls) << &c - cases;
     }
 }
 
-TEST(LoadData, ReadsNothingWhenTheImageDoesNotOpen) {
-    Callbacks callbacks = plainLoader();
-    callbacks.loaderBegin = [] { return 0; };
-    Twin twin(VORN_LOADER, callbacks);
-    twin.receive();
-    twin.send(CMD_LoadData);
-    EXPECT_EQ(twin.receive(), acknowledgementOf(2));
-    EXPECT_EQ(twin.calls(), "open begin close");
-    twin.terminate();
-}
-
-TEST(LoadData, NeedsAllThreeCallbacks) {
-    Callbacks callbacks = plainLoader();
-    callbacks.loaderRead = nullptr;
-    Twin twin(VORN_LOADER, callbacks);
-    twin.receive();
-    twin.send(CMD_LoadInfo);
-    EXPECT_EQ(twin.receive(), acknowledgementOf(2));
-    twin.send(CMD_LoadData);
-    EXPECT_EQ(twin.receive(), acknowledgementOf(3));
-    EXPECT_EQ(twin.calls(), "open begin");
-    twin.terminate();
+TEST(SaverDeathTest, EndsWithStatusTwentyWithoutItsCallbacks) {
+    GTEST_FLAG_SET(death_test_style, "threadsafe");
+    const auto saveWith = [](const Callbacks& callbacks) {
+        Twin twin(VORN_SAVER, callbacks);
+        twin.receive();
+        twin.send(command(CMD_SaveData));
+        twin.receive();
+    };
+    Callbacks withoutWrite = plainSaver();
+    withoutWrite.saverWrite = nullptr;
+    Callbacks withoutOpen = plainSaver();
+    withoutOpen.saverOpen = nullptr;
+    EXPECT_EXIT(saveWith(withoutWrite), testing::ExitedWithCode(20), "exiting abnormally");
+    EXPECT_EXIT(saveWith(withoutOpen), testing::ExitedWithCode(20), "exiting abnormally");
 }
 
 TEST(ModuleCommand, GetsExactlyOneAnswer) {
@@ -198,29 +205,20 @@ TEST(ModuleCommand, GetsExactlyOneAnswer) {
             results += VORN_M_SetVaCommandReturn(ITAG_Width, VORN_Word(i), TAG_End) ? '1' : '0';
         }
     };
-    Twin twin(VORN_LOADER, callbacks);
-    twin.receive();
+    std::vector<Turn> turns;
     for (int32_t answers = 0; answers < 3; ++answers) {
-        results.clear();
-        twin.send(MessageBytes()
-                      .item(TAG_Interrupt, 8)
-                      .number(MTAG_Command, CMD_Module)
-                      .number(ITAG_PageNumber, answers)
-                      .end());
-        EXPECT_EQ(twin.receive(),
-                  answers == 0 ? emptyMessage() : MessageBytes().number(ITAG_Width, 0).end());
-        EXPECT_EQ(twin.receive(), acknowledgementOf(2 + answers));
-        EXPECT_EQ(results, std::string("10").substr(0, static_cast<size_t>(answers)));
+        turns.push_back({MessageBytes()
+                             .item(TAG_Interrupt, 8)
+                             .number(MTAG_Command, CMD_Module)
+                             .number(ITAG_PageNumber, answers)
+                             .end(),
+                         {answers == 0 ? kEmpty : MessageBytes().number(ITAG_Width, 0).end(),
+                          acknowledgementOf(2 + answers)}});
     }
-    twin.terminate();
-}
-
-TEST(ModuleCommand, IsErrorFiftyThreeForAModuleWithoutCommands) {
-    Twin twin(VORN_LOADER, plainLoader());
-    twin.receive();
-    twin.send(CMD_Module);
-    EXPECT_EQ(twin.receive(), acknowledgementWithError(2, 53, 0));
-    twin.terminate();
+    converse(VORN_LOADER, callbacks, turns);
+    EXPECT_EQ(results, "110");
+    converse(VORN_LOADER, plainLoader(),
+             {{command(CMD_Module), {acknowledgementWithError(2, 53, 0)}}});
 }
 
 }  // namespace

@@ -1,7 +1,5 @@
 #include "tests/module/twin.h"
 
-#include <unistd.h>
-
 #include <algorithm>
 
 #include "platform/connection.h"
@@ -19,48 +17,32 @@ auto call(const char* name, Member member, Arguments... arguments) {
     return (current->*member)(arguments...);
 }
 
-template <class Function>
-void registerOne(uint32_t id, bool wanted, Function* function) {
-    if (wanted) VORN_M_SetVaModuleTags(id, reinterpret_cast<VORN_Word>(function), SHTAG_End);
-}
-
 using Message = const VORN_TagItem*;
 
 void registerAll(const Callbacks& c) {
-    registerOne(
-        SHTAG_Close, !!c.close, +[] { call("close", &Callbacks::close); });
-    registerOne(
+    const auto add = [](uint32_t id, bool wanted, auto* function) {
+        if (wanted) VORN_M_SetVaModuleTags(id, reinterpret_cast<VORN_Word>(function), SHTAG_End);
+    };
+    using C = Callbacks;
+    add(
+        SHTAG_Close, !!c.close, +[] { call("close", &C::close); });
+    add(
         SHTAG_LoaderOpen, !!c.loaderOpen,
-        +[](Message m) { return call("open", &Callbacks::loaderOpen, m); });
-    registerOne(
-        SHTAG_LoaderBegin, !!c.loaderBegin, +[] { return call("begin", &Callbacks::loaderBegin); });
-    registerOne(
-        SHTAG_LoaderRead, !!c.loaderRead, +[] { call("read", &Callbacks::loaderRead); });
-    registerOne(
-        SHTAG_SaverOpen, !!c.saverOpen,
-        +[](Message m) { return call("open", &Callbacks::saverOpen, m); });
-    registerOne(
-        SHTAG_SaverBegin, !!c.saverBegin, +[] { return call("begin", &Callbacks::saverBegin); });
-    registerOne(
-        SHTAG_SaverWrite, !!c.saverWrite, +[] { return call("write", &Callbacks::saverWrite); });
-    registerOne(
-        SHTAG_SaverQuery, !!c.saverQuery, +[] { call("query", &Callbacks::saverQuery); });
-    registerOne(
-        SHTAG_Command, !!c.command, +[](Message m) { call("command", &Callbacks::command, m); });
-}
-
-// The module's command line, with descriptors of its own for the module to close.
-std::vector<std::string> commandLineFor(const SharedStuff& stuff) {
-    std::vector<std::string> words = {std::to_string(::dup(stuff.shm.handle)), stuff.shm.name};
-    for (const auto& entry : stuff.semaphores->entry) {
-        words.push_back(std::to_string(::dup(entry.handle)));
-        words.push_back(entry.name);
-    }
-    for (const int32_t number : {stuff.writeOffset, stuff.writeSize, stuff.readOffset,
-                                 stuff.readSize, vorn::platform::currentThreadId()}) {
-        words.push_back(std::to_string(number));
-    }
-    return words;
+        +[](Message m) { return call("open", &C::loaderOpen, m); });
+    add(
+        SHTAG_LoaderBegin, !!c.loaderBegin, +[] { return call("begin", &C::loaderBegin); });
+    add(
+        SHTAG_LoaderRead, !!c.loaderRead, +[] { call("read", &C::loaderRead); });
+    add(
+        SHTAG_SaverOpen, !!c.saverOpen, +[](Message m) { return call("open", &C::saverOpen, m); });
+    add(
+        SHTAG_SaverBegin, !!c.saverBegin, +[] { return call("begin", &C::saverBegin); });
+    add(
+        SHTAG_SaverWrite, !!c.saverWrite, +[] { return call("write", &C::saverWrite); });
+    add(
+        SHTAG_SaverQuery, !!c.saverQuery, +[] { call("query", &C::saverQuery); });
+    add(
+        SHTAG_Command, !!c.command, +[](Message m) { call("command", &C::command, m); });
 }
 
 }  // namespace
@@ -88,7 +70,7 @@ Twin::Twin(int32_t type, Callbacks callbacks)
     : image_(VORN_L_ImageVaCreateHandle(0, MTAG_ModuleType, VORN_Word(type), TAG_End)),
       callbacks_(std::move(callbacks)) {
     vorn::SharedStuffCreate(*image_, type);
-    thread_ = std::thread(&Twin::runModule, this, commandLineFor(image_->stuff));
+    thread_ = std::thread(&Twin::runModule, this, commandLineOf(image_->stuff));
 }
 
 Twin::~Twin() {
@@ -113,8 +95,7 @@ void Twin::runModule(std::vector<std::string> words) {
     registerAll(callbacks_);
     VORN_M_SetVaModuleTags(SHTAG_Version, VORN_Word(VORN_PROTOCOL_VERSION), SHTAG_End);
     if (callbacks_.beforeTheShell) callbacks_.beforeTheShell();
-    std::vector<char*> arguments;
-    for (auto& word : words) arguments.push_back(word.data());
+    std::vector<char*> arguments = argumentsOf(words);
     VORN_M_ShellMain(static_cast<int>(arguments.size()), arguments.data());
     vorn::platform::postSemaphore(image_->stop);  // the host's waits end with its module
 }
@@ -138,9 +119,25 @@ Bytes Twin::receive() {
 }
 
 void Twin::terminate() {
-    send(CMD_Terminate);
+    send(command(CMD_Terminate));
     EXPECT_EQ(receive(), Bytes());
     thread_.join();
+}
+
+std::string converse(int32_t type, const Callbacks& callbacks, const std::vector<Turn>& turns) {
+    Twin twin(type, callbacks);
+    EXPECT_EQ(twin.receive(), acknowledgementOf(1));
+    for (size_t i = 0; i < turns.size(); ++i) {
+        twin.send(turns[i].said);
+        for (const Bytes& answer : turns[i].answers) EXPECT_EQ(twin.receive(), answer) << i;
+    }
+    const std::string calls = twin.calls();
+    twin.terminate();
+    return calls;
+}
+
+Bytes command(uint32_t number) {
+    return MessageBytes().number(MTAG_Command, static_cast<int32_t>(number)).end();
 }
 
 Bytes acknowledgementOf(int32_t round, int32_t version) {

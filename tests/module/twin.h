@@ -38,9 +38,6 @@ class Twin {
 
     // Hands a message to the module once it has taken the last one.
     void send(const Bytes& message);
-    void send(uint32_t command) {
-        send(MessageBytes().number(MTAG_Command, command32(command)).end());
-    }
 
     // The module's next message; nothing when the shell has ended.
     Bytes receive();
@@ -53,7 +50,6 @@ class Twin {
     const std::string& calls() const { return calls_; }
 
   private:
-    static int32_t command32(uint32_t command) { return static_cast<int32_t>(command); }
     void runModule(std::vector<std::string> words);
 
     VORN_Image* image_;
@@ -61,6 +57,18 @@ class Twin {
     std::string calls_;
     std::thread thread_;
 };
+
+// What the host says, and all that the shell sends in answer.
+struct Turn {
+    Bytes said;
+    std::vector<Bytes> answers;
+};
+
+// A whole conversation behind the first acknowledgement, up to the end of the shell. The result is
+// the callbacks' names as they were before the end.
+std::string converse(int32_t type, const Callbacks& callbacks, const std::vector<Turn>& turns);
+
+Bytes command(uint32_t number);
 
 // What the shell sends.
 Bytes acknowledgementOf(int32_t round, int32_t version = VORN_PROTOCOL_VERSION);

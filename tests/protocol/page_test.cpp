@@ -112,10 +112,10 @@ Sent loaderToHost() {
     Twin twin(VORN_LOADER, callbacks);
     Sent sent;
     sent["acknowledgement"] = twin.receive();
-    twin.send(CMD_LoadInfo);
+    twin.send(command(CMD_LoadInfo));
     sent["information"] = twin.receive();
     sent["acknowledgement-with-error"] = twin.receive();
-    twin.send(CMD_LoadData);
+    twin.send(command(CMD_LoadData));
     sent["empty-reply"] = twin.receive();
     sent["loader-block"] = twin.receive();
     twin.receive();
@@ -133,10 +133,10 @@ Sent saverToHost() {
     Twin twin(VORN_SAVER, callbacks);
     Sent sent;
     twin.receive();
-    twin.send(CMD_SaveInfo);
+    twin.send(command(CMD_SaveInfo));
     sent["saver-information"] = twin.receive();
     twin.receive();
-    twin.send(CMD_SaveData);
+    twin.send(command(CMD_SaveData));
     sent["error-reply"] = twin.receive();
     twin.receive();  // the empty reply
     twin.send(interrupt());

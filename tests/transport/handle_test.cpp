@@ -114,37 +114,4 @@ TEST(TagExchange, GivesCopiesOfEveryType) {
     VORN_L_TagFreeData(data);
 }
 
-TEST(TagExchange, ShowsTheModulesValuesApartFromTheHostsWishes) {
-    ScriptedPeer peer;
-    VORN_Image* image = peer.image();
-    vorn::ImageVaAddTags(image, ITAG_Width, VORN_Word(640), ITAG_Height, VORN_Word(480), ITAG_XDPI,
-                         VORN_Word(1), ITAG_YDPI, VORN_Word(2), TAG_End);
-    VORN_H_ImageVaSetTags(image, ITAG_Width, VORN_Word(320), ITAG_Height, VORN_Word(240),
-                          ITAG_PageNumber, VORN_Word(1), TAG_End);
-    int32_t values[2] = {0, 0};
-    EXPECT_TRUE(VORN_L_ImageVaModuleGetTags(image, ITAG_Width, VORN_Word(&values[0]), TAG_End));
-    EXPECT_EQ(values[0], 640);
-    EXPECT_FALSE(
-        VORN_L_ImageVaModuleGetTags(image, ITAG_PageNumber, VORN_Word(&values[0]), TAG_End));
-    EXPECT_TRUE(VORN_H_ImageVaGetTags(image, ITAG_Width, VORN_Word(&values[0]), ITAG_Height,
-                                      VORN_Word(&values[1]), TAG_End));
-    EXPECT_EQ(values[0], 320);
-    EXPECT_EQ(values[1], 240);
-}
-
-TEST(TagExchange, ExchangesThePairsWhileThePictureStandsOnItsSide) {
-    ScriptedPeer peer;
-    VORN_Image* image = peer.image();
-    vorn::ImageVaAddTags(image, ITAG_Width, VORN_Word(640), ITAG_Height, VORN_Word(480), ITAG_XDPI,
-                         VORN_Word(1), ITAG_YDPI, VORN_Word(2), ITAG_Orientation, VORN_Word(0),
-                         TAG_End);
-    VORN_H_ImageVaSetTags(image, ITAG_Orientation, VORN_Word(1), TAG_End);
-    int32_t width = 0;
-    int32_t xdpi = 0;
-    EXPECT_TRUE(VORN_H_ImageVaGetTags(image, ITAG_Width, VORN_Word(&width), ITAG_XDPI,
-                                      VORN_Word(&xdpi), TAG_End));
-    EXPECT_EQ(width, 480);
-    EXPECT_EQ(xdpi, 2);
-}
-
 }  // namespace

@@ -67,14 +67,6 @@ TEST_P(Systems, EndAWaitByTheStopSemaphoreUnlessThereIsSomethingToTake) {
     platform::closeDescriptor(set_->stop);
 }
 
-TEST_P(Systems, NameSixSemaphoresThatFitTheCommandLine) {
-    for (int i = 0; i < kSemaphoreCount; ++i) {
-        const std::string name = set_->entry[i].name;
-        EXPECT_EQ(name.substr(name.size() - 2), "VN");
-        EXPECT_GT(set_->entry[i].handle, 0);
-    }
-}
-
 INSTANTIATE_TEST_SUITE_P(Of,
                          Systems,
                          testing::Values(&kKernelObjects, &kGlobalBlocks),

@@ -2,6 +2,7 @@
 // own, so that sanitizers see both sides and every byte can be chosen.
 #pragma once
 
+#include <unistd.h>
 #include <vorn/host.h>
 #include <vorn/library.h>
 
@@ -13,6 +14,7 @@
 #include <utility>
 #include <vector>
 
+#include "platform/process.h"
 #include "tags/tag_walk.h"
 #include "transport/connection.h"
 #include "transport/image.h"
@@ -66,6 +68,26 @@ class MessageBytes {
 
 inline Bytes acknowledgement(int32_t version = 3) {
     return MessageBytes().number(MTAG_Ack, 1).number(MTAG_Version, version).end();
+}
+
+// A module's command line for the connection, with descriptors of its own for the module to close.
+inline std::vector<std::string> commandLineOf(const SharedStuff& stuff) {
+    std::vector<std::string> words = {std::to_string(::dup(stuff.shm.handle)), stuff.shm.name};
+    for (const auto& entry : stuff.semaphores->entry) {
+        words.push_back(std::to_string(::dup(entry.handle)));
+        words.push_back(entry.name);
+    }
+    for (const int32_t number : {stuff.writeOffset, stuff.writeSize, stuff.readOffset,
+                                 stuff.readSize, vorn::platform::currentThreadId()}) {
+        words.push_back(std::to_string(number));
+    }
+    return words;
+}
+
+inline std::vector<char*> argumentsOf(std::vector<std::string>& words) {
+    std::vector<char*> arguments;
+    for (auto& word : words) arguments.push_back(word.data());
+    return arguments;
 }
 
 class ScriptedPeer {

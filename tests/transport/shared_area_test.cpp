@@ -32,14 +32,6 @@ TEST(SharedArea, LiesAsTheModuleTypeSays) {
     }
 }
 
-TEST(SharedArea, TakesAMessageOfTheWholeAreaAndNoByteMore) {
-    ScriptedPeer peer;
-    EXPECT_EQ(VORN_L_ImageHandleStartWriting(peer.image(), 32769), nullptr);
-    EXPECT_EQ(peer.errorCode(), 29);
-    EXPECT_EQ(VORN_L_ImageHandleStartWriting(peer.image(), 32768),
-              peer.image()->stuff.writePointer);
-}
-
 TEST(SharedArea, IsTakenOnceByTwoStartsOfReading) {
     ScriptedPeer peer;
     SharedStuff& stuff = peer.image()->stuff;
@@ -82,34 +74,10 @@ TEST(SharedArea, WakesABlockedThreadOnAnEmergencyStop) {
     }
 }
 
-TEST(Connection, NamesDifferBetweenConnections) {
-    ScriptedPeer first;
-    ScriptedPeer second;
-    EXPECT_STRNE(first.image()->stuff.shm.name, second.image()->stuff.shm.name);
-    for (const auto& a : first.image()->stuff.semaphores->entry) {
-        for (const auto& b : second.image()->stuff.semaphores->entry) EXPECT_STRNE(a.name, b.name);
-    }
-}
-
-// The command line of a connection, with descriptors of its own that the attach may close.
-std::vector<std::string> commandLineOf(const SharedStuff& stuff) {
-    std::vector<std::string> words = {std::to_string(::dup(stuff.shm.handle)), stuff.shm.name};
-    for (const auto& entry : stuff.semaphores->entry) {
-        words.push_back(std::to_string(::dup(entry.handle)));
-        words.push_back(entry.name);
-    }
-    for (const int32_t number :
-         {stuff.writeOffset, stuff.writeSize, stuff.readOffset, stuff.readSize}) {
-        words.push_back(std::to_string(number));
-    }
-    words.push_back(std::to_string(vorn::platform::currentThreadId()));
-    return words;
-}
-
 bool attach(SharedStuff& stuff, std::vector<std::string> words) {
-    std::vector<char*> arguments;
-    for (auto& word : words) arguments.push_back(word.data());
-    return vorn::SharedStuffAttach(stuff, static_cast<int>(arguments.size()), arguments.data());
+    const std::vector<char*> arguments = argumentsOf(words);
+    return vorn::SharedStuffAttach(stuff, static_cast<int>(arguments.size()),
+                                   const_cast<char**>(arguments.data()));
 }
 
 TEST(Attach, SeesTheHostsAreasFromTheOtherSide) {
