@@ -19,14 +19,16 @@ TEST_F(ModuleList, HoldsProgramsInOrder) {
         addModule(std::string("Loaders/") + name);
     }
     home_.makeDirectory("Loaders/old");
+    std::filesystem::create_symlink("old", home_.path("Loaders/link"));  // a directory too
+    std::filesystem::create_symlink("raw", home_.path("Loaders/same"));
     onNewThread([] {
-        EXPECT_EQ(count(VORN_LOADER), 4);
+        EXPECT_EQ(count(VORN_LOADER), 5);
         char** list = nullptr;
         const char* directory = nullptr;
         EXPECT_TRUE(VORN_H_ImageVaQueryModuleHandler(VORN_LOADER, MTAG_ModuleList, &list,
                                                      ITAG_Width, nullptr, MTAG_ModuleDirectory,
                                                      &directory, TAG_End));
-        EXPECT_EQ(taken(list), (Strings{"Bmp", "raw", "tiff", "two.dots"}));
+        EXPECT_EQ(taken(list), (Strings{"Bmp", "raw", "same", "tiff", "two.dots"}));
     });
 }
 

@@ -1,5 +1,4 @@
 #include <gtest/gtest.h>
-#include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
 #include <vorn/host.h>
@@ -10,6 +9,7 @@
 
 #include "tests/scratch_home.h"
 #include "tests/support/failing_memory.h"
+#include "tests/support/file_limit.h"
 
 namespace {
 
@@ -130,7 +130,7 @@ TEST_F(Parameters, LieInTheHomeDirectoryUnlessTheVariableNamesAnAbsolutePath) {
 
 TEST_F(Parameters, NoNameLeavesTheStoreOrMeetsAnother) {
     user_.write("config/evil.txt", "untouched");
-    const std::string modules[] = {"",
+    const char* const modules[] = {"",
                                    ".",
                                    "..",
                                    "../evil",
@@ -155,12 +155,12 @@ TEST_F(Parameters, NoNameLeavesTheStoreOrMeetsAnother) {
     const std::string applications[] = {"..", "Savers", "/a/b"};
     for (const std::string& application : applications) {
         VORN_H_RegisterAppName(application.c_str());
-        for (const std::string& module : modules) {
+        for (const std::string module : modules) {
             EXPECT_TRUE(store(module, application + '|' + module));
         }
     }
     for (const std::string& application : applications) {
-        for (const std::string& module : modules) {
+        for (const std::string module : modules) {
             VORN_H_RegisterAppName(application.c_str());
             EXPECT_EQ(fetch(module), application + '|' + module);
             VORN_H_RegisterAppName("");
@@ -197,15 +197,10 @@ TEST_F(Parameters, OneOfTwoCopiesIsEnough) {
 
 TEST_F(Parameters, FullDiskKeepsTheOldText) {
     ASSERT_TRUE(store("Sample", "old"));
-    rlimit before{};
-    getrlimit(RLIMIT_FSIZE, &before);
-    const rlimit full{1000, before.rlim_max};
-    const auto handler = std::signal(SIGXFSZ, SIG_IGN);
-    setrlimit(RLIMIT_FSIZE, &full);
-    const bool stored = store("Sample", std::string(5000, 'n'));
-    setrlimit(RLIMIT_FSIZE, &before);
-    std::signal(SIGXFSZ, handler);
-    EXPECT_FALSE(stored);
+    {
+        const FileLimit limit(1000);
+        EXPECT_FALSE(store("Sample", std::string(5000, 'n')));
+    }
     EXPECT_EQ(fetch("Sample"), "old");
     EXPECT_EQ(files(), std::set<std::string>{"config/vorn/savers/sample.txt"});
 }

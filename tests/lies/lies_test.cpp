@@ -53,20 +53,4 @@ TEST(Lies, EndInAnErrorOrTheRightPicture) {
     EXPECT_TRUE(count < 1000 || (failed > count / 4 && whole > count / 8));
 }
 
-TEST(Honesty, IsBelieved) {
-    const ScratchHome home;
-    for (uint32_t number = 0; number < 500; ++number) {
-        Random random(number);
-        const Stream stream = goodStream(random);
-        std::vector<ScriptStep> script = scriptOf(stream);
-        const uint32_t size = longestMessage(script);
-        ScriptedModule module(stream.type, std::move(script), size, chance(random, 2));
-        const TalkResult result = talk(random, module, stream);
-        ASSERT_EQ(result.mistake, "") << "stream " << number;
-        if (result.aborted) continue;  // what the script says then comes too late
-        ASSERT_EQ(result.code, 0) << "stream " << number;
-        ASSERT_EQ(result.pictures, stream.rounds) << "stream " << number;
-    }
-}
-
 }  // namespace

@@ -27,39 +27,6 @@ class Semaphore {
     const int32_t number = platform::createSemaphore();
 };
 
-TEST(Semaphores, CountTheirPosts) {
-    const Semaphore semaphore;
-    EXPECT_FALSE(platform::tryWaitSemaphore(semaphore));
-    platform::postSemaphore(semaphore);
-    platform::postSemaphore(semaphore);
-    EXPECT_TRUE(platform::tryWaitSemaphore(semaphore));
-    EXPECT_TRUE(waitFor(semaphore, kNoDescriptor, kNoDescriptor));
-    EXPECT_FALSE(platform::tryWaitSemaphore(semaphore));
-}
-
-TEST(Semaphores, HandOverAgainAndAgain) {
-    const Semaphore there;
-    const Semaphore back;
-    constexpr int kRounds = 2000;
-    int value = 0;  // only the side that has taken its semaphore touches it
-    std::thread peer([&] {
-        platform::WaitHistory history;
-        for (int i = 0; i < kRounds; ++i) {
-            platform::waitSemaphore(there, kNoDescriptor, kNoDescriptor, history);
-            ++value;
-            platform::postSemaphore(back);
-        }
-    });
-    platform::WaitHistory history;
-    for (int i = 0; i < kRounds; ++i) {
-        ++value;
-        platform::postSemaphore(there);
-        platform::waitSemaphore(back, kNoDescriptor, kNoDescriptor, history);
-    }
-    peer.join();
-    EXPECT_EQ(value, 2 * kRounds);
-}
-
 TEST(Semaphores, PostedBeforeTheEndOfThePeerStillCount) {
     const Semaphore semaphore;
     const Started peer("post", {std::to_string(semaphore)}, {semaphore});
@@ -76,17 +43,6 @@ TEST(Semaphores, WaitEndsWithThePeer) {
         [&] { EXPECT_FALSE(waitFor(semaphore, peer.process.watch, kNoDescriptor)); });
     platform::killProcess(peer.process);
     waiter.join();
-}
-
-TEST(Semaphores, StopEndsEveryWaitFromThenOn) {
-    const Semaphore semaphore;
-    const Semaphore stop;
-    std::thread waiter([&] { EXPECT_FALSE(waitFor(semaphore, kNoDescriptor, stop)); });
-    platform::postSemaphore(stop);
-    waiter.join();
-    EXPECT_FALSE(waitFor(semaphore, kNoDescriptor, stop));
-    platform::postSemaphore(semaphore);
-    EXPECT_TRUE(waitFor(semaphore, kNoDescriptor, stop));
 }
 
 // A peer holds the same open file and can do with it what it likes.

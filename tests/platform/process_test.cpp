@@ -144,16 +144,6 @@ TEST(Process, StartsWithStandardSignalsAndLeavesTheHostsAlone) {
     EXPECT_FALSE(::sigismember(&blocked, SIGUSR2));
 }
 
-TEST(Process, IsNoChildOfTheHost) {
-    Started program("answer");
-    EXPECT_FALSE(hasChildren());
-    program.say();
-    EXPECT_EQ(program.hear(), "here");
-    program.waitForEnd();
-    EXPECT_TRUE(platform::hasEnded(program.process));
-    EXPECT_FALSE(hasChildren());
-}
-
 TEST(Process, IsCollectedByAHostThatIsTheReaper) {
     ASSERT_EQ(::prctl(PR_SET_CHILD_SUBREAPER, 1), 0);
     Started program("answer");
@@ -177,36 +167,6 @@ TEST(Process, StartsAlsoWhenTheHostIgnoresItsChildren) {
     ::sigaction(SIGCHLD, &before, nullptr);
     program.say();
     EXPECT_EQ(program.hear(), "here");
-}
-
-TEST(Process, OutlivesTheThreadThatStartedIt) {
-    std::unique_ptr<Started> program;
-    std::thread([&] { program = std::make_unique<Started>("answer"); }).join();
-    EXPECT_FALSE(platform::hasEnded(program->process));
-    program->say();
-    EXPECT_EQ(program->hear(), "here");
-}
-
-TEST(Process, SeesTheEndOfItsHostHoweverThatComes) {
-    Started host("host", {STARTED_PROGRAM});
-    EXPECT_EQ(host.hear(), "watching");
-    platform::killProcess(host.process);
-    EXPECT_EQ(host.hear(), "host ended");
-}
-
-TEST(Process, StartsFromSeveralThreadsAtOnce) {
-    std::vector<std::thread> threads;
-    for (int i = 0; i < 4; ++i) {
-        threads.emplace_back([] {
-            for (int round = 0; round < 5; ++round) {
-                const Started program("answer");
-                program.say();
-                EXPECT_EQ(program.hear(), "here");
-            }
-        });
-    }
-    for (auto& thread : threads) thread.join();
-    EXPECT_FALSE(hasChildren());
 }
 
 }  // namespace

@@ -73,21 +73,6 @@ void watch() {
     say("host ended");
 }
 
-// Starts a module of its own and waits to be killed.
-void host(char* program) {
-    std::string number = std::to_string(talk);
-    char action[] = "watch";
-    char* arguments[] = {action, number.data(), nullptr};
-    platform::ProcessStart start;
-    start.path = program;
-    start.arguments = arguments;
-    start.inherited = &talk;
-    start.inheritedCount = 1;
-    platform::Process module;
-    if (platform::startProcess(start, module) != 0) say("not started");
-    for (;;) ::pause();
-}
-
 void reserve(const char* name) {
     int32_t reservation = -1;
     const bool done = platform::reserveName(name, reservation) == platform::Reservation::Reserved;
@@ -114,8 +99,6 @@ int main(int argc, char** argv) {
         reserve(argv[2]);
     } else if (action == "watch") {
         watch();
-    } else if (action == "host") {
-        host(argv[2]);
     }
     return 0;
 }

@@ -8,27 +8,6 @@
 namespace vorn {
 namespace {
 
-std::vector<std::vector<uint32_t>> weightsOf(int32_t n, int32_t m) {
-    AreaTable table;
-    EXPECT_TRUE(table.build(n, m));
-    std::vector<std::vector<uint32_t>> weights;
-    for (int32_t i = 0; i < m; ++i) {
-        const AreaSpan& span = table.spans.get()[i];
-        const uint32_t* begin = table.weights.get() + span.weights;
-        weights.emplace_back(begin, begin + span.count);
-    }
-    return weights;
-}
-
-using Weights = std::vector<std::vector<uint32_t>>;
-
-TEST(AreaTable, CutsAtTheItemsOfBothGrids) {
-    EXPECT_EQ((Weights{{3, 1}, {1, 3}}), weightsOf(3, 2));
-    EXPECT_EQ((Weights{{2}, {1, 1}, {2}}), weightsOf(2, 3));
-    EXPECT_EQ((Weights{{1, 1, 1, 1}}), weightsOf(4, 1));
-    EXPECT_EQ((Weights{{4}, {4}, {4}}), weightsOf(3, 3));
-}
-
 // The spans cover every source item, overlap by one at most, and their weights have one sum.
 void checkTable(int32_t n, int32_t m) {
     AreaTable table;

@@ -2,7 +2,7 @@
 
 #include "platform/environment.h"
 #include "scale/bicubic_plan.h"
-#include "tests/scale/reference_bicubic.h"
+#include "tests/scale/references.h"
 #include "tests/scale/scale_run.h"
 
 namespace vorn_test {
@@ -18,39 +18,6 @@ TEST(BicubicBlur, IsReadAsANumberOfTheCLocaleAndClamped) {
                   {"-inf", 0},  {"1e999", 256},    {"1e-999", 0}, {"-1e999", 0}};
     for (const auto& c : kCases) {
         EXPECT_EQ(c.blur, vorn::parseBlur(c.text)) << (c.text ? c.text : "(unset)");
-    }
-}
-
-TEST(BicubicPlan, TakesSingleSamplesWhenReducingWithoutBlur) {
-    vorn::BicubicPlan plan;
-    ASSERT_TRUE(plan.build(1000, 100, 0.0));
-    EXPECT_EQ(1, plan.maxCount);
-}
-
-TEST(BicubicPlan, HasFourContributorsAwayFromTheEdges) {
-    vorn::BicubicPlan plan;
-    ASSERT_TRUE(plan.build(100, 200, 1.0));
-    EXPECT_EQ(2, plan.contributions.get()[0].count);
-    for (int32_t i = 4; i < 196; ++i) EXPECT_EQ(4, plan.contributions.get()[i].count) << i;
-}
-
-TEST(BicubicPlan, WeightsAddUpToOneUnit) {
-    for (const double blur : {0.0, 0.3, 1.0, 2.5, 256.0}) {
-        for (const int32_t in : {2, 3, 50, 167}) {
-            for (const int32_t out : {2, 5, 50, 1000}) {
-                vorn::BicubicPlan plan;
-                ASSERT_TRUE(plan.build(in, out, blur));
-                for (int32_t i = 0; i < out; ++i) {
-                    const vorn::Contribution& entry = plan.contributions.get()[i];
-                    int32_t sum = 0;
-                    for (int32_t k = 0; k < entry.count; ++k) {
-                        sum += plan.weights.get()[entry.weights + static_cast<size_t>(k)];
-                    }
-                    ASSERT_EQ(16384, sum) << in << " to " << out << " blur " << blur;
-                    ASSERT_LE(entry.first + entry.count, in);
-                }
-            }
-        }
     }
 }
 

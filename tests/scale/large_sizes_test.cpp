@@ -1,10 +1,7 @@
 // Sizes at the limits of the methods' numbers.
 #include <gtest/gtest.h>
 
-#include "tests/scale/reference_average.h"
-#include "tests/scale/reference_bicubic.h"
-#include "tests/scale/reference_bilinear.h"
-#include "tests/scale/reference_nearest.h"
+#include "tests/scale/references.h"
 #include "tests/scale/scale_run.h"
 
 namespace vorn_test {

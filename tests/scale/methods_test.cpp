@@ -2,10 +2,7 @@
 #include <gtest/gtest.h>
 
 #include "support/cpu.h"
-#include "tests/scale/reference_average.h"
-#include "tests/scale/reference_bicubic.h"
-#include "tests/scale/reference_bilinear.h"
-#include "tests/scale/reference_nearest.h"
+#include "tests/scale/references.h"
 #include "tests/scale/scale_run.h"
 
 namespace vorn_test {
@@ -114,36 +111,6 @@ TEST_P(MethodTest, MakesTheSamplesOfItsReferenceAtEveryWidth) {
                 const Image made = scaleThrough(image, run);
                 ASSERT_TRUE(method.reference(image, run.width, run.lines) == made)
                     << width << "x5x" << channels << " of " << bytes << " bytes, " << run;
-            }
-        }
-    }
-}
-
-TEST_P(MethodTest, CopiesAPictureOfTheSameSize) {
-    Random random(3);
-    for (int32_t bytes = 1; bytes <= 2; ++bytes) {
-        if (std::string(GetParam().name) == "bestup") continue;  // it filters
-        const Image image = randomImage(random, 23, 17, 3, bytes);
-        ScaleRun run;
-        run.method = GetParam().name;
-        run.width = 23, run.lines = 17;
-        EXPECT_TRUE(image == scaleThrough(image, run));
-    }
-}
-
-TEST_P(MethodTest, KeepsAConstantPictureConstant) {
-    for (int32_t n = GetParam().smallest; n <= 24; ++n) {
-        for (int32_t m = GetParam().smallest; m <= 24; ++m) {
-            for (const int32_t value : {100, 255}) {
-                Image image(n, m, 1, 1);
-                std::fill(image.samples.begin(), image.samples.end(), value);
-                ScaleRun run;
-                run.method = GetParam().name;
-                run.width = m, run.lines = n;
-                const Image made = scaleThrough(image, run);
-                ASSERT_EQ(static_cast<ptrdiff_t>(made.samples.size()),
-                          std::count(made.samples.begin(), made.samples.end(), value))
-                    << n << "x" << m << " turned to " << m << "x" << n;
             }
         }
     }

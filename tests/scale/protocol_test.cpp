@@ -19,6 +19,17 @@ using ScalerPointer = std::unique_ptr<VORN_Scaler, Free>;
 
 ScalerPointer allocate(const char* name) { return ScalerPointer(VORN_S_AllocScaler(name)); }
 
+int32_t init(const ScalerPointer& scaler,
+             Band& source,
+             int32_t srcLines,
+             Band& destination,
+             int32_t dstLines,
+             VORN_LineCallback callback = nullptr,
+             void* data = nullptr) {
+    return VORN_S_InitScale(scaler.get(), srcLines, dstLines, &source.record, &destination.record,
+                            callback, data);
+}
+
 Band plainBand(int32_t width, int32_t lines, int32_t channels = 3, int32_t bytes = 1) {
     return Band(Layout::Interleaved, width, lines, channels, bytes, 0xFF, 0);
 }
@@ -51,8 +62,7 @@ TEST(BandProtocol, StopsWhenTheLineCallbackSaysSo) {
         ScalerPointer scaler = allocate(name);
         int32_t calls = 0;
         const VORN_LineCallback stop = [](void* data) { return ++*static_cast<int32_t*>(data); };
-        ASSERT_EQ(VORN_S_READY, VORN_S_InitScale(scaler.get(), 8, 8, &source.record,
-                                                 &destination.record, stop, &calls));
+        ASSERT_EQ(VORN_S_READY, init(scaler, source, 8, destination, 8, stop, &calls));
         destination.fill(Band::kGuard);
         ASSERT_EQ(VORN_S_FILL_SOURCE, VORN_S_SendData(scaler.get()));
         source.fill(1);
@@ -79,8 +89,7 @@ TEST(BandProtocol, TakesTheSourceRecordsHeightAsTheBandsLines) {
 
         Band source = plainBand(3, 8, 1), destination = plainBand(3, 31, 1);
         ScalerPointer scaler = allocate(name);
-        ASSERT_EQ(VORN_S_READY, VORN_S_InitScale(scaler.get(), 23, 31, &source.record,
-                                                 &destination.record, nullptr, nullptr));
+        ASSERT_EQ(VORN_S_READY, init(scaler, source, 23, destination, 31));
         int32_t read = 0, code = 0;
         constexpr int32_t kHeights[] = {5, 8, 3, 7};
         for (int32_t call = 0; code != VORN_S_FINISHED && call < 40; ++call) {
@@ -99,11 +108,10 @@ TEST(BandProtocol, TakesTheSourceRecordsHeightAsTheBandsLines) {
     }
 }
 
-int32_t init(
+int32_t initNew(
     const char* name, Band& source, int32_t srcLines, Band& destination, int32_t dstLines) {
-    ScalerPointer scaler = allocate(name);
-    const int32_t result = VORN_S_InitScale(scaler.get(), srcLines, dstLines, &source.record,
-                                            &destination.record, nullptr, nullptr);
+    const ScalerPointer scaler = allocate(name);
+    const int32_t result = init(scaler, source, srcLines, destination, dstLines);
     if (result < 0) {
         EXPECT_EQ(VORN_S_CANT_GO_ON, VORN_S_SendData(scaler.get()));
     }
@@ -117,12 +125,12 @@ TEST(InitScale, RefusesRecordsThatDontFitEachOther) {
     nine.record.channels = 9;
     triple.record.bytesPerChannel = 3;
     for (const char* name : kNames) {
-        EXPECT_EQ(VORN_S_CHANNELS_DIFFER, init(name, rgb, 4, rgba, 4));
-        EXPECT_EQ(VORN_S_CHANNELS_DIFFER, init(name, none, 4, none, 4));
-        EXPECT_EQ(VORN_S_CHANNELS_DIFFER, init(name, nine, 4, nine, 4));
-        EXPECT_EQ(VORN_S_BYTES_DIFFER, init(name, rgb, 4, deep, 4));
-        EXPECT_EQ(VORN_S_BYTES_DIFFER, init(name, triple, 4, triple, 4));
-        EXPECT_EQ(VORN_S_READY, init(name, rgb, 4, rgb, 4));
+        EXPECT_EQ(VORN_S_CHANNELS_DIFFER, initNew(name, rgb, 4, rgba, 4));
+        EXPECT_EQ(VORN_S_CHANNELS_DIFFER, initNew(name, none, 4, none, 4));
+        EXPECT_EQ(VORN_S_CHANNELS_DIFFER, initNew(name, nine, 4, nine, 4));
+        EXPECT_EQ(VORN_S_BYTES_DIFFER, initNew(name, rgb, 4, deep, 4));
+        EXPECT_EQ(VORN_S_BYTES_DIFFER, initNew(name, triple, 4, triple, 4));
+        EXPECT_EQ(VORN_S_READY, initNew(name, rgb, 4, rgb, 4));
     }
 }
 
@@ -132,19 +140,19 @@ TEST(InitScale, RefusesSizesOutOfTheScalersRange) {
     for (const char* name : kNames) {
         const bool cubic = std::string(name) == "bestup";
         const int32_t outer = cubic ? VORN_S_BAD_SIZE : VORN_S_READY;
-        EXPECT_EQ(outer, init(name, narrow, 4, band, 4));
-        EXPECT_EQ(outer, init(name, band, 1, band, 4));
-        EXPECT_EQ(outer, init(name, band, 4, band, 16001));
-        EXPECT_EQ(outer, init(name, wide, 4, band, 4));
-        EXPECT_EQ(outer, init(name, band, 4, wide, 4));
-        EXPECT_EQ(VORN_S_READY, init(name, band, 2, band, 16000));
-        EXPECT_EQ(VORN_S_BAD_SIZE, init(name, band, 0, band, 4));
-        EXPECT_EQ(VORN_S_BAD_SIZE, init(name, band, 4, band, -1));
-        EXPECT_EQ(VORN_S_BAD_SIZE, init(name, band, 65537, band, 4));
-        EXPECT_EQ(VORN_S_BAD_SIZE, init(name, tooWide, 4, band, 4));
+        EXPECT_EQ(outer, initNew(name, narrow, 4, band, 4));
+        EXPECT_EQ(outer, initNew(name, band, 1, band, 4));
+        EXPECT_EQ(outer, initNew(name, band, 4, band, 16001));
+        EXPECT_EQ(outer, initNew(name, wide, 4, band, 4));
+        EXPECT_EQ(outer, initNew(name, band, 4, wide, 4));
+        EXPECT_EQ(VORN_S_READY, initNew(name, band, 2, band, 16000));
+        EXPECT_EQ(VORN_S_BAD_SIZE, initNew(name, band, 0, band, 4));
+        EXPECT_EQ(VORN_S_BAD_SIZE, initNew(name, band, 4, band, -1));
+        EXPECT_EQ(VORN_S_BAD_SIZE, initNew(name, band, 65537, band, 4));
+        EXPECT_EQ(VORN_S_BAD_SIZE, initNew(name, tooWide, 4, band, 4));
         empty.record.height = 0;
-        EXPECT_EQ(VORN_S_BAD_SIZE, init(name, empty, 4, band, 4));
-        EXPECT_EQ(VORN_S_BAD_SIZE, init(name, band, 4, empty, 4));
+        EXPECT_EQ(VORN_S_BAD_SIZE, initNew(name, empty, 4, band, 4));
+        EXPECT_EQ(VORN_S_BAD_SIZE, initNew(name, band, 4, empty, 4));
     }
 }
 
@@ -160,8 +168,7 @@ TEST(FrontEnd, SurvivesNullAndScalersThatAreNotSetUp) {
         EXPECT_EQ(VORN_S_CANT_GO_ON, VORN_S_SendData(scaler.get()));
         EXPECT_EQ(VORN_S_CANT_GO_ON,
                   VORN_S_InitScale(scaler.get(), 4, 4, nullptr, &band.record, nullptr, nullptr));
-        EXPECT_EQ(VORN_S_READY, VORN_S_InitScale(scaler.get(), 4, 4, &band.record, &band.record,
-                                                 nullptr, nullptr));
+        EXPECT_EQ(VORN_S_READY, init(scaler, band, 4, band, 4));
         VORN_S_EndScale(scaler.get());
         VORN_S_EndScale(scaler.get());
         EXPECT_EQ(VORN_S_CANT_GO_ON, VORN_S_SendData(scaler.get()));
@@ -174,11 +181,9 @@ TEST(InitScale, EndsTheImageBefore) {
         Band small = plainBand(4, 4, 1), source = plainBand(9, 9, 1),
              destination = plainBand(5, 5, 1);
         ScalerPointer scaler = allocate(name);
-        ASSERT_EQ(VORN_S_READY, VORN_S_InitScale(scaler.get(), 40, 40, &small.record, &small.record,
-                                                 nullptr, nullptr));
+        ASSERT_EQ(VORN_S_READY, init(scaler, small, 40, small, 40));
         EXPECT_EQ(VORN_S_FILL_SOURCE, VORN_S_SendData(scaler.get()));
-        ASSERT_EQ(VORN_S_READY, VORN_S_InitScale(scaler.get(), 9, 5, &source.record,
-                                                 &destination.record, nullptr, nullptr));
+        ASSERT_EQ(VORN_S_READY, init(scaler, source, 9, destination, 5));
         EXPECT_EQ(VORN_S_FILL_SOURCE, VORN_S_SendData(scaler.get()));
         source.fill(77);
         EXPECT_EQ(VORN_S_TAKE_DESTINATION, VORN_S_SendData(scaler.get()));
@@ -190,25 +195,24 @@ TEST(InitScale, EndsTheImageBefore) {
 TEST(InitScale, LeavesNothingBehindWhenAnyAllocationFails) {
     Band source(Layout::Cells, 7, 3, 3, 2, 0xFF, 0),
         destination(Layout::Planar, 9, 3, 3, 2, 0xFF, 0);
-    const auto setUp = [&](VORN_Scaler* scaler) {
-        return VORN_S_InitScale(scaler, 7, 9, &source.record, &destination.record, nullptr,
-                                nullptr);
+    const auto setUp = [&](const ScalerPointer& scaler) {
+        return init(scaler, source, 7, destination, 9);
     };
     vorn::failAllocation(1);
     EXPECT_EQ(nullptr, VORN_S_AllocScaler("bestdown"));
     for (const char* name : kNames) {
         ScalerPointer scaler = allocate(name);
         vorn::failAllocation(0);
-        ASSERT_EQ(VORN_S_READY, setUp(scaler.get()));
+        ASSERT_EQ(VORN_S_READY, setUp(scaler));
         const unsigned allocations = vorn::failAllocation(0);
         ASSERT_GT(allocations, 2u);
         for (unsigned n = 1; n <= allocations; ++n) {
             vorn::failAllocation(n, n % 2 == 0);
-            EXPECT_EQ(VORN_S_NO_MEMORY, setUp(scaler.get())) << name << " allocation " << n;
+            EXPECT_EQ(VORN_S_NO_MEMORY, setUp(scaler)) << name << " allocation " << n;
             vorn::failAllocation(0);
             EXPECT_EQ(VORN_S_CANT_GO_ON, VORN_S_SendData(scaler.get()));
         }
-        EXPECT_EQ(VORN_S_READY, setUp(scaler.get()));
+        EXPECT_EQ(VORN_S_READY, setUp(scaler));
         EXPECT_EQ(VORN_S_FILL_SOURCE, VORN_S_SendData(scaler.get()));
     }
 }

@@ -1,16 +1,15 @@
 #include <fcntl.h>
 #include <gtest/gtest.h>
-#include <sys/resource.h>
 #include <vorn/support.h>
 
 #include <cerrno>
-#include <csignal>
 #include <filesystem>
 #include <string>
 #include <vector>
 
 #include "tests/scratch_home.h"
 #include "tests/support/failing_memory.h"
+#include "tests/support/file_limit.h"
 
 namespace {
 
@@ -166,24 +165,6 @@ TEST(BufferedFile, ThatDoesNotOpenSaysWhy) {
         BClose(file);
     });
 }
-
-// A disk without room: no file may become longer than this.
-class FileLimit {
-  public:
-    explicit FileLimit(rlim_t bytes) : handler_(std::signal(SIGXFSZ, SIG_IGN)) {
-        ::getrlimit(RLIMIT_FSIZE, &before_);
-        const rlimit limit{bytes, before_.rlim_max};
-        ::setrlimit(RLIMIT_FSIZE, &limit);
-    }
-    ~FileLimit() {
-        ::setrlimit(RLIMIT_FSIZE, &before_);
-        std::signal(SIGXFSZ, handler_);
-    }
-
-  private:
-    void (*handler_)(int);
-    rlimit before_{};
-};
 
 TEST(BufferedFile, ThatFoundNoRoomIsNeverPutInPlace) {
     const ScratchDirectory scratch;
