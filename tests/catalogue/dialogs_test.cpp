@@ -68,24 +68,19 @@ TEST_F(Dialogs, NewFormGetsTheHostsTagsAndItsErrorIsTheHosts) {
     });
 }
 
-TEST_F(Dialogs, NewFormIsPreferredToTheOlderOne) {
+TEST_F(Dialogs, OlderFormIsUsedWhereThereIsNoOtherAndAlwaysCountsAsCompleted) {
     install("both", "Loaders/tiff.dll");
+    install("old", "Savers/png.so");
     onNewThread([&] {
         EXPECT_TRUE(
             VORN_H_ImageVaModuleActivateGUI("tiff", 1, MTAG_ParentWindow, window(), TAG_End));
         EXPECT_EQ(record_.newCalls, 1);
         EXPECT_EQ(record_.oldCalls, 0);
-    });
-}
-
-TEST_F(Dialogs, OlderFormGetsNoTagsAndAlwaysCountsAsCompleted) {
-    install("old", "Savers/png.so");
-    onNewThread([&] {
         EXPECT_TRUE(
             VORN_H_ImageVaModuleActivateGUI("png", 2, MTAG_ParentWindow, window(), TAG_End));
         EXPECT_EQ(record_.oldCalls, 1);
-        EXPECT_EQ(record_.second, 0u);
-        EXPECT_EQ(record_.unloads, 1);
+        EXPECT_EQ(record_.second, 0u);  // no tags
+        EXPECT_EQ(record_.unloads, 2);
         EXPECT_TRUE(messages.empty());
     });
 }

@@ -15,16 +15,20 @@ class Ranges {
 };
 
 TEST(Legality, SizesLieInSomeRange) {
-    const Ranges any("1x1-65535x65535");
-    EXPECT_TRUE(VORN_L_CheckSizeLegality(any.get(), 1, 1));
-    EXPECT_TRUE(VORN_L_CheckSizeLegality(any.get(), 65535, 65535));
-    EXPECT_FALSE(VORN_L_CheckSizeLegality(any.get(), 0, 5));
-    EXPECT_FALSE(VORN_L_CheckSizeLegality(any.get(), 70000, 1));
-    const Ranges some("any,1x1-640,1x2-3x4,800x600-800x600,99999999999x1-99999999999x1");
-    EXPECT_TRUE(VORN_L_CheckSizeLegality(some.get(), 3, 2));
-    EXPECT_FALSE(VORN_L_CheckSizeLegality(some.get(), 4, 3));
-    EXPECT_TRUE(VORN_L_CheckSizeLegality(some.get(), 800, 600));
-    EXPECT_FALSE(VORN_L_CheckSizeLegality(some.get(), 640, 1));
+    const char* any = "1x1-65535x65535";
+    const char* some = "any,1x1-640,1x2-3x4,800x600-800x600,99999999999x1-99999999999x1";
+    const struct {
+        const char* ranges;
+        int32_t width, height;
+        bool legal;
+    } cases[] = {{any, 1, 1, true},      {any, 65535, 65535, true}, {any, 0, 5, false},
+                 {any, 70000, 1, false}, {some, 3, 2, true},        {some, 4, 3, false},
+                 {some, 3, 1, false},    {some, 800, 600, true},    {some, 640, 1, false}};
+    for (const auto& c : cases) {
+        const Ranges ranges(c.ranges);
+        EXPECT_EQ(VORN_L_CheckSizeLegality(ranges.get(), c.width, c.height), c.legal)
+            << c.width << "x" << c.height;
+    }
     EXPECT_TRUE(VORN_L_CheckSizeLegality(nullptr, -1, 0));
 }
 

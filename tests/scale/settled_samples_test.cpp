@@ -21,32 +21,34 @@ Line scaledLine(const char* method, const Line& line, int32_t width, int32_t byt
     return made;
 }
 
-TEST(NearestScaler, TakesTheSampleAboveWhenReducingAndBelowWhenEnlarging) {
-    EXPECT_EQ((Line{0, 2}), scaledLine("qdscale", {0, 1, 2, 3}, 2));
-    EXPECT_EQ((Line{0, 2}), scaledLine("qdscale", {0, 1, 2}, 2));
-    EXPECT_EQ((Line{0, 2, 4}), scaledLine("fastest", {0, 1, 2, 3, 4}, 3));
-    EXPECT_EQ((Line{0, 0, 1, 1}), scaledLine("fastest", {0, 1}, 4));
-    EXPECT_EQ((Line{0, 0, 1, 2}), scaledLine("fastest", {0, 1, 2}, 4));
-    EXPECT_EQ((Line{0, 2, 4, 6, 8}), scaledLine("fastest", {0, 1, 2, 3, 4, 5, 6, 7, 8, 9}, 5));
-}
-
-TEST(AverageScaler, WeighsByAreaAndRoundsHalfUp) {
-    EXPECT_EQ((Line{15, 35}), scaledLine("avscale", {10, 20, 30, 40}, 2));
-    EXPECT_EQ((Line{11}), scaledLine("avscale", {10, 11}, 1));
-    EXPECT_EQ((Line{(3 * 9 + 200 + 2) / 4, (200 + 3 * 90 + 2) / 4}),
-              scaledLine("bestdown", {9, 200, 90}, 2));
-    EXPECT_EQ((Line{10, 16, 21}), scaledLine("bestdown", {10, 21}, 3));
-    EXPECT_EQ((Line{65535, 65535, 65535}),
-              scaledLine("bestdown", {65535, 65535, 65535, 65535, 65535}, 3, 2));
-}
-
-TEST(BilinearScaler, LaysTheFirstAndLastSamplesOnEachOther) {
-    EXPECT_EQ((Line{10, 16, 21}), scaledLine("blscale", {10, 21}, 3));
-    EXPECT_EQ((Line{7, 7, 7, 7}), scaledLine("blscale", {7}, 4));
-    EXPECT_EQ((Line{5}), scaledLine("blscale", {5, 9, 200}, 1));
-    EXPECT_EQ((Line{65535, 65535, 65535}), scaledLine("blscale", {65535, 65535}, 3, 2));
-    const Line enlarged = scaledLine("blscale", {0, 250}, 50);  // the last step is exact
-    EXPECT_EQ(250, enlarged.back());
+TEST(ScaledLines, HaveTheSamplesThatWereWorkedOutByHand) {
+    const struct {
+        const char* method;
+        Line from, to;
+        int32_t bytes = 1;
+    } cases[] = {
+        // The sample above when reducing, below when enlarging.
+        {"qdscale", {0, 1, 2, 3}, {0, 2}},
+        {"fastest", {0, 1, 2}, {0, 2}},
+        {"fastest", {0, 1, 2}, {0, 0, 1, 2}},
+        {"fastest", {0, 1, 2, 3, 4, 5, 6, 7, 8, 9}, {0, 2, 4, 6, 8}},
+        // Weighed by area and rounded half up.
+        {"avscale", {10, 20, 30, 40}, {15, 35}},
+        {"avscale", {10, 11}, {11}},
+        {"bestdown", {9, 200, 90}, {(3 * 9 + 200 + 2) / 4, (200 + 3 * 90 + 2) / 4}},
+        {"bestdown", {10, 21}, {10, 16, 21}},
+        {"bestdown", {65535, 65535, 65535, 65535, 65535}, {65535, 65535, 65535}, 2},
+        // The first and last samples lie on each other.
+        {"blscale", {10, 21}, {10, 16, 21}},
+        {"blscale", {7}, {7, 7, 7, 7}},
+        {"blscale", {5, 9, 200}, {5}},
+        {"blscale", {65535, 65535}, {65535, 65535, 65535}, 2},
+    };
+    for (const auto& c : cases) {
+        EXPECT_EQ(c.to, scaledLine(c.method, c.from, static_cast<int32_t>(c.to.size()), c.bytes))
+            << &c - cases;
+    }
+    EXPECT_EQ(250, scaledLine("blscale", {0, 250}, 50).back());  // the last step is exact
 }
 
 TEST(BicubicScaler, ClampsTheOvershootAtAStep) {

@@ -33,17 +33,6 @@ TEST(Memory, IsClearedWhenAskedAndNeverNullForNothing) {
     FreeMemory(nullptr);
 }
 
-TEST(Memory, CopiesStrings) {
-    char text[] = "text";
-    char* copy = AllocString(text);
-    text[0] = 'T';
-    EXPECT_STREQ(copy, "text");
-    FreeMemory(copy);
-    char* empty = AllocString("");
-    EXPECT_STREQ(empty, "");
-    FreeMemory(empty);
-}
-
 TEST(Tracker, OwnsBlocksThatSuitAnyType) {
     VORN_Tracker* tracker = AllocTracker();
     for (size_t size = 0; size < 100; ++size) {

@@ -15,28 +15,6 @@ void gather(Check check, ...) {
     check(words);
 }
 
-void gatherFrom(Check check, uint32_t first, ...) {
-    va_list arguments;
-    va_start(arguments, first);
-    const GatheredWords words(first, arguments);
-    va_end(arguments);
-    check(words);
-}
-
-TEST(GatheredWords, HoldIdsAndValuesInOrder) {
-    const auto check = [](const GatheredWords& words) {
-        ASSERT_NE(words.data(), nullptr);
-        EXPECT_EQ(words.data()[0], ITAG_Artist);
-        EXPECT_STREQ(reinterpret_cast<const char*>(words.rest()[0]), "me");
-        EXPECT_EQ(words.data()[2], ITAG_Width);
-        EXPECT_EQ(words.data()[3], VORN_Word{640});
-        EXPECT_EQ(words.data()[4], TAG_End);
-    };
-    gather(check, ITAG_Artist, "me", ITAG_Width, VORN_Word{640}, TAG_End);
-    gatherFrom(check, ITAG_Artist, "me", ITAG_Width, VORN_Word{640}, TAG_End);
-    gatherFrom([](const GatheredWords& words) { EXPECT_EQ(words.data()[0], TAG_End); }, TAG_End);
-}
-
 #define EIGHT_TAGS(n)                                                                         \
     ITAG_Width, VORN_Word{n}, ITAG_Width, VORN_Word{n}, ITAG_Width, VORN_Word{n}, ITAG_Width, \
         VORN_Word{n}, ITAG_Width, VORN_Word{n}, ITAG_Width, VORN_Word{n}, ITAG_Width,         \
