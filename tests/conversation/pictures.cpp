@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "tests/modules/explicit_steps.h"
 #include "tests/pixels/slow_line_copy.h"
 
 namespace {
@@ -45,18 +46,10 @@ constexpr int kTurns = 4;
 }  // namespace
 
 Picture plainPicture(const Shape& shape) {
-    VORN_DataFormat format{};
-    format.width = shape.width;
-    format.height = shape.height;
-    format.channels = shape.channels;
-    format.bytesPerChannel = shape.bytes;
-    const int cell = shape.channels * shape.bytes;
-    for (int c = 0; c < shape.channels; ++c) {
-        format.pixelStep[c] = cell;
-        format.lineStep[c] = cell * shape.width;
-        format.channelPlace[c] = static_cast<uint32_t>(c * shape.bytes);
-    }
-    return Picture(format, static_cast<size_t>(cell * shape.width * shape.height));
+    VORN_DataFormat format{0,  shape.width, shape.height, shape.channels, shape.bytes, 0, {}, {},
+                           {}, {}};
+    const int32_t size = setExplicitSteps(format, "cells", shape.height);
+    return Picture(format, static_cast<size_t>(size));
 }
 
 Shape shapeOf(const Picture& picture) {

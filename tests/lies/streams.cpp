@@ -45,13 +45,11 @@ Items ended(Items items) {
 Items acknowledgement() { return ended({number(MTAG_Ack, 1), number(MTAG_Version, 3)}); }
 
 StreamItem palette(Random& random) {
-    VORN_DataFormat format{};
-    format.layout = static_cast<int32_t>(
-        oneOf(random, std::initializer_list<int>{DF_LineInterleaved8, DF_Chunky3x8,
-                                                 DF_LineInterleaved16, DF_Chunky3x16}));
-    format.width = static_cast<int32_t>(pick(random, 1, 20));
-    format.height = 1;
-    format.channels = 3;
+    constexpr int32_t kLayouts[] = {DF_LineInterleaved8, DF_Chunky3x8, DF_LineInterleaved16,
+                                    DF_Chunky3x16};
+    const int32_t layout = oneOf(random, kLayouts);
+    const auto width = static_cast<int32_t>(pick(random, 1, 20));
+    VORN_DataFormat format{layout, width, 1, 3, 0, 0, {}, {}, {}, {}};
     VORN_L_DataFormatMacroSetup(&format);
     Bytes data = bytesOf(uint32_t{VORN_CS_RGB});
     for (const Bytes& part :

@@ -37,13 +37,16 @@ int32_t fails(const char* place) {
 void layOut(Session& s) {
     const WishedPicture& picture = *s.picture;
     VORN_DataFormat& format = s.format;
-    format = VORN_DataFormat{};
-    format.layout = picture.layout;
-    format.width = picture.width;
-    format.height = picture.height;
-    format.channels = picture.channels;
-    format.bytesPerChannel = picture.bytes;
-    format.flags = picture.alpha ? uint32_t{VORN_DF_ALPHA} : 0;
+    format = {picture.layout,
+              picture.width,
+              picture.height,
+              picture.channels,
+              picture.bytes,
+              picture.alpha ? uint32_t{VORN_DF_ALPHA} : 0,
+              {},
+              {},
+              {},
+              {}};
     VORN_L_DataFormatMacroSetup(&format);
     const bool steps = picture.layout == DF_Explicit;
     const int32_t lineBytes =
@@ -60,20 +63,15 @@ class PaletteBlock {
   public:
     explicit PaletteBlock(const WishedPicture& picture) {
         if (picture.palette == 0) return;
-        VORN_ChunkyBuffer buffer{};
-        buffer.width = picture.palette;
-        buffer.height = 1;
-        buffer.channels = 3;
-        buffer.bytesPerChannel = picture.paletteBytes;
+        const int32_t layout = picture.paletteBytes == 2 ? DF_Chunky3x16 : DF_Chunky3x8;
+        VORN_ChunkyBuffer buffer{layout, picture.palette, 1, 3, 0, 0, {}, {}, {}, {}};
         std::vector<uint8_t> bytes(static_cast<size_t>(picture.palette * 3 * picture.paletteBytes));
-        for (int c = 0; c < 3; ++c) {
-            buffer.pixelStep[c] = 3 * picture.paletteBytes;
-            buffer.channelPlace[c] = bytes.data() + c * picture.paletteBytes;
-            for (int i = 0; i < picture.palette; ++i) {
-                const int value = picture.entry(c, i);
-                std::memcpy(buffer.channelPlace[c] + i * buffer.pixelStep[c], &value,
-                            static_cast<size_t>(picture.paletteBytes));
-            }
+        buffer.channelPlace[0] = bytes.data();
+        VORN_L_ChunkyBufferMacroSetup(&buffer);
+        for (int i = 0; i < 3 * picture.palette; ++i) {
+            const int value = picture.entry(i % 3, i / 3);
+            std::memcpy(buffer.channelPlace[i % 3] + i / 3 * buffer.pixelStep[0], &value,
+                        static_cast<size_t>(picture.paletteBytes));
         }
         palette_ = VORN_H_CreatePaletteData(&buffer, picture.paletteSpace);
     }

@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "module/module_state.h"
+#include "pixels/data_format.h"
 #include "tags/tag_walk.h"
 #include "tests/modules/explicit_steps.h"
 #include "tests/modules/program_name.h"
@@ -77,19 +78,11 @@ int32_t beginImage() { return !fails("begin"); }
 // The saver's own buffer, in the form that was wished for.
 struct OwnBuffer {
     OwnBuffer(const Session& s, int32_t lines) {
-        VORN_DataFormat format{};
-        format.width = s.head.width;
-        format.height = lines;
-        format.channels = s.head.channels;
-        format.bytesPerChannel = s.head.bytesPerChannel;
+        VORN_DataFormat format{
+            0, s.head.width, lines, s.head.channels, s.head.bytesPerChannel, 0, {}, {}, {}, {}};
         const int32_t size = setExplicitSteps(format, s.wishes.text("form", "cells"), lines);
         bytes.assign(static_cast<size_t>(size), kBlank);
-        VORN_L_InitChunkyBufferFromDataFormat(&record, &format);
-        for (int32_t c = 0; c < format.channels; ++c) {
-            record.pixelStep[c] = format.pixelStep[c];
-            record.lineStep[c] = format.lineStep[c];
-            record.channelPlace[c] = bytes.data() + format.channelPlace[c];
-        }
+        record = vorn::bufferAt(format, bytes.data());
     }
 
     void keep(int32_t lines, std::vector<uint8_t>& samples) const {

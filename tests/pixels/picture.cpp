@@ -8,13 +8,8 @@ namespace {
 
 constexpr size_t kGuard = 64;
 
-VORN_DataFormat header(const Shape& shape) {
-    VORN_DataFormat format{};
-    format.width = shape.width;
-    format.height = shape.height;
-    format.channels = shape.channels;
-    format.bytesPerChannel = shape.bytes;
-    return format;
+VORN_DataFormat header(const Shape& shape, int layout = DF_Explicit) {
+    return {layout, shape.width, shape.height, shape.channels, shape.bytes, 0, {}, {}, {}, {}};
 }
 
 // Turns a step around, so that the first sample lies where the last one did.
@@ -48,8 +43,7 @@ Picture::Picture(const VORN_DataFormat& format, size_t size) : memory(size + 2 *
 }
 
 Picture Picture::standard(int layout, int width, int height, int channels) {
-    VORN_DataFormat format = header({width, height, channels, 1});
-    format.layout = layout;
+    VORN_DataFormat format = header({width, height, channels, 1}, layout);
     VORN_L_DataFormatMacroSetup(&format);
     return Picture(format, static_cast<size_t>(format.lineStep[0]) * static_cast<size_t>(height));
 }
