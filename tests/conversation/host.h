@@ -18,6 +18,29 @@ std::vector<VORN_Word> words(Values... values) {
     return {VORN_Word(values)..., VORN_Word{TAG_End}};
 }
 
+// What a transfer's callbacks were told, and when they stop it.
+struct Calls {
+    std::vector<int32_t> counts;  // of the meter
+    int aborts = 0;               // calls of the abort callback
+    int stopAt = 0;               // the one that stops the transfer; 0: none
+    size_t stopAfter = 0;         // the count behind which it is stopped; 0: none
+
+    static void meter(VORN_Image*, VORN_Word self, int32_t count) {
+        reinterpret_cast<Calls*>(self)->counts.push_back(count);
+    }
+    static int32_t abort(VORN_Image*, VORN_Word self) {
+        auto& calls = *reinterpret_cast<Calls*>(self);
+        return ++calls.aborts == calls.stopAt ||
+               (calls.stopAfter > 0 && calls.counts.size() == calls.stopAfter);
+    }
+    // Tags of a transfer that calls them.
+    std::vector<VORN_Word> tags(bool metered, int ticks = 16) {
+        return words(metered ? ITAG_MeterCallback : TAG_SkipTag, &meter, ITAG_MeterCallbackUserData,
+                     this, ITAG_AbortCallback, &abort, ITAG_AbortCallbackUserData, this,
+                     ITAG_MeterTicks, ticks);
+    }
+};
+
 // A module handle that is closed at the end.
 class Module {
   public:

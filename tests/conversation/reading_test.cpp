@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "tests/conversation/host.h"
+#include "tests/modules/explicit_steps.h"
 #include "tests/pixels/slow_line_copy.h"
 
 namespace {
@@ -21,12 +22,10 @@ std::string named(const Shape& shape, const std::string& more) {
 
 TEST_F(Reading, BringsEverySizeChannelCountAndStepOfALoader) {
     const int sizes[][2] = {{1, 1}, {1, 35}, {35, 1}, {16, 17}, {37, 21}};
-    const char* forms[] = {"cells",      "runs",    "planes",    "mirrored",
-                           "upsidedown", "columns", "backwards", "gaps"};
     Loader loader;
     int seed = 0;
     for (const auto& size : sizes) {
-        for (const char* form : forms) {
+        for (const char* form : kExplicitForms) {
             for (int channels = 1; channels <= VORN_MAX_CHANNELS; ++channels) {
                 const Shape shape{size[0], size[1], channels, 1 + seed % 2};
                 const std::string name =
@@ -175,32 +174,20 @@ TEST_F(Reading, LooksUpPalettesOrKeepsTheIndices) {
 
 TEST_F(Reading, CallsTheMeterAsOftenAsItWasAskedTo) {
     const struct {
-        int lines, ticks, calls;
-    } cases[] = {{100, -1, 16},   {100, 1, 1},  {100, 0, 1},
+        int lines, ticks;
+        size_t calls;
+    } cases[] = {{100, 16, 16},   {100, 1, 1},  {100, 0, 1},
                  {100, 100, 100}, {10, 35, 35}, {1, 16, 16}};
-    struct Calls {
-        std::vector<int> counts;
-        VORN_Image* image;
-    };
     Loader loader;
     for (const auto& c : cases) {
         const std::string name = named({7, c.lines, 3, 1}, "");
         ASSERT_TRUE(loader.open(name));
-        Calls calls{{}, loader};
-        const VORN_MeterCallback meter = [](VORN_Image* image, VORN_Word data, int32_t count) {
-            auto& seen = *reinterpret_cast<Calls*>(data);
-            EXPECT_EQ(image, seen.image);
-            seen.counts.push_back(count);
-        };
-        auto tags = words(ITAG_MeterCallback, meter, ITAG_MeterCallbackUserData, &calls);
-        if (c.ticks >= 0)
-            tags = words(ITAG_MeterTicks, c.ticks, ITAG_MeterCallback, meter,
-                         ITAG_MeterCallbackUserData, &calls);
+        Calls calls;
         const Picture target = plainPicture({7, c.lines, 3, 1});
-        ASSERT_TRUE(loader.read(target, tags));
+        ASSERT_TRUE(loader.read(target, calls.tags(true, c.ticks)));
         EXPECT_TRUE(same(target, loadersPicture(name)));
-        ASSERT_EQ(calls.counts.size(), static_cast<size_t>(c.calls)) << c.lines;
-        for (int i = 0; i < c.calls; ++i) EXPECT_EQ(calls.counts[static_cast<size_t>(i)], i + 1);
+        ASSERT_EQ(calls.counts.size(), c.calls) << c.lines;
+        for (size_t i = 0; i < c.calls; ++i) EXPECT_EQ(calls.counts[i], static_cast<int>(i + 1));
         loader.closeImage();
     }
 }
@@ -215,17 +202,14 @@ TEST_F(Reading, StopsWhereTheAbortCallbackSaysAndServesTheNextPicture) {
         SCOPED_TRACE(stopAt);
         const std::string name = named({5, kBlocks * kLines, 3, 1}, "block=2,seed=" + text(stopAt));
         ASSERT_TRUE(loader.open(name));
-        int left = stopAt;
-        const VORN_AbortCallback abort = [](VORN_Image*, VORN_Word data) {
-            return int32_t{--*reinterpret_cast<int*>(data) == 0};
-        };
+        Calls calls;
+        calls.stopAt = stopAt;
         const Picture target = plainPicture({5, kBlocks * kLines, 3, 1});
         Picture expected = target.clone();
         const Picture source = loadersPicture(name);
         for (int y = 0; y < (stopAt - 1) * kLines; ++y)
             vorn::test::slowLineCopy(source, expected, y, y, 0, nullptr);
-        EXPECT_FALSE(loader.read(
-            target, words(ITAG_AbortCallback, abort, ITAG_AbortCallbackUserData, &left)));
+        EXPECT_FALSE(loader.read(target, calls.tags(false)));
         EXPECT_EQ(loader.code(), 27);
         EXPECT_TRUE(same(target, expected));
         ASSERT_TRUE(loader.closeImage());
@@ -239,19 +223,11 @@ TEST_F(Reading, AsksTheAbortCallbackAfterTheMeterToo) {
         named({5, 100, 3, 1}, "block=100");  // one block: it is asked once for it
     Loader loader;
     ASSERT_TRUE(loader.open(name));
-    int meterCalls = 0;
-    const VORN_MeterCallback meter = [](VORN_Image*, VORN_Word data, int32_t count) {
-        *reinterpret_cast<int*>(data) = count;
-    };
-    const VORN_AbortCallback abort = [](VORN_Image*, VORN_Word data) {
-        return int32_t{*reinterpret_cast<int*>(data) == 2};
-    };
-    const Picture target = plainPicture({5, 100, 3, 1});
-    EXPECT_FALSE(loader.read(
-        target, words(ITAG_MeterCallback, meter, ITAG_MeterCallbackUserData, &meterCalls,
-                      ITAG_AbortCallback, abort, ITAG_AbortCallbackUserData, &meterCalls)));
+    Calls calls;
+    calls.stopAfter = 2;
+    EXPECT_FALSE(loader.read(plainPicture({5, 100, 3, 1}), calls.tags(true)));
     EXPECT_EQ(loader.code(), 27);
-    EXPECT_EQ(meterCalls, 2);
+    EXPECT_EQ(calls.counts.size(), 2u);
     loader.closeImage();
     EXPECT_TRUE(loader.reads("w=9,h=9"));
 }

@@ -107,37 +107,17 @@ TEST_F(ScaledReading, CopiesIndicesAndMixesColors) {
     EXPECT_TRUE(same(colors, scaled(full, 20, 15, "bestdown")));
 }
 
-struct Calls {
-    int meter = 0;
-    int32_t last = 0;
-    int abort = 0;
-    int abortAfter = 1 << 30;
-};
-
 TEST_F(ScaledReading, ReportsProgressAndStopsWhenAsked) {
-    const VORN_MeterCallback meter = [](VORN_Image*, VORN_Word data, int32_t count) {
-        auto* calls = reinterpret_cast<Calls*>(data);
-        ++calls->meter;
-        calls->last = count;
-    };
-    const VORN_AbortCallback abort = [](VORN_Image*, VORN_Word data) -> int32_t {
-        auto* calls = reinterpret_cast<Calls*>(data);
-        return ++calls->abort > calls->abortAfter;
-    };
     Loader loader;
-    for (const int abortAfter : {1 << 30, 3}) {
+    for (const int stopAt : {0, 4}) {
         Calls calls;
-        calls.abortAfter = abortAfter;
+        calls.stopAt = stopAt;
         ASSERT_TRUE(loader.open("w=200,h=300"));
-        const bool read = loader.read(
-            plainPicture({100, 150, 3, 1}),
-            words(ITAG_MeterCallback, meter, ITAG_MeterCallbackUserData, &calls, ITAG_AbortCallback,
-                  abort, ITAG_AbortCallbackUserData, &calls, ITAG_MeterTicks, 10));
-        EXPECT_EQ(read, abortAfter > 3);
-        EXPECT_EQ(loader.code(), abortAfter > 3 ? 0 : 27);
-        if (read) {
-            EXPECT_EQ(calls.meter, 10);
-            EXPECT_EQ(calls.last, 10);
+        EXPECT_EQ(loader.read(plainPicture({100, 150, 3, 1}), calls.tags(true, 10)), stopAt == 0);
+        EXPECT_EQ(loader.code(), stopAt == 0 ? 0 : 27);
+        if (stopAt == 0) {
+            EXPECT_EQ(calls.counts.size(), 10u);
+            EXPECT_EQ(calls.counts.back(), 10);
         }
         loader.closeImage();
         ASSERT_TRUE(loader.reads("w=9,h=9"));

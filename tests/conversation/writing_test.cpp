@@ -3,6 +3,7 @@
 
 #include "tests/conversation/host.h"
 #include "tests/conversation/saved.h"
+#include "tests/modules/explicit_steps.h"
 
 namespace {
 
@@ -39,12 +40,10 @@ class Writing : public ConversationTest {
 
 TEST_F(Writing, BringsEverySizeChannelCountAndStepOfASaver) {
     const int sizes[][2] = {{1, 1}, {1, 35}, {35, 1}, {16, 17}, {37, 21}};
-    const char* forms[] = {"cells",      "runs",    "planes",    "mirrored",
-                           "upsidedown", "columns", "backwards", "gaps"};
     Saver saver;
     int round = 0;
     for (const auto& size : sizes) {
-        for (const char* form : forms) {
+        for (const char* form : kExplicitForms) {
             for (int channels = 1; channels <= VORN_MAX_CHANNELS; ++channels) {
                 const int savedBytes = 1 + round % 2;
                 const std::string wishes = std::string("form=") + form + ",sb=" + text(savedBytes) +
@@ -143,14 +142,8 @@ TEST_F(Writing, SendsBlocksOfWholeLinesThatFitAndMoveTheMeter) {
         const Picture picture = source(c.shape);
         ASSERT_TRUE(saver.open(target()));
         saver.describe(picture, VORN_CS_NONE, "blocks=1");
-        std::vector<int> counts;
-        const VORN_MeterCallback meter = [](VORN_Image*, VORN_Word data, int32_t count) {
-            reinterpret_cast<std::vector<int>*>(data)->push_back(count);
-        };
-        const auto tags =
-            c.meter ? words(ITAG_MeterCallback, meter, ITAG_MeterCallbackUserData, &counts)
-                    : words();
-        ASSERT_TRUE(saver.write(picture, tags)) << saver.code();
+        Calls calls;
+        ASSERT_TRUE(saver.write(picture, calls.tags(c.meter))) << saver.code();
         int line = 0;
         for (const SavedBlock& block : Saved(target()).blocks()) {
             EXPECT_EQ(block.firstLine, line);
@@ -160,7 +153,7 @@ TEST_F(Writing, SendsBlocksOfWholeLinesThatFitAndMoveTheMeter) {
             line += block.lines;
         }
         EXPECT_EQ(line, c.shape.height);
-        EXPECT_EQ(counts.size(), c.meter ? 16u : 0u);
+        EXPECT_EQ(calls.counts.size(), c.meter ? 16u : 0u);
         saver.closeImage();
     }
 }
@@ -186,10 +179,6 @@ TEST_F(Writing, LeavesTheOldTargetWhenItFails) {
         {"a buffer that is none", "type", {16, 100, 3, 1}, 60},
         {"the abort callback", "abort", {16, 100, 3, 1}, 27},
     };
-    const VORN_MeterCallback meter = [](VORN_Image*, VORN_Word, int32_t) {};  // makes small blocks
-    const VORN_AbortCallback abort = [](VORN_Image*, VORN_Word left) {
-        return int32_t{--*reinterpret_cast<int*>(left) == 0};
-    };
     Saver saver;
     for (const auto& c : cases) {
         SCOPED_TRACE(c.what);
@@ -204,10 +193,9 @@ TEST_F(Writing, LeavesTheOldTargetWhenItFails) {
         if (wishes == "wide") VORN_H_ImageVaSetTags(saver, ITAG_Width, VORN_Word(65537), TAG_End);
         VORN_ImageBuffer buffer = bufferOf(picture);
         if (wishes == "type") buffer.type = 0;
-        int left = 3;
-        const auto tags =
-            words(ITAG_MeterCallback, meter, ITAG_AbortCallback,
-                  wishes == "abort" ? abort : nullptr, ITAG_AbortCallbackUserData, &left);
+        Calls calls;
+        calls.stopAt = wishes == "abort" ? 3 : 0;
+        const auto tags = calls.tags(true);  // the meter makes small blocks
         EXPECT_FALSE(VORN_H_ImageWriteData(saver, &buffer, tags.data()));
         EXPECT_EQ(saver.code(), c.code);
         EXPECT_TRUE(oldTargetIsAsItWas());

@@ -74,9 +74,7 @@ VORN_DataFormat anyFormat(Random& random) {
 // Fills in the steps for blocks of so many lines. The result is a block's bytes.
 int32_t layOut(Random& random, VORN_DataFormat& format, int32_t lines) {
     if (format.layout == DF_Explicit) {
-        static const char* const kForms[] = {"cells",      "runs",    "planes",    "mirrored",
-                                             "upsidedown", "columns", "backwards", "gaps"};
-        return setExplicitSteps(format, oneOf(random, kForms), lines);
+        return setExplicitSteps(format, oneOf(random, kExplicitForms), lines);
     }
     VORN_L_DataFormatMacroSetup(&format);
     return format.lineStep[0] * lines;

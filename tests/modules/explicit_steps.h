@@ -7,6 +7,9 @@
 #include <cstdint>
 #include <string>
 
+inline constexpr const char* kExplicitForms[] = {"cells",      "runs",    "planes",    "mirrored",
+                                                 "upsidedown", "columns", "backwards", "gaps"};
+
 // Fills in steps and places for a block of up to `lines` lines, by the name of the form, and
 // answers the bytes that such a block takes. Blocks with fewer lines take as much.
 inline int32_t setExplicitSteps(VORN_DataFormat& format, const std::string& form, int32_t lines) {

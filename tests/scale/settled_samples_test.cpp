@@ -51,22 +51,6 @@ TEST(ScaledLines, HaveTheSamplesThatWereWorkedOutByHand) {
     EXPECT_EQ(250, scaledLine("blscale", {0, 250}, 50).back());  // the last step is exact
 }
 
-TEST(BicubicScaler, ClampsTheOvershootAtAStep) {
-    for (int32_t bytes = 1; bytes <= 2; ++bytes) {
-        const int32_t white = bytes == 1 ? 255 : 65535;
-        Image image(8, 2, 1, bytes);
-        for (int32_t x = 0; x < 8; ++x) image.at(x, 0, 0) = image.at(x, 1, 0) = x < 4 ? 0 : white;
-        ScaleRun run;
-        run.method = "BestUp";
-        run.width = 32, run.lines = 2;
-        const Image made = scaleThrough(image, run);
-        for (int32_t x = 0; x < 32; ++x) {
-            if (x >= 12 && x < 20) continue;  // the ramp
-            EXPECT_EQ(x < 12 ? 0 : white, made.at(x, 0, 0)) << x;
-        }
-    }
-}
-
 TEST(ScalerNames, AreFoundWithoutRegardToCaseAndDefaultToTheNearestSample) {
     const Line source{0, 90, 30, 60};
     for (const char* name : {"qdscale", "FASTEST", "no such scaler", "bestu", "bestupp", ""}) {
