@@ -23,6 +23,7 @@ struct SharedCounts {
     uint32_t moduleCounts;  // the module program says: it looks here, too
     alignas(64) platform::SharedCount entry[kSemaphoreCount];
 };
+static_assert(sizeof(SharedCounts) == 64 + 64 * kSemaphoreCount, "docs/protocol.md says where");
 
 struct ShmDescriptor {
     char name[8];
