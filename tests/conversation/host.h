@@ -33,11 +33,11 @@ struct Calls {
         return ++calls.aborts == calls.stopAt ||
                (calls.stopAfter > 0 && calls.counts.size() == calls.stopAfter);
     }
-    // Tags of a transfer that calls them.
-    std::vector<VORN_Word> tags(bool metered, int ticks = 16) {
+    // Tags of a transfer that calls them. Without `ticks` nothing is said of them.
+    std::vector<VORN_Word> tags(bool metered, int ticks = -1) {
         return words(metered ? ITAG_MeterCallback : TAG_SkipTag, &meter, ITAG_MeterCallbackUserData,
                      this, ITAG_AbortCallback, &abort, ITAG_AbortCallbackUserData, this,
-                     ITAG_MeterTicks, ticks);
+                     ticks >= 0 ? ITAG_MeterTicks : TAG_SkipTag, ticks);
     }
 };
 

@@ -176,7 +176,7 @@ TEST_F(Reading, CallsTheMeterAsOftenAsItWasAskedTo) {
     const struct {
         int lines, ticks;
         size_t calls;
-    } cases[] = {{100, 16, 16},   {100, 1, 1},  {100, 0, 1},
+    } cases[] = {{100, -1, 16},   {100, 1, 1},  {100, 0, 1},
                  {100, 100, 100}, {10, 35, 35}, {1, 16, 16}};
     Loader loader;
     for (const auto& c : cases) {
