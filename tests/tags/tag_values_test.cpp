@@ -61,7 +61,7 @@ TEST(TagValues, StringListThatSaysMoreThanItHoldsIsRefused) {
 TEST(TagValues, TextIsCopiedCutToTheBuffer) {
     TagBuilder builder;
     const VORN_TagItem* list =
-        builder.addText(ITAG_Artist, "abcdef").add(ITAG_Model, "wxyz", 4).end();
+        builder.add(ITAG_Model, "wxyz", 4).addText(ITAG_Artist, "abcdef").end();
     char buffer[8] = "-------";
     EXPECT_EQ(VORN_L_CopyTagStringOrNull(list, ITAG_Artist, buffer, 0), nullptr);
     EXPECT_STREQ(buffer, "-------");
