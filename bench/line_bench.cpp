@@ -99,11 +99,11 @@ struct Contestant {
 void compete(std::vector<Contestant>& contestants, int rounds, int repeats) {
     for (int round = 0; round < rounds; ++round) {
         for (Contestant& c : contestants) {
-            vorn::forcePlainKernels(c.plain);
+            vorn::limitKernels(c.plain ? vorn::KernelLevel::Plain : vorn::KernelLevel::Newest);
             c.best = std::min(c.best, seconds(c.peer.work, repeats));
         }
     }
-    vorn::forcePlainKernels(false);
+    vorn::limitKernels(vorn::KernelLevel::Newest);
 }
 
 void measureLine(const Row& row, int rounds, int32_t width) {
