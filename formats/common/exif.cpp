@@ -210,7 +210,7 @@ Resolution resolutionOf(const ImageToSave& image) {
     return {x > 0 ? x : y, y > 0 ? y : x};
 }
 
-std::vector<uint8_t> exifBlock(const ImageToSave& image) {
+std::vector<uint8_t> exifBlock(const ImageToSave& image, bool resolutionElsewhere) {
     Writer writer;
     size_t size = 0;
     for (const TiffTextField& field : kTiffTextFields) {
@@ -221,8 +221,8 @@ std::vector<uint8_t> exifBlock(const ImageToSave& image) {
     }
     const int32_t orientation = exifFromOrientation(image.number(ITAG_Orientation).value_or(0));
     if (orientation != 1) writer.addShort(kOrientationTag, orientation);
-    if (writer.isEmpty()) return {};
     const Resolution dpi = resolutionOf(image);
+    if (writer.isEmpty() && (resolutionElsewhere || dpi.x == 0)) return {};
     if (dpi.x > 0) {
         writer.addRational(kXResolutionTag, dpi.x);
         writer.addRational(kYResolutionTag, dpi.y);
