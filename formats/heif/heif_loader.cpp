@@ -43,6 +43,7 @@ void check(const heif_error& error) {
 formats::Description HeifLoader::open(formats::InputFile file) {
     file_ = contentOf(file);
     context_ = made(heif_context_alloc());
+    heif_context_set_maximum_image_size_limit(context_.get(), VORN_MAX_SIZE);
     check(heif_context_read_from_memory_without_copy(context_.get(), file_.data(), file_.size(),
                                                      nullptr));
     formats::Description image;

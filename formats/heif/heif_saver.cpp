@@ -19,6 +19,7 @@ struct Codec {
     const char* name;
     const char* capabilities;
     heif_compression_format format;
+    int32_t mostPixels;  // across and down
     int mostBits;  // of samples of 16 bits. AV1 with 10 bits makes some versions of libheif fail
     void (*putEffort)(heif_encoder*, int);
 };
@@ -38,10 +39,13 @@ void putHevcEffort(heif_encoder* encoder, int effort) {
                                         "fast",      "medium",    "slow",     "slower",
                                         "veryslow",  "placebo"};
     check(heif_encoder_set_parameter_string(encoder, "preset", kPresets[effort]));
+    // Long strips of few lines suit none of the levels that x265 wants to name. Another encoder
+    // doesn't know this parameter.
+    heif_encoder_set_parameter(encoder, "x265:allow-non-conformance", "1");
 }
 
-constexpr Codec kAv1{"avif", kAvifCapabilities, heif_compression_AV1, 12, putAv1Effort};
-constexpr Codec kHevc{"heif", kHeifCapabilities, heif_compression_HEVC, 10, putHevcEffort};
+constexpr Codec kAv1{"avif", kAvifCapabilities, heif_compression_AV1, 65536, 12, putAv1Effort};
+constexpr Codec kHevc{"heif", kHeifCapabilities, heif_compression_HEVC, 65528, 10, putHevcEffort};
 
 constexpr settings::Choice<const char*> kSubsamplings[] = {
     {"auto", nullptr}, {"444", "444"}, {"422", "422"}, {"420", "420"}};
@@ -72,7 +76,9 @@ HeifSaver::HeifSaver() : Saver(kHevc) {}
 
 formats::LineLayout Saver::open(const formats::ImageToSave& image, formats::OutputFile& file) {
     const bool grey = image.colorSpace == VORN_CS_GRAY;
-    if (!grey && image.colorSpace != VORN_CS_RGB) throw Failure{formats::kCannotSave};
+    if ((!grey && image.colorSpace != VORN_CS_RGB) || image.width > codec_.mostPixels ||
+        image.height > codec_.mostPixels)
+        throw Failure{formats::kCannotSave};
     if (!heif_have_encoder_for_format(codec_.format)) throw Failure{formats::kNoEncoder};
     file_ = &file;
     context_ = made(heif_context_alloc());

@@ -6,6 +6,9 @@
 #include "formats/heif/heif_loader.h"
 #include "formats/heif/heif_saver.h"
 #include "tests/formats/format_files.h"
+#ifdef VORN_HAS_PNG
+#include "formats/png/png_loader.h"
+#endif
 
 namespace {
 
@@ -250,5 +253,39 @@ TEST_F(Heif, RefusesWhatIsNotRight) {
                 formats::kCannotSave);
     }
 }
+
+#ifdef VORN_HAS_PNG
+TEST_F(Heif, AgreesWithTheReferenceDecoder) {
+    if (std::system("heif-convert >/dev/null 2>&1") / 256 == 127)
+        GTEST_SKIP() << "libheif-examples is not installed";
+    const auto run = [&](const std::string& command) {
+        return std::system(("cd " + files_.path("") + " && " + command + " >/dev/null").c_str());
+    };
+    for (const Format& format : kFormats) {
+        for (const VORN_Word channels : {1, 3, 4}) {
+            for (const char* settings : {"Lossless=true", ""}) {
+                SCOPED_TRACE(testing::Message() << format.name << channels << settings);
+                const Kind kind{61, 43, channels, 1, 8};
+                const auto samples = kind.noise();
+                settings_.store(format.name, settings);
+                saveKind(format, kind, samples);
+                ASSERT_EQ(run("heif-convert a.heif a.png"), 0);
+                auto theirs = load<png::PngLoader>(files_.path("a.png")).samples;
+                for (size_t i = 0; channels == 1 && i < samples.size(); ++i)
+                    theirs[i] = theirs[3 * i];  // grey became colours
+                if (channels == 1) theirs.resize(samples.size());
+                EXPECT_EQ(load<HeifLoader>(path_).samples, theirs);
+                if (*settings) {
+                    EXPECT_EQ(samples, theirs);
+                }
+            }
+        }
+        const std::string other = std::string("heif-enc a.png -o b.") + format.name;
+        ASSERT_EQ(run(other + " && heif-convert b." + format.name + " b.png"), 0);
+        EXPECT_EQ(load<HeifLoader>(files_.path("b.") + format.name).samples,
+                  load<png::PngLoader>(files_.path("b.png")).samples);
+    }
+}
+#endif
 
 }  // namespace
