@@ -4,7 +4,8 @@
 #include <cstring>
 #include <string_view>
 
-#include "formats/common/alpha.h"
+#include "formats/common/big_endian.h"
+#include "formats/common/divide_by_alpha.h"
 #include "formats/common/exif.h"
 #include "formats/common/picture_limit.h"
 #include "formats/heif/heif_boxes.h"
@@ -106,8 +107,7 @@ void HeifLoader::describeExif(formats::Description& image) const {
         heif_image_handle_get_metadata(page_.get(), item, bytes.data()).code != heif_error_Ok)
         return;
     // In front stands how far behind this number the block begins.
-    size_t begin = 0;
-    for (int i = 0; i < 4; ++i) begin = begin << 8 | bytes[static_cast<size_t>(i)];
+    const size_t begin = formats::bigEndian(bytes.data(), 4);
     std::string_view block(reinterpret_cast<const char*>(bytes.data()), bytes.size());
     block.remove_prefix(std::min(begin + 4, block.size()));
     if (block.substr(0, kExifName.size()) == kExifName) block.remove_prefix(kExifName.size());
@@ -153,11 +153,8 @@ void HeifLoader::readLine(uint8_t* line) {
         }
     }
     next_ += step_;
-    if (!heif_image_handle_is_premultiplied_alpha(page_.get()) || !alpha_) return;
-    if (bytes == 1)
-        formats::divideByAlpha<uint8_t>(line, width_, channels_);
-    else
-        formats::divideByAlpha<uint16_t>(line, width_, channels_);
+    if (alpha_ && heif_image_handle_is_premultiplied_alpha(page_.get()))
+        formats::divideByAlpha(line, width_, channels_, bytes);
 }
 
 }  // namespace heif

@@ -89,7 +89,7 @@ formats::LineLayout Saver::open(const formats::ImageToSave& image, formats::Outp
     colors_ = made(heif_nclx_color_profile_alloc());
     putSettings(grey);
     makePicture(image);
-    exif_ = formats::exifBlock(image);
+    exif_ = formats::exifBlock(image, {.orientation = false});
     return {image.channels, image.bytesPerChannel};
 }
 

@@ -5,7 +5,7 @@
 #include <cstring>
 #include <string_view>
 
-#include "formats/common/alpha.h"
+#include "formats/common/divide_by_alpha.h"
 #include "formats/common/exif.h"
 #include "formats/common/picture_limit.h"
 #include "formats/common/utf8.h"
@@ -286,8 +286,7 @@ void TiffLoader::finishLine(uint8_t* line) const {
             }
         }
     }
-    if (multiplied_ && bytes_ == 1) formats::divideByAlpha<uint8_t>(line, width_, channels_);
-    if (multiplied_ && bytes_ == 2) formats::divideByAlpha<uint16_t>(line, width_, channels_);
+    if (multiplied_) formats::divideByAlpha(line, width_, channels_, bytes_);
 }
 
 }  // namespace tiff_format

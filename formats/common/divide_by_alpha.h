@@ -1,4 +1,4 @@
-// Colours that were multiplied by their alpha, as some files keep them, and hosts don't.
+// Colours that were multiplied by alpha, as some files keep them.
 #pragma once
 
 #include <algorithm>
@@ -9,7 +9,6 @@
 
 namespace formats {
 
-// Divides the colours of a line by its alpha, which is the last channel.
 template <class Sample>
 void divideByAlpha(uint8_t* line, size_t pixels, size_t channels) {
     constexpr uint32_t kFull = static_cast<Sample>(-1);
@@ -21,6 +20,14 @@ void divideByAlpha(uint8_t* line, size_t pixels, size_t channels) {
             pixel[c] = static_cast<Sample>(std::min(kFull, (pixel[c] * kFull + alpha / 2) / alpha));
         std::memcpy(line, pixel.data(), channels * sizeof(Sample));
     }
+}
+
+// The last channel of each pixel is alpha.
+inline void divideByAlpha(uint8_t* line, size_t pixels, size_t channels, size_t bytesPerChannel) {
+    if (bytesPerChannel == 1)
+        divideByAlpha<uint8_t>(line, pixels, channels);
+    else
+        divideByAlpha<uint16_t>(line, pixels, channels);
 }
 
 }  // namespace formats
