@@ -127,7 +127,7 @@ size_t inherited(const SharedStuff& stuff, int32_t (&descriptors)[kMostInherited
 }
 
 void tellLimits(const SemaphoreSet& set, uint32_t entry) {
-    platform::tellLimits(set.entry[entry].handle);
+    platform::tellLimits(set.entry[entry].handle, platform::postSemaphore);
 }
 
 }  // namespace
