@@ -152,6 +152,8 @@ size_t inherited(const SharedStuff& stuff, int32_t (&descriptors)[kMostInherited
     return 2;
 }
 
+void shareCounts(SharedStuff&) {}
+
 void tellLimits(const SemaphoreSet& set, uint32_t entry) {
     platform::tellLimits(set.entry[entry].handle, postCounter);
 }
@@ -173,6 +175,7 @@ const OsLayer kGlobalBlocks = {
     .semTryWait = semTryWait,
     .semPost = semPost,
     .inherited = inherited,
+    .shareCounts = shareCounts,
     .tellLimits = tellLimits,
     .modulesKnowTheirHost = false,
 };

@@ -29,6 +29,8 @@ struct OsLayer {
     bool (*semPost)(SemaphoreSet& set, uint32_t entry);
     // The descriptors that a module program inherits, and their number.
     size_t (*inherited)(const SharedStuff& stuff, int32_t (&descriptors)[kMostInherited]);
+    // Called when both the block and the semaphores are there.
+    void (*shareCounts)(SharedStuff& stuff);
     // In a module program: lets limits that it meets be posted to the semaphore, see
     // platform/limits.h.
     void (*tellLimits)(const SemaphoreSet& set, uint32_t entry);

@@ -87,8 +87,14 @@ std::vector<Held> held() {
 struct Area {
     uint8_t* bytes;
     size_t size;
-    // Where the system has no kernel objects, the counters have a block of their own.
-    bool isCounters() const { return size < vorn::kSharedAreaSize; }
+    // Where the system has no kernel objects, the counters have a block of their own; else they lie
+    // behind the areas.
+    uint8_t* counter(int i) const {
+        if (size < vorn::kSharedAreaSize) return bytes + i;
+        auto* counts = reinterpret_cast<vorn::SharedCounts*>(bytes + vorn::kSharedAreaSize);
+        return size == vorn::kSharedAreaSize ? nullptr
+                                             : reinterpret_cast<uint8_t*>(&counts->entry[i].count);
+    }
 };
 
 std::vector<Area> areas() {
@@ -103,14 +109,14 @@ std::vector<Area> areas() {
     return all;
 }
 
-// A semaphore is a descriptor, or a counter of one byte.
+// A semaphore is a descriptor, and a counter, of which the lowest byte is told.
 void forEachSemaphore(const std::function<void(int)>& action,
                       const std::function<void(uint8_t&)>& counterAction) {
     for (const Held& descriptor : held())
         if (descriptor.isSemaphore()) action(descriptor.number);
     for (const Area& area : areas())
-        for (int i = 0; area.isCounters() && i < vorn::kSemaphoreCount; ++i)
-            counterAction(area.bytes[i]);
+        for (int i = 0; i < vorn::kSemaphoreCount; ++i)
+            if (uint8_t* counter = area.counter(i)) counterAction(*counter);
 }
 
 void forEachBlock(const std::function<void(int)>& action) {
