@@ -210,7 +210,7 @@ Resolution resolutionOf(const ImageToSave& image) {
     return {x > 0 ? x : y, y > 0 ? y : x};
 }
 
-std::vector<uint8_t> exifBlock(const ImageToSave& image) {
+std::vector<uint8_t> exifBlock(const ImageToSave& image, const ExifParts& parts) {
     Writer writer;
     size_t size = 0;
     for (const TiffTextField& field : kTiffTextFields) {
@@ -220,14 +220,14 @@ std::vector<uint8_t> exifBlock(const ImageToSave& image) {
         if (!text.empty() && size < kSegmentLimit) writer.addText(field.tag, text);
     }
     const int32_t orientation = exifFromOrientation(image.number(ITAG_Orientation).value_or(0));
-    if (orientation != 1) writer.addShort(kOrientationTag, orientation);
-    if (writer.isEmpty()) return {};
+    if (parts.orientation && orientation != 1) writer.addShort(kOrientationTag, orientation);
     const Resolution dpi = resolutionOf(image);
-    if (dpi.x > 0) {
+    if (dpi.x > 0 && (parts.resolutionAlone || !writer.isEmpty())) {
         writer.addRational(kXResolutionTag, dpi.x);
         writer.addRational(kYResolutionTag, dpi.y);
         writer.addShort(kUnitTag, 2);
     }
+    if (writer.isEmpty()) return {};
     return writer.block();
 }
 

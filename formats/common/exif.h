@@ -40,8 +40,14 @@ Exif readExif(const uint8_t* block, size_t size);
 // Adds what the block says to a description.
 void describe(const Exif& exif, Description& description);
 
-// A block with what the image says, or nothing when it says nothing.
-std::vector<uint8_t> exifBlock(const ImageToSave& image);
+// A block with what the image says, or nothing when it says nothing. Where a format has a place of
+// its own for the resolution, that alone is no reason for a block; where the host turns the
+// pictures, there is no orientation to note.
+struct ExifParts {
+    bool orientation = true;
+    bool resolutionAlone = true;
+};
+std::vector<uint8_t> exifBlock(const ImageToSave& image, const ExifParts& parts = {});
 
 // The resolution of an image that is to be saved; one direction serves for both. 0: none.
 struct Resolution {

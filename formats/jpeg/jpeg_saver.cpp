@@ -105,7 +105,7 @@ formats::LineLayout JpegSaver::open(const ImageToSave& image, formats::OutputFil
     const Settings settings = storedSettings();
     if (image.width > JPEG_MAX_DIMENSION || image.height > JPEG_MAX_DIMENSION)
         throw Failure{formats::kCannotSave};
-    std::vector<uint8_t> exif = formats::exifBlock(image);
+    std::vector<uint8_t> exif = formats::exifBlock(image, {.resolutionAlone = false});
     if (!exif.empty()) exif.insert(exif.begin(), kExifName.begin(), kExifName.end());
 
     encoder_ = std::make_unique<Encoder>(file);
