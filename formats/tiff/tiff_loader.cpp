@@ -5,6 +5,7 @@
 #include <cstring>
 #include <string_view>
 
+#include "formats/common/divide_by_alpha.h"
 #include "formats/common/exif.h"
 #include "formats/common/picture_limit.h"
 #include "formats/common/utf8.h"
@@ -29,19 +30,6 @@ uint32_t bitsAt(const uint8_t* bytes, size_t bit, unsigned count) {
     for (unsigned i = 0; i < count; ++i, ++bit)
         value = value << 1 | (bytes[bit / 8] >> (7 - bit % 8) & 1u);
     return value;
-}
-
-template <class Sample>
-void divideByAlpha(uint8_t* line, size_t pixels, size_t channels) {
-    constexpr uint32_t kFull = static_cast<Sample>(-1);
-    std::vector<Sample> pixel(channels);
-    for (size_t x = 0; x < pixels; ++x, line += channels * sizeof(Sample)) {
-        std::memcpy(pixel.data(), line, channels * sizeof(Sample));
-        const uint32_t alpha = pixel.back();
-        for (size_t c = 0; alpha != 0 && c + 1 < channels; ++c)
-            pixel[c] = static_cast<Sample>(std::min(kFull, (pixel[c] * kFull + alpha / 2) / alpha));
-        std::memcpy(line, pixel.data(), channels * sizeof(Sample));
-    }
 }
 
 }  // namespace
@@ -298,8 +286,7 @@ void TiffLoader::finishLine(uint8_t* line) const {
             }
         }
     }
-    if (multiplied_ && bytes_ == 1) divideByAlpha<uint8_t>(line, width_, channels_);
-    if (multiplied_ && bytes_ == 2) divideByAlpha<uint16_t>(line, width_, channels_);
+    if (multiplied_) formats::divideByAlpha(line, width_, channels_, bytes_);
 }
 
 }  // namespace tiff_format
