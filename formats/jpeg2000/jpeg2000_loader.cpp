@@ -82,7 +82,6 @@ formats::Description Jpeg2000Loader::open(formats::InputFile file) {
     describe(boxes.notes, image);
     reduction_ = chooseReduction(Decoder(file_, format_, 0), image.orientation);
     look(image);
-    chooseBands();
     return image;
 }
 
@@ -109,13 +108,14 @@ void Jpeg2000Loader::look(formats::Description& image) {
     if (first.w > VORN_MAX_SIZE || first.h > VORN_MAX_SIZE) throw Failure{formats::kUnsupported};
     image.width = static_cast<int32_t>(first.w);
     image.height = static_cast<int32_t>(first.h);
+    width_ = first.w;
+    chooseBands();
     const auto end = [this](uint32_t from, uint32_t to) {
         return static_cast<uint32_t>(std::min<uint64_t>(to, from + (kSeen << reduction_)));
     };
     const Area corner{size_.x0, size_.y0, end(size_.x0, size_.x1), end(size_.y0, size_.y1)};
     decoder.decode(&corner);
     chooseColors(decoder.image(), image);
-    width_ = static_cast<size_t>(image.width);
     channels_ = static_cast<size_t>(image.channels);
     bytes_ = static_cast<size_t>(image.bytesPerChannel);
     full_ = bytes_ == 2 ? 65535 : 255;
