@@ -13,7 +13,7 @@
 
 #include "contest.h"
 #include "peer_process.h"
-#include "platform/connection.h"
+#include "platform/posix/waits.h"
 #include "rows.h"
 
 namespace vorn_bench {
@@ -23,34 +23,42 @@ using Clock = std::chrono::steady_clock;
 
 constexpr int kRoundTrips = 2000;
 constexpr int kTurns = 15;
-constexpr std::chrono::microseconds kTryTime{20};
 
-// A word in memory that two programs share.
-struct SharedWord {
+// A word in memory that two programs share, at 64-byte distance from the next.
+struct alignas(64) SharedWord {
     std::atomic<uint32_t> value{0};
 };
 
 SharedWord* sharedWords(size_t count) {
-    void* memory =
-        ::mmap(nullptr, count * 64, PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0);
+    void* memory = ::mmap(nullptr, count * sizeof(SharedWord), PROT_READ | PROT_WRITE,
+                          MAP_SHARED | MAP_ANONYMOUS, -1, 0);
     return static_cast<SharedWord*>(memory);
 }
 
-// A binary semaphore made of a futex, at 64-byte distance from the next.
+// A binary semaphore made of a futex, which calls the system only to wake a sleeping waiter.
 class Futex {
   public:
-    explicit Futex(SharedWord* words, size_t index) : word_(&words[index * 16].value) {}
+    explicit Futex(SharedWord* words, size_t index) : word_(&words[index].value) {}
 
     void post() {
-        word_->store(1, std::memory_order_release);
-        ::syscall(SYS_futex, word_, FUTEX_WAKE, 1, nullptr, nullptr, 0);
+        if (word_->exchange(kPosted) == kAsleep)
+            ::syscall(SYS_futex, word_, FUTEX_WAKE, 1, nullptr, nullptr, 0);
     }
-    bool tryWait() { return word_->exchange(0, std::memory_order_acquire) == 1; }
+    bool tryWait() {
+        uint32_t now = kPosted;
+        return word_->load(std::memory_order_relaxed) == kPosted &&
+               word_->compare_exchange_strong(now, kEmpty);
+    }
     void block() {
-        while (!tryWait()) ::syscall(SYS_futex, word_, FUTEX_WAIT, 0, nullptr, nullptr, 0);
+        while (!tryWait()) {
+            uint32_t now = kEmpty;
+            word_->compare_exchange_strong(now, kAsleep);
+            ::syscall(SYS_futex, word_, FUTEX_WAIT, kAsleep, nullptr, nullptr, 0);
+        }
     }
 
   private:
+    enum : uint32_t { kEmpty, kPosted, kAsleep };
     std::atomic<uint32_t>* word_;
 };
 
@@ -79,30 +87,16 @@ class Event {
 
 // The policy of the connection's waits, around any primitive.
 template <class Primitive>
-void waitTrying(Primitive& primitive, vorn::platform::WaitHistory& history, bool several) {
-    if (primitive.tryWait()) return;
-    if (history.skip > 0) {
-        --history.skip;
-    } else {
-        if (several) {
-            const auto end = Clock::now() + kTryTime;
-            while (Clock::now() < end) {
-                if (!primitive.tryWait()) continue;
-                history.misses = 0;
-                return;
-            }
-        }
-        history.skip = std::min(1u << std::min(history.misses, 16u), 64u);
-        ++history.misses;
-    }
-    primitive.block();
+void waitTrying(Primitive& primitive, vorn::platform::WaitHistory& history) {
+    const auto tryOnce = [&] { return primitive.tryWait(); };
+    if (!tryOnce() && !vorn::platform::tryForAWhile(history, tryOnce)) primitive.block();
 }
 
 // Two programs that wake each other up, `count` times.
 template <class Primitive>
-double pingPong(Primitive ping, Primitive pong, bool tries, bool several) {
+double pingPong(Primitive ping, Primitive pong, bool tries) {
     const auto wait = [&](Primitive& primitive, vorn::platform::WaitHistory& history) {
-        tries ? waitTrying(primitive, history, several) : primitive.block();
+        tries ? waitTrying(primitive, history) : primitive.block();
     };
     PeerProcess peer([&] {
         vorn::platform::WaitHistory history;
@@ -122,31 +116,45 @@ double pingPong(Primitive ping, Primitive pong, bool tries, bool several) {
 
 // The same four turns that the areas take, with nothing around them: the writer waits for a free
 // area and posts a full one, the reader the other way round.
-double areasOfBareEvents(bool several) {
-    static Event free[2], full[2];
+template <class Primitive>
+double bareAreas(Primitive (&free)[2], Primitive (&full)[2]) {
     free[0].post();
     free[1].post();
     PeerProcess peer([&] {
         vorn::platform::WaitHistory histories[2];
         for (int i = 0; i < kRoundTrips; ++i) {
-            waitTrying(full[0], histories[0], several);
+            waitTrying(full[0], histories[0]);
             free[0].post();
-            waitTrying(free[1], histories[1], several);
+            waitTrying(free[1], histories[1]);
             full[1].post();
         }
     });
     vorn::platform::WaitHistory histories[2];
     const double seconds = secondsEach(kRoundTrips, [&] {
         for (int i = 0; i < kRoundTrips; ++i) {
-            waitTrying(free[0], histories[0], several);
+            waitTrying(free[0], histories[0]);
             full[0].post();
-            waitTrying(full[1], histories[1], several);
+            waitTrying(full[1], histories[1]);
             free[1].post();
         }
     });
     while (free[0].tryWait() || free[1].tryWait()) {
     }
     return seconds;
+}
+
+double areasOfBareFutexes() {
+    SharedWord* words = sharedWords(4);
+    Futex free[2] = {Futex(words, 0), Futex(words, 1)};
+    Futex full[2] = {Futex(words, 2), Futex(words, 3)};
+    const double seconds = bareAreas(free, full);
+    ::munmap(words, 4 * sizeof(SharedWord));
+    return seconds;
+}
+
+double areasOfBareEvents() {
+    static Event free[2], full[2];
+    return bareAreas(free, full);
 }
 
 void write(SharedStuff& stuff) {
@@ -174,20 +182,21 @@ double areas() {
     });
 }
 
-std::vector<Contestant> contestants(bool several) {
-    const auto futexes = [several](bool tries) {
+std::vector<Contestant> contestants() {
+    const auto futexes = [](bool tries) {
         SharedWord* words = sharedWords(2);
-        const double seconds = pingPong(Futex(words, 0), Futex(words, 1), tries, several);
-        ::munmap(words, 2 * 64);
+        const double seconds = pingPong(Futex(words, 0), Futex(words, 1), tries);
+        ::munmap(words, 2 * sizeof(SharedWord));
         return seconds;
     };
     static Event ping, pong;
     return {{"vorn", areas},
             {"futex, tries first", [=] { return futexes(true); }},
             {"futex, blocks", [=] { return futexes(false); }},
-            {"eventfd, tries first", [=] { return pingPong(ping, pong, true, several); }},
-            {"eventfd, blocks", [=] { return pingPong(ping, pong, false, several); }},
-            {"eventfd, tries first, two areas", [=] { return areasOfBareEvents(several); }}};
+            {"futex, tries first, two areas", [=] { return areasOfBareFutexes(); }},
+            {"eventfd, tries first", [=] { return pingPong(ping, pong, true); }},
+            {"eventfd, blocks", [=] { return pingPong(ping, pong, false); }},
+            {"eventfd, tries first, two areas", [=] { return areasOfBareEvents(); }}};
 }
 
 // A block of pixels goes from the module's memory to the host's.
@@ -219,28 +228,28 @@ double bareBlocks() {
 }
 
 double blocksThroughFutexes() {
-    SharedWord* words = sharedWords(2 + kBlock / 64);
+    SharedWord* words = sharedWords(2 + kBlock / sizeof(SharedWord));
     Futex full(words, 0), empty(words, 1);
-    void* area = words + 2 * 16;
+    void* area = words + 2;
     PeerProcess peer([&] {
         const auto mine = std::make_unique<uint8_t[]>(kBlock);
         vorn::platform::WaitHistory history;
         for (int i = 0; i < kBlocks; ++i) {
             std::memcpy(area, mine.get(), kBlock);
             full.post();
-            waitTrying(empty, history, true);
+            waitTrying(empty, history);
         }
     });
     const auto mine = std::make_unique<uint8_t[]>(kBlock);
     vorn::platform::WaitHistory history;
     const double seconds = secondsEach(kBlocks, [&] {
         for (int i = 0; i < kBlocks; ++i) {
-            waitTrying(full, history, true);
+            waitTrying(full, history);
             std::memcpy(mine.get(), area, kBlock);
             empty.post();
         }
     });
-    ::munmap(words, 2 * 64 + kBlock);
+    ::munmap(words, 2 * sizeof(SharedWord) + kBlock);
     return seconds;
 }
 
@@ -263,10 +272,10 @@ double workInOneProgram() {
 }  // namespace
 
 void handOffRows() {
-    compare("Round trip, two processors", kTurns, contestants(true));
+    compare("Round trip, two processors", kTurns, contestants());
     {
         const OneProcessor pinned;
-        compare("Round trip, one processor", kTurns, contestants(false));
+        compare("Round trip, one processor", kTurns, contestants());
     }
     compare("Block of 96 KiB, two copies", kTurns,
             {{"vorn", bareBlocks}, {"futex, tries first", blocksThroughFutexes}});

@@ -41,6 +41,7 @@ struct WaitHistory {
     uint32_t misses = 0;  // tries in a row that did not pay
     uint32_t skip = 0;    // waits that are not worth a try before the next one
     bool pays = false;    // the last try paid
+    bool waited = false;  // not the first wait
 };
 
 // Blocks until the semaphore was taken (true), or the watched process has ended or the stop

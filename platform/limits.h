@@ -9,10 +9,10 @@ namespace vorn::platform {
 inline constexpr int32_t kTimeLimitPosts = 1;
 inline constexpr int32_t kMemoryLimitPosts = 2;
 
-// In a module program: a limit that it meets from now on is posted to the semaphore, at the moment
-// when the system ends the program for its processor time, and when an allocation with the
-// language's own means fails under a limit of memory, which few programs survive. What the program
-// has itself arranged for either stays as it is.
-void tellLimits(int32_t semaphore);
+// In a module program: a limit that it meets from now on is posted to the semaphore, by a function
+// that a signal handler may call, at the moment when the system ends the program for its processor
+// time, and when an allocation with the language's own means fails under a limit of memory, which
+// few programs survive. What the program has itself arranged for either stays as it is.
+void tellLimits(int32_t semaphore, bool (*post)(int32_t semaphore));
 
 }  // namespace vorn::platform

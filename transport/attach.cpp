@@ -80,6 +80,7 @@ bool open(SharedStuff& stuff, int argc, char** argv) {
     if (!osLayer().modulesKnowTheirHost) set.peerThread = 0;
     stuff.base = ShmMap(stuff.shm);
     if (!stuff.base) trace("Open get sem pointer failed.\n");
+    if (stuff.base) osLayer().shareCounts(stuff);
     return stuff.base != nullptr;
 }
 

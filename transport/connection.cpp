@@ -55,6 +55,7 @@ bool SharedStuffCreate(VORN_Image& image, int32_t moduleType) {
         SharedStuffClose(image);
         return false;
     }
+    osLayer().shareCounts(stuff);
     setRoles(stuff);
     const bool loader = moduleType == VORN_LOADER;
     layOut(stuff, loader);

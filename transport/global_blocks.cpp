@@ -6,6 +6,7 @@
 #include <cstring>
 
 #include "platform/global_memory.h"
+#include "platform/limits.h"
 #include "platform/thread_messages.h"
 #include "support/memory.h"
 #include "transport/os_layer.h"
@@ -85,8 +86,12 @@ void semCloseSet(SemaphoreSet* set) {
     FreeMemory(set);
 }
 
+uint8_t* counterAt(int32_t address) {
+    return static_cast<uint8_t*>(platform::globalPlace(address));
+}
+
 uint8_t* counterOf(const SemaphoreSet& set, uint32_t entry) {
-    return static_cast<uint8_t*>(platform::globalPlace(set.entry[entry].handle));
+    return counterAt(set.entry[entry].handle);
 }
 
 bool semTryWait(SemaphoreSet& set, uint32_t entry) {
@@ -135,9 +140,11 @@ bool semWait(SemaphoreSet& set, uint32_t entry) {
     return true;
 }
 
-bool semPost(SemaphoreSet& set, uint32_t entry) {
-    return __atomic_fetch_add(counterOf(set, entry), uint8_t{1}, __ATOMIC_RELEASE) == 0;
+bool postCounter(int32_t address) {
+    return __atomic_fetch_add(counterAt(address), uint8_t{1}, __ATOMIC_RELEASE) == 0;
 }
+
+bool semPost(SemaphoreSet& set, uint32_t entry) { return postCounter(set.entry[entry].handle); }
 
 size_t inherited(const SharedStuff& stuff, int32_t (&descriptors)[kMostInherited]) {
     descriptors[0] = stuff.shm.reservation;
@@ -145,8 +152,11 @@ size_t inherited(const SharedStuff& stuff, int32_t (&descriptors)[kMostInherited
     return 2;
 }
 
-// A signal handler could post, but knows no addresses: limits end a program here without a name.
-void tellLimits(const SemaphoreSet&, uint32_t) {}
+void shareCounts(SharedStuff&) {}
+
+void tellLimits(const SemaphoreSet& set, uint32_t entry) {
+    platform::tellLimits(set.entry[entry].handle, postCounter);
+}
 
 }  // namespace
 
@@ -165,6 +175,7 @@ const OsLayer kGlobalBlocks = {
     .semTryWait = semTryWait,
     .semPost = semPost,
     .inherited = inherited,
+    .shareCounts = shareCounts,
     .tellLimits = tellLimits,
     .modulesKnowTheirHost = false,
 };

@@ -14,6 +14,8 @@ namespace {
 
 constexpr int kLastBlockName = 9998;
 constexpr int kLastSemaphoreName = 9999;
+constexpr uint32_t kCountsSize = 0x1000;
+static_assert(sizeof(SharedCounts) <= kCountsSize);
 
 bool shmCreate(uint32_t size, ShmDescriptor& shm) {
     shm = ShmDescriptor{{}, 0, platform::kNoDescriptor};
@@ -23,7 +25,7 @@ bool shmCreate(uint32_t size, ShmDescriptor& shm) {
         taken = platform::reserveName(shm.name, shm.reservation);
     }
     if (taken != platform::Reservation::Reserved) return false;
-    const int32_t block = platform::createBlock(size);
+    const int32_t block = platform::createBlock(size + kCountsSize);
     if (block != platform::kNoDescriptor) {
         shm.handle = block;
         return true;
@@ -41,11 +43,14 @@ bool shmOpen(ShmDescriptor& shm) {
     return false;
 }
 
+// A block without counts is mapped all the same; only what is there is touched.
 uint8_t* shmMap(const ShmDescriptor& shm) {
-    return static_cast<uint8_t*>(platform::mapBlock(shm.handle, kSharedAreaSize));
+    return static_cast<uint8_t*>(platform::mapBlock(shm.handle, kSharedAreaSize + kCountsSize));
 }
 
-void shmUnmap(const ShmDescriptor&, uint8_t* base) { platform::unmapBlock(base, kSharedAreaSize); }
+void shmUnmap(const ShmDescriptor&, uint8_t* base) {
+    platform::unmapBlock(base, kSharedAreaSize + kCountsSize);
+}
 
 void shmDestroy(ShmDescriptor& shm) {
     if (shm.handle > 0) platform::closeDescriptor(shm.handle);
@@ -103,17 +108,37 @@ bool semOpenSet(SemaphoreSet* set) {
     return true;
 }
 
+bool modulesCounts(const SharedCounts& counts) {
+    return __atomic_load_n(&counts.moduleCounts, __ATOMIC_ACQUIRE) != 0;
+}
+
+// A module looks for the counts before its first wait, and says that it does.
+void shareCounts(SharedStuff& stuff) {
+    if (!platform::blockHolds(stuff.shm.handle, kSharedAreaSize + kCountsSize)) return;
+    SemaphoreSet& set = *stuff.semaphores;
+    set.counts = reinterpret_cast<SharedCounts*>(stuff.base + kSharedAreaSize);
+    if (set.trustsPeer) __atomic_store_n(&set.counts->moduleCounts, 1u, __ATOMIC_RELEASE);
+}
+
 bool semWait(SemaphoreSet& set, uint32_t entry) {
-    return platform::waitSemaphore(set.entry[entry].handle, set.watched, set.stop,
-                                   set.entry[entry].waits);
+    auto& [name, handle, history] = set.entry[entry];
+    if (!set.counts) return platform::waitSemaphore(handle, set.watched, set.stop, history);
+    const bool alsoSystem = !modulesCounts(*set.counts);
+    return platform::waitShared(set.counts->entry[entry], handle, alsoSystem, set.watched, set.stop,
+                                history);
 }
 
 bool semTryWait(SemaphoreSet& set, uint32_t entry) {
-    return platform::tryWaitSemaphore(set.entry[entry].handle);
+    const int32_t semaphore = set.entry[entry].handle;
+    return set.counts ? platform::tryWaitShared(set.counts->entry[entry], semaphore)
+                      : platform::tryWaitSemaphore(semaphore);
 }
 
+// A host posts to the counts when its module is known to look there.
 bool semPost(SemaphoreSet& set, uint32_t entry) {
     const int32_t semaphore = set.entry[entry].handle;
+    if (set.counts && modulesCounts(*set.counts))
+        return platform::postShared(set.counts->entry[entry], semaphore, set.trustsPeer);
     if (!set.trustsPeer) return platform::postSemaphore(semaphore);
     platform::postTrustedSemaphore(semaphore);
     return true;
@@ -127,7 +152,7 @@ size_t inherited(const SharedStuff& stuff, int32_t (&descriptors)[kMostInherited
 }
 
 void tellLimits(const SemaphoreSet& set, uint32_t entry) {
-    platform::tellLimits(set.entry[entry].handle);
+    platform::tellLimits(set.entry[entry].handle, platform::postSemaphore);
 }
 
 }  // namespace
@@ -147,6 +172,7 @@ const OsLayer kKernelObjects = {
     .semTryWait = semTryWait,
     .semPost = semPost,
     .inherited = inherited,
+    .shareCounts = shareCounts,
     .tellLimits = tellLimits,
     .modulesKnowTheirHost = true,
 };

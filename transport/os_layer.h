@@ -29,8 +29,10 @@ struct OsLayer {
     bool (*semPost)(SemaphoreSet& set, uint32_t entry);
     // The descriptors that a module program inherits, and their number.
     size_t (*inherited)(const SharedStuff& stuff, int32_t (&descriptors)[kMostInherited]);
-    // In a module program: lets limits that it meets be posted to the semaphore, where that can be
-    // done, see platform/limits.h.
+    // Called when both the block and the semaphores are there.
+    void (*shareCounts)(SharedStuff& stuff);
+    // In a module program: lets limits that it meets be posted to the semaphore, see
+    // platform/limits.h.
     void (*tellLimits)(const SemaphoreSet& set, uint32_t entry);
     bool modulesKnowTheirHost;  // a module keeps the number of its host's thread
 };

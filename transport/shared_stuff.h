@@ -7,6 +7,7 @@
 #include <cstdint>
 
 #include "platform/connection.h"
+#include "platform/shared_count.h"
 
 namespace vorn {
 
@@ -15,6 +16,14 @@ inline constexpr uint32_t kBigAreaSize =
     0x18000;  // pixels: to the host for a loader, to the module for a saver
 inline constexpr uint32_t kSmallAreaSize = 0x8000;
 inline constexpr int32_t kSemaphoreCount = 6;
+
+// Behind the areas, where the system holds the semaphores: their counts as the two programs share
+// them. A program that doesn't know of it leaves it alone.
+struct SharedCounts {
+    uint32_t moduleCounts;  // the module program says: it looks here, too
+    alignas(64) platform::SharedCount entry[kSemaphoreCount];
+};
+static_assert(sizeof(SharedCounts) == 64 + 64 * kSemaphoreCount, "docs/protocol.md says where");
 
 struct ShmDescriptor {
     char name[8];
@@ -30,10 +39,11 @@ struct SemaphoreSet {
     };
     Entry entry[kSemaphoreCount];
     int32_t reservation;
-    int32_t peerThread;  // number of the peer's main thread
-    int32_t watched;     // the peer's program: every wait also ends on its end
-    int32_t stop;        // every wait also ends when this is posted (a host's emergency stop)
-    bool trustsPeer;     // a module its host; a host no module
+    int32_t peerThread;    // number of the peer's main thread
+    int32_t watched;       // the peer's program: every wait also ends on its end
+    int32_t stop;          // every wait also ends when this is posted (a host's emergency stop)
+    bool trustsPeer;       // a module its host; a host no module
+    SharedCounts* counts;  // in the shared memory; null without
 };
 
 // What belongs to the side's own thread.

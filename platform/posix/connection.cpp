@@ -2,7 +2,6 @@
 
 #include <fcntl.h>
 #include <poll.h>
-#include <sched.h>
 #include <sys/eventfd.h>
 #include <sys/mman.h>
 #include <sys/socket.h>
@@ -11,52 +10,15 @@
 #include <sys/un.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <cerrno>
-#include <chrono>
 #include <cstddef>
 #include <cstdio>
 #include <cstring>
 
 #include "platform/posix/descriptor.h"
+#include "platform/posix/waits.h"
 
 namespace vorn::platform {
-namespace {
-
-bool hasSeveralProcessors() {
-    cpu_set_t set;
-    return ::sched_getaffinity(0, sizeof set, &set) != 0 || CPU_COUNT(&set) > 1;
-}
-
-// A hand-off between two processors takes less than a microsecond when the waiter is awake, and
-// tens of them when it has to be woken.
-constexpr std::chrono::microseconds kTryTime{20};
-constexpr uint32_t kMostSkipped = 64;
-
-bool tryForAWhile(int32_t semaphore, WaitHistory& history) {
-    if (history.skip > 0) {
-        --history.skip;
-        return false;
-    }
-    if (history.pays || hasSeveralProcessors()) {
-        const auto end = std::chrono::steady_clock::now() + kTryTime;
-        do {
-            if (tryWaitSemaphore(semaphore)) {
-                history.misses = 0;
-                history.pays = true;
-                return true;
-            }
-        } while (std::chrono::steady_clock::now() < end);
-    }
-    // Twice as many waits go by untried after every try that did not pay.
-    history.skip = std::min(1u << std::min(history.misses, 16u), kMostSkipped);
-    ++history.misses;
-    history.pays = false;
-    return false;
-}
-
-}  // namespace
-
 // A bound address of the abstract namespace: it belongs to the socket, and the kernel frees it with
 // the last descriptor.
 Reservation reserveName(const char* name, int32_t& reservation) {
@@ -148,19 +110,9 @@ bool tryWaitSemaphore(int32_t semaphore) {
 }
 
 bool waitSemaphore(int32_t semaphore, int32_t watched, int32_t stop, WaitHistory& history) {
-    if (tryWaitSemaphore(semaphore) || tryForAWhile(semaphore, history)) return true;
-    for (;;) {
-        // poll ignores kNoDescriptor
-        pollfd waits[3] = {{semaphore, POLLIN, 0}, {watched, POLLIN, 0}, {stop, POLLIN, 0}};
-        if (::poll(waits, 3, -1) < 0) {
-            if (errno != EINTR) return false;
-            continue;
-        }
-        if (tryWaitSemaphore(semaphore)) return true;
-        // What the peer posted last still counts after its end: it was taken above.
-        if (waits[0].revents & (POLLERR | POLLNVAL)) return false;
-        if (waits[1].revents != 0 || waits[2].revents != 0) return tryWaitSemaphore(semaphore);
-    }
+    const auto tryOnce = [&] { return tryWaitSemaphore(semaphore); };
+    return tryOnce() || tryForAWhile(history, tryOnce) ||
+           sleepUntilTaken(semaphore, watched, stop, tryOnce);
 }
 
 // What failed before stays known.

@@ -13,9 +13,10 @@ namespace {
 
 // Limits are a program's, and a signal may come to any of its threads.
 std::atomic<int32_t> told{kNoDescriptor};
+std::atomic<bool (*)(int32_t)> postOnce{nullptr};
 
 void post(int32_t count) {
-    for (; count > 0; --count) postSemaphore(told);
+    for (; count > 0; --count) postOnce.load()(told);
 }
 
 // The standard action, which ends the program, is in force again.
@@ -38,8 +39,9 @@ bool isLimited(int resource) {
 
 }  // namespace
 
-void tellLimits(int32_t semaphore) {
+void tellLimits(int32_t semaphore, bool (*post)(int32_t semaphore)) {
     told = semaphore;
+    postOnce = post;
     struct sigaction present {};
     const bool unset =
         ::sigaction(SIGXCPU, nullptr, &present) == 0 && present.sa_handler == SIG_DFL;

@@ -48,6 +48,7 @@ const vorn::OsLayer kScript = {
         return true;
     },
     [](const SharedStuff&, int32_t (&)[vorn::kMostInherited]) { return size_t{0}; },
+    [](SharedStuff&) {},
     [](const vorn::SemaphoreSet&, uint32_t) {},
     true,
 };

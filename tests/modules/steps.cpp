@@ -10,11 +10,13 @@
 
 #include <algorithm>
 #include <chrono>
+#include <cinttypes>
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <filesystem>
+#include <fstream>
 #include <functional>
 #include <map>
 #include <random>
@@ -81,24 +83,57 @@ std::vector<Held> held() {
     return all;
 }
 
-void forEachSemaphore(const std::function<void(int)>& action) {
-    for (const Held& descriptor : held())
-        if (descriptor.isSemaphore()) action(descriptor.number);
+// Memory that this program shares with its host.
+struct Area {
+    uint8_t* bytes;
+    size_t size;
+    // Where the system has no kernel objects, the counters have a block of their own; else they lie
+    // behind the areas.
+    uint8_t* counter(int i) const {
+        if (size < vorn::kSharedAreaSize) return bytes + i;
+        auto* counts = reinterpret_cast<vorn::SharedCounts*>(bytes + vorn::kSharedAreaSize);
+        return size == vorn::kSharedAreaSize ? nullptr
+                                             : reinterpret_cast<uint8_t*>(&counts->entry[i].count);
+    }
+};
+
+std::vector<Area> areas() {
+    std::vector<Area> all;
+    std::ifstream maps("/proc/self/maps");
+    for (std::string line; std::getline(maps, line);) {
+        uintptr_t from = 0, to = 0;
+        const bool shared = line.find("/memfd:vorn") != std::string::npos;
+        if (shared && std::sscanf(line.c_str(), "%" SCNxPTR "-%" SCNxPTR, &from, &to) == 2)
+            all.push_back({reinterpret_cast<uint8_t*>(from), to - from});
+    }
+    return all;
 }
 
-void forTheBlock(const std::function<void(int)>& action) {
+// A semaphore is a descriptor, and a counter, of which the lowest byte is told.
+void forEachSemaphore(const std::function<void(int)>& action,
+                      const std::function<void(uint8_t&)>& counterAction) {
+    for (const Held& descriptor : held())
+        if (descriptor.isSemaphore()) action(descriptor.number);
+    for (const Area& area : areas())
+        for (int i = 0; i < vorn::kSemaphoreCount; ++i)
+            if (uint8_t* counter = area.counter(i)) counterAction(*counter);
+}
+
+void forEachBlock(const std::function<void(int)>& action) {
     for (const Held& descriptor : held())
         if (descriptor.isBlock()) action(descriptor.number);
 }
 
-void fillBlock(const std::function<uint8_t()>& next) {
-    forTheBlock([&](int block) {
-        void* area =
-            ::mmap(nullptr, vorn::kSharedAreaSize, PROT_READ | PROT_WRITE, MAP_SHARED, block, 0);
-        auto* bytes = static_cast<uint8_t*>(area);
-        for (uint32_t i = 0; i < vorn::kSharedAreaSize; ++i) bytes[i] = next();
-        ::munmap(area, vorn::kSharedAreaSize);
+// Also blocks that this program has inherited and not mapped yet.
+void fillBlocks(const std::function<uint8_t()>& next) {
+    const auto fill = [&](uint8_t* bytes, size_t size) { std::generate_n(bytes, size, next); };
+    forEachBlock([&](int block) {
+        const auto size = static_cast<size_t>(::lseek(block, 0, SEEK_END));
+        void* area = ::mmap(nullptr, size, PROT_READ | PROT_WRITE, MAP_SHARED, block, 0);
+        fill(static_cast<uint8_t*>(area), size);
+        ::munmap(area, size);
     });
+    for (const Area& area : areas()) fill(area.bytes, area.size);
 }
 
 void post(int semaphore, uint64_t count) {
@@ -106,7 +141,8 @@ void post(int semaphore, uint64_t count) {
 }
 
 void fillSemaphores() {
-    forEachSemaphore([](int number) { post(number, UINT64_MAX - 1); });
+    forEachSemaphore([](int number) { post(number, UINT64_MAX - 1); },
+                     [](uint8_t& counter) { counter = UINT8_MAX; });
 }
 
 // ---- what can be done ----
@@ -134,27 +170,34 @@ void dieSoon(int milliseconds) {
 
 void scribbleRandom() {
     std::minstd_rand random(static_cast<unsigned>(order().step));
-    fillBlock([&] { return static_cast<uint8_t>(random() >> 8); });
+    fillBlocks([&] { return static_cast<uint8_t>(random() >> 8); });
 }
 
-// Everything that could take the block from under the host.
-void shrinkBlock() {
-    forTheBlock([](int block) {
+// Everything that could take a block from under the host.
+void shrinkBlocks() {
+    forEachBlock([](int block) {
         if (::ftruncate(block, 0) == 0 || ::ftruncate(block, 4096) == 0) std::_Exit(kExitStatus);
         ::fcntl(block, F_ADD_SEALS, F_SEAL_WRITE);
         ::fallocate(block, FALLOC_FL_PUNCH_HOLE | FALLOC_FL_KEEP_SIZE, 0, vorn::kSharedAreaSize);
     });
+    for (const Area& area : areas()) ::madvise(area.bytes, area.size, MADV_REMOVE);
 }
 
 void makeSemaphoresBlocking() {
-    forEachSemaphore([](int number) { ::fcntl(number, F_SETFL, 0); });
+    forEachSemaphore([](int number) { ::fcntl(number, F_SETFL, 0); }, [](uint8_t&) {});
 }
 
 void takeAll() {
-    forEachSemaphore([](int number) {
-        while (vorn::platform::tryWaitSemaphore(number)) {
-        }
-    });
+    forEachSemaphore(
+        [](int number) {
+            while (vorn::platform::tryWaitSemaphore(number)) {
+            }
+        },
+        [](uint8_t& counter) { counter = 0; });
+}
+
+void postAll() {
+    forEachSemaphore([](int number) { post(number, 1); }, [](uint8_t& counter) { ++counter; });
 }
 
 void closeAll() {
@@ -202,13 +245,13 @@ const std::map<std::string, std::function<void()>>& actions() {
         {"endthread", endMainThread},
         {"spin", spin},
         {"allocate", allocate},
-        {"zeros", [] { fillBlock([] { return uint8_t{0}; }); }},
-        {"ones", [] { fillBlock([] { return uint8_t{0xFF}; }); }},
+        {"zeros", [] { fillBlocks([] { return uint8_t{0}; }); }},
+        {"ones", [] { fillBlocks([] { return uint8_t{0xFF}; }); }},
         {"random", scribbleRandom},
-        {"shrink", shrinkBlock},
+        {"shrink", shrinkBlocks},
         {"blocking", makeSemaphoresBlocking},
         {"take", takeAll},
-        {"post", [] { forEachSemaphore([](int number) { post(number, 1); }); }},
+        {"post", postAll},
         {"fill", fillSemaphores},
         {"fillkill",
          [] {

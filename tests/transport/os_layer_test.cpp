@@ -13,16 +13,26 @@
 namespace vorn {
 namespace {
 
-class Systems : public testing::TestWithParam<const OsLayer*> {
+struct System {
+    const char* name;
+    const OsLayer& layer;
+    bool sharesCounts;
+};
+
+class Systems : public testing::TestWithParam<System> {
   protected:
-    Systems() : set_(GetParam()->semCreateSet()) {}
-    ~Systems() override { GetParam()->semDestroySet(set_); }
+    Systems() {
+        if (GetParam().sharesCounts) set_->counts = &counts_;
+    }
+    ~Systems() override { layer_.semDestroySet(set_); }
 
-    bool wait(uint32_t entry) { return GetParam()->semWait(*set_, entry); }
-    bool tryWait(uint32_t entry) { return GetParam()->semTryWait(*set_, entry); }
-    void post(uint32_t entry) { GetParam()->semPost(*set_, entry); }
+    bool wait(uint32_t entry) { return layer_.semWait(*set_, entry); }
+    bool tryWait(uint32_t entry) { return layer_.semTryWait(*set_, entry); }
+    void post(uint32_t entry) { layer_.semPost(*set_, entry); }
 
-    SemaphoreSet* set_;
+    const OsLayer& layer_ = GetParam().layer;
+    SemaphoreSet* const set_ = layer_.semCreateSet();
+    SharedCounts counts_{1, {}};
 };
 
 TEST_P(Systems, LoseNoTurnOfAHundredThousand) {
@@ -75,12 +85,13 @@ TEST_P(Systems, NameSixSemaphoresThatFitTheCommandLine) {
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(Of,
-                         Systems,
-                         testing::Values(&kKernelObjects, &kGlobalBlocks),
-                         [](const auto& of) {
-                             return of.param == &kKernelObjects ? "KernelObjects" : "GlobalBlocks";
-                         });
+constexpr System kSystems[] = {{"KernelObjects", kKernelObjects, false},
+                               {"KernelObjectsWithSharedCounts", kKernelObjects, true},
+                               {"GlobalBlocks", kGlobalBlocks, false}};
+
+INSTANTIATE_TEST_SUITE_P(Of, Systems, testing::ValuesIn(kSystems), [](const auto& of) {
+    return std::string(of.param.name);
+});
 
 SemaphoreSet* waitedOn = nullptr;
 uint32_t dispatched = 0;
