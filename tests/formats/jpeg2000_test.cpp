@@ -56,6 +56,11 @@ TEST_F(Jpeg2000, KeepsTextsAndResolutionInJp2Only) {
             EXPECT_EQ(image.orientation, 0);  // the host has turned it
         }
     }
+    // Other programs may have noted one: 6 of EXIF.
+    const std::string box(
+        "\0\0\0\x32uuidJpgTiffExif->JP2II*\0\x08\0\0\0\1\0\x12\1\3\0\1\0\0\0\6\0\0\0\0\0\0\0", 50);
+    const std::string turned = files_.write("b", contentOf(files_.path("a.jp2")) + box);
+    EXPECT_EQ(load<Jpeg2000Loader>(turned).image.orientation, 3);
 }
 
 TEST_F(Jpeg2000, StoresWhatIsSet) {
