@@ -1,20 +1,20 @@
-// The tool beside one program that does the same work with libpng alone: time from a PNG file to a
-// PPM file, programs started and ended included; and the memory of all of the tool's programs.
+// The tool beside one program that does the same work with the codec libraries alone: time from
+// file to file, programs started and ended included; and the memory of all of the tool's programs.
 //
-//     convert_bench [PICTURE.png [DIRECTORY [RUNS [VORN]]]]
+//     convert_bench [DIRECTORY [RUNS [VORN]]]
 //
-// The picture is one of 8-bit RGB; without one, one of 6000 x 4000 is painted. The files are
-// written to the directory, which should lie in memory. The contestants take turns; medians count.
-#include <png.h>
-
+// A picture of 6000 x 4000 is painted. The files are written to the directory, which should lie in
+// memory. The contestants take turns; medians count.
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <filesystem>
 #include <string>
 #include <vector>
 
 #include "contest.h"
+#include "convert_peers.h"
 #include "memory.h"
 #include "png_in_process.h"
 #include "started.h"
@@ -22,112 +22,115 @@
 namespace vorn_bench {
 namespace {
 
-// The other contestant, run as a program of its own: 8-bit RGB, not interlaced.
-struct Peer {
-    explicit Peer(const char* in) : file(std::fopen(in, "rb")) {
-        png = png_create_read_struct(PNG_LIBPNG_VER_STRING, nullptr, nullptr, nullptr);
-        info = png_create_info_struct(png);
-        if (!file || setjmp(png_jmpbuf(png))) std::exit(1);
-        png_init_io(png, file);
-        png_read_info(png, info);
-        width = png_get_image_width(png, info);
-        height = png_get_image_height(png, info);
-        if (png_get_rowbytes(png, info) != 3 * width) std::exit(1);
-    }
+namespace fs = std::filesystem;
 
-    std::FILE* file;
-    png_structp png;
-    png_infop info;
-    size_t width = 0;
-    size_t height = 0;
+struct Job {
+    const char* name;  // that of the peer
+    const char* from;
+    const char* to;
+    const char* size;
 };
 
-std::FILE* beginPpm(const char* out, size_t width, size_t height) {
-    std::FILE* file = std::fopen(out, "wb");
-    if (!file) std::exit(1);
-    std::fprintf(file, "P6\n%zu %zu\n255\n", width, height);
-    return file;
-}
+constexpr Job kJobs[] = {{"PNG to PPM", "png", "ppm", "100%"},
+                         {"PNG to 50 % PPM", "png", "ppm", "50%"},
+                         {"JPEG to a JPEG 400 wide", "jpg", "jpg", "400"},
+                         {"JPEG to PNG", "jpg", "png", "100%"},
+                         {"PNG to 50 % TIFF", "png", "tif", "50%"}};
 
-int copyPng(const char* in, const char* out) {
-    Peer peer(in);
-    std::FILE* file = beginPpm(out, peer.width, peer.height);
-    std::vector<png_byte> line(3 * peer.width);
-    for (size_t y = 0; y < peer.height; ++y) {
-        png_read_row(peer.png, line.data(), nullptr);
-        std::fwrite(line.data(), 1, line.size(), file);
+class Bench {
+  public:
+    Bench(std::string self, int argc, char** argv)
+        : self_(std::move(self)),
+          directory_(argc > 1 ? argv[1] : "/dev/shm"),
+          runs_(argc > 2 ? std::atoi(argv[2]) : 7),
+          tool_(argc > 3 ? argv[3] : VORN_BENCH_TOOL) {
+        const Rgb picture = paint(6000, 4000);
+        writePng(file("photo", "png"), picture);
+        hasJpeg_ = writeJpeg(file("photo", "jpg"), picture);
     }
-    png_read_end(peer.png, nullptr);
-    return std::fclose(file);
-}
+    ~Bench() {
+        for (const std::string& name : files_) fs::remove(name);
+    }
+    Bench(const Bench&) = delete;
+    Bench& operator=(const Bench&) = delete;
 
-// The mean of each 2 by 2 pixels.
-void halve(const png_byte* above, const png_byte* below, png_byte* out, size_t width) {
-    for (size_t x = 0; x < width; ++x) {
-        for (size_t c = 0; c < 3; ++c) {
-            const size_t i = 6 * x + c;
-            const int sum = above[i] + above[i + 3] + below[i] + below[i + 3];
-            out[3 * x + c] = static_cast<png_byte>((sum + 2) / 4);
+    void run() {
+        for (const Job& job : kJobs) {
+            if (hasConvertPeer(job.name)) time(job);
         }
-    }
-}
-
-int halvePng(const char* in, const char* out) {
-    Peer peer(in);
-    std::FILE* file = beginPpm(out, peer.width / 2, peer.height / 2);
-    std::vector<png_byte> above(3 * peer.width), below(3 * peer.width), line(3 * peer.width / 2);
-    for (size_t y = 0; y < peer.height / 2; ++y) {
-        png_read_row(peer.png, above.data(), nullptr);
-        png_read_row(peer.png, below.data(), nullptr);
-        halve(above.data(), below.data(), line.data(), peer.width / 2);
-        std::fwrite(line.data(), 1, line.size(), file);
-    }
-    png_read_end(peer.png, nullptr);
-    return std::fclose(file);
-}
-
-void row(const char* name,
-         const std::vector<std::string>& tool,
-         const std::vector<std::string>& peer,
-         int runs) {
-    std::vector<double> wall[2], cpu[2];
-    for (int i = 0; i <= runs; ++i) {
-        for (int who = 0; who < 2; ++who) {
-            const Spent spent = run(who == 0 ? tool : peer);
-            if (i == 0) continue;  // brings files and programs into memory
-            wall[who].push_back(spent.wall);
-            cpu[who].push_back(spent.cpu);
+        for (const Job& job : kJobs) {
+            if (hasConvertPeer(job.name)) printMemory(job.name, ours(job));
         }
+        printMemory("PNG to PPM, mirrored", convert("photo", "png", "ppm", {"--orientation", "4"}));
+        for (const char* type : {"ppm", "png", "jpg", "tif", "bmp", "tga"}) weigh(type);
     }
-    std::printf(
-        "%-16s wall %7.1f ms, libpng %7.1f ms: %.3f   CPU %7.1f ms, libpng %7.1f ms: %.3f\n", name,
-        1e3 * median(wall[0]), 1e3 * median(wall[1]), median(wall[0]) / median(wall[1]),
-        1e3 * median(cpu[0]), 1e3 * median(cpu[1]), median(cpu[0]) / median(cpu[1]));
-    std::fflush(stdout);
-}
+
+  private:
+    // A file of the benchmark; it is removed in the end.
+    std::string file(const std::string& name, const std::string& type) {
+        files_.push_back(directory_ + "/vorn-bench-" + name + "." + type);
+        return files_.back();
+    }
+
+    std::vector<std::string> convert(const char* name,
+                                     const char* from,
+                                     const char* to,
+                                     const std::vector<std::string>& options = {}) {
+        std::vector<std::string> command = {tool_, "convert", file(name, from), file("ours", to)};
+        command.insert(command.end(), options.begin(), options.end());
+        return command;
+    }
+    std::vector<std::string> ours(const Job& job) {
+        return convert("photo", job.from, job.to, {"--size", job.size});
+    }
+
+    // The contestants make pictures of one size, to begin with.
+    void time(const Job& job) {
+        const std::vector<std::string> commands[] = {
+            ours(job), {self_, "--peer", job.name, file("photo", job.from), file("peer", job.to)}};
+        std::vector<double> wall[2], cpu[2];
+        for (int i = 0; i <= runs_; ++i) {
+            for (int who = 0; who < 2; ++who) {
+                const Spent spent = vorn_bench::run(commands[who]);
+                if (i == 0) continue;  // brings files and programs into memory
+                wall[who].push_back(spent.wall);
+                cpu[who].push_back(spent.cpu);
+            }
+        }
+        std::printf(
+            "%-24s wall %7.1f ms, libraries %7.1f ms: %.3f   CPU %7.1f ms, libraries %7.1f ms: "
+            "%.3f   bytes %.3f\n",
+            job.name, 1e3 * median(wall[0]), 1e3 * median(wall[1]),
+            median(wall[0]) / median(wall[1]), 1e3 * median(cpu[0]), 1e3 * median(cpu[1]),
+            median(cpu[0]) / median(cpu[1]),
+            static_cast<double>(fs::file_size(file("ours", job.to))) /
+                static_cast<double>(fs::file_size(file("peer", job.to))));
+        std::fflush(stdout);
+    }
+
+    // A format read and written.
+    void weigh(const char* type) {
+        if (std::strcmp(type, "jpg") == 0 && !hasJpeg_) return;
+        if (!fs::exists(file("photo", type))) {
+            vorn_bench::run({tool_, "convert", file("photo", "png"), file("photo", type)});
+        }
+        printMemory(std::string(type) + " to " + type, convert("photo", type, type));
+    }
+
+    const std::string self_, directory_;
+    const int runs_;
+    const std::string tool_;
+    bool hasJpeg_ = false;
+    std::vector<std::string> files_;
+};
 
 }  // namespace
 }  // namespace vorn_bench
 
 int main(int argc, char** argv) {
-    using namespace vorn_bench;
-    if (argc == 4 && std::strcmp(argv[1], "--copy") == 0) return copyPng(argv[2], argv[3]);
-    if (argc == 4 && std::strcmp(argv[1], "--halve") == 0) return halvePng(argv[2], argv[3]);
-    const std::string directory = argc > 2 ? argv[2] : "/dev/shm";
-    const std::string painted = directory + "/vorn-bench-photo.png";
-    const std::string in = argc > 1 ? argv[1] : painted;
-    const int runs = argc > 3 ? std::atoi(argv[3]) : 7;
-    const std::string tool = argc > 4 ? argv[4] : VORN_BENCH_TOOL;
-    const std::string ours = directory + "/vorn-bench-ours.ppm";
-    const std::string theirs = directory + "/vorn-bench-libpng.ppm";
-    if (argc < 2) writePng(painted, paint(6000, 4000));
-    row("PNG to PPM", {tool, "convert", in, ours}, {argv[0], "--copy", in, theirs}, runs);
-    row("PNG to 50 % PPM", {tool, "convert", in, ours, "--size", "50%"},
-        {argv[0], "--halve", in, theirs}, runs);
-    printMemory("PNG to PPM", {tool, "convert", in, ours});
-    printMemory("PNG to 50 % PPM", {tool, "convert", in, ours, "--size", "50%"});
-    printMemory("PNG to PPM, mirrored", {tool, "convert", in, ours, "--orientation", "4"});
-    printMemory("50 % PPM to PNG", {tool, "convert", theirs, ours, "--saver", "png"});
-    for (const std::string& file : {painted, ours, theirs}) std::remove(file.c_str());
+    if (argc == 5 && std::strcmp(argv[1], "--peer") == 0) {
+        return vorn_bench::convertPeer(argv[2], argv[3], argv[4]);
+    }
+    vorn_bench::Bench(argv[0], argc, argv).run();
     return 0;
 }

@@ -105,12 +105,15 @@ double deathOfProgram() {
 }  // namespace
 
 void startRows() {
-    for (const char* loader : {"pnm", "png"}) {
+    const auto start = [](const char* loader, const char* libraries, const char* linkedAlike) {
         compare(std::string("Start to the first acknowledgement, ") + loader + " loader", kTurns,
-                {{"vorn", [loader] { return moduleStart(loader); }},
+                {{"vorn", [=] { return moduleStart(loader); }},
                  {"program that only says so", [] { return programStart("trivial"); }},
-                 {"the same, linked with libvorn", [] { return programStart("trivial_vorn"); }}});
-    }
+                 {std::string("the same, linked with ") + libraries,
+                  [=] { return programStart(linkedAlike); }}});
+    };
+    start("pnm", "libvorn", "trivial_vorn");
+    start("png", "libvorn and libpng", "trivial_png");
     compare("Death to its news", kTurns,
             {{"vorn", deathOfModule}, {"poll on the process", deathOfProgram}});
 }

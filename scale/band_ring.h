@@ -24,6 +24,9 @@ class BandRing {
     }
     int32_t writeLine() const { return static_cast<int32_t>((written_ - base_) % capacity_); }
 
+    // Lines that can be put one below the other, the ring's last line at most.
+    int32_t freeBelow() const { return std::min(capacity_ - waiting(), capacity_ - writeLine()); }
+
     // Puts lines in, at most until the ring is full.
     void put(int32_t lines) {
         written_ += std::clamp<int64_t>(lines, 0, capacity_ - (written_ - read_));

@@ -49,7 +49,8 @@ void vertical(Sample* out,
 template <class Sample>
 constexpr BicubicKernels<Sample> kPlain = {
     {nullptr, horizontal<Sample, 1>, nullptr, horizontal<Sample, 3>, horizontal<Sample, 4>},
-    vertical<Sample>};
+    vertical<Sample>,
+    {}};
 
 }  // namespace
 

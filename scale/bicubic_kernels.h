@@ -14,6 +14,8 @@ namespace vorn {
 
 template <class Sample>
 struct BicubicKernels {
+    static constexpr int32_t kMostLines = 4;
+
     // Filters a line of plan.inSize pixels to plan.outSize pixels. One form for each number of
     // channels in a group.
     using Horizontal = void (*)(int32_t* row, const Sample* line, const BicubicPlan& plan);
@@ -25,6 +27,14 @@ struct BicubicKernels {
                      const int16_t* weights,
                      int32_t rowCount,
                      size_t count);
+
+    // Makes as many lines as the index says at once, `lineStep` samples apart, from the same four
+    // rows. Each line has weights of its own, one behind the other. Some are null.
+    void (*fourRows[kMostLines + 1])(Sample* out,
+                                     ptrdiff_t lineStep,
+                                     const int32_t* const* rows,
+                                     const int16_t* weights,
+                                     size_t count);
 };
 
 // A weighted sum of samples on the rows' scale. 8-bit samples are widened by repeating them.

@@ -94,9 +94,10 @@ bool BicubicPlan::build(int32_t in, int32_t out, double blur) {
 
 // The source items of every position; the result is the number of weights, 0 when memory is short.
 size_t BicubicPlan::placeContributions(const Filter& filter) {
-    contributions.reset(static_cast<Contribution*>(
-        AllocMemory(static_cast<size_t>(outSize) * sizeof(Contribution), 0)));
-    if (!contributions) return 0;
+    const auto items = static_cast<size_t>(outSize);
+    contributions.reset(static_cast<Contribution*>(AllocMemory(items * sizeof(Contribution), 0)));
+    firsts.reset(static_cast<int32_t*>(AllocMemory(items * sizeof(int32_t), 0)));
+    if (!contributions || !firsts) return 0;
     size_t total = 0;
     maxCount = 0;
     double centre = 0.5 * filter.ratio - 0.5;
@@ -107,6 +108,7 @@ size_t BicubicPlan::placeContributions(const Filter& filter) {
         const int32_t last = std::clamp(static_cast<int32_t>(right), first, inSize - 1);
         const int32_t count = last - first + 1;
         contributions.get()[i] = {first, count, total};
+        firsts.get()[i] = first;
         maxCount = std::max(maxCount, count);
         total += static_cast<size_t>((count + kWeightRun - 1) / kWeightRun * kWeightRun);
     }
@@ -140,6 +142,7 @@ bool BicubicPlan::fillWeights(const Filter& filter) {
 
 void BicubicPlan::release() {
     contributions.reset();
+    firsts.reset();
     weights.reset();
 }
 

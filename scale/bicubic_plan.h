@@ -19,6 +19,7 @@ inline constexpr int32_t kWeightRun = 4;
 
 struct BicubicPlan {
     Owned<Contribution> contributions;  // one for each destination item
+    Owned<int32_t> firsts;              // their first source items once more, side by side
     Owned<int16_t> weights;
     int32_t maxCount = 0;
     int32_t inSize = 0;

@@ -1,5 +1,7 @@
 #include "scale/bicubic_scaler.h"
 
+#include <algorithm>
+
 #include "scale/bicubic_kernels.h"
 
 namespace vorn {
@@ -56,28 +58,48 @@ void BicubicScaler::makeRows() {
     }
 }
 
-void BicubicScaler::makeLine() {
-    if (bytes_ == 1) {
-        makeLineOf<uint8_t>();
-    } else {
-        makeLineOf<uint16_t>();
+int32_t BicubicScaler::makeLines(int32_t most) {
+    const int32_t lines = bytes_ == 1 ? makeLinesOf<uint8_t>(most) : makeLinesOf<uint16_t>(most);
+    nextLine_ += lines;
+    return lines;
+}
+
+// The next destination lines that are made of the same four rows, as enlarging has it.
+int32_t BicubicScaler::linesOfSameRows(int32_t most) const {
+    const Contribution* entry = sourceLines_.contributions.get() + nextLine_;
+    int32_t lines = 1;
+    for (const ChannelGroup& group : lines_.groups()) {
+        if (!group.destinationPacked) return lines;
     }
-    ++nextLine_;
+    while (lines < most && entry[lines].first == entry->first && entry->count == 4 &&
+           entry[lines].count == 4) {
+        ++lines;
+    }
+    return lines;
 }
 
 template <class Sample>
-void BicubicScaler::makeLineOf() {
+int32_t BicubicScaler::makeLinesOf(int32_t most) {
+    const BicubicKernels<Sample>& kernels = bicubicKernels<Sample>();
     const Contribution& entry = sourceLines_.contributions.get()[nextLine_];
-    const auto width = static_cast<size_t>(dstWidth_);
+    const int16_t* weights = sourceLines_.weights.get() + entry.weights;
+    int32_t lines = linesOfSameRows(std::min(most, kernels.kMostLines));
+    while (lines > 1 && !kernels.fourRows[lines]) --lines;
     for (const ChannelGroup& group : lines_.groups()) {
         for (int32_t k = 0; k < entry.count; ++k) {
             lineRows_.get()[k] = rowOf(entry.first + k, group);
         }
-        bicubicKernels<Sample>().vertical(destinationLine<Sample>(group), lineRows_.get(),
-                                          sourceLines_.weights.get() + entry.weights, entry.count,
-                                          width * static_cast<size_t>(group.channels));
-        finishDestinationLine(group);
+        auto* out = destinationLine<Sample>(group);
+        const size_t count = static_cast<size_t>(dstWidth_) * static_cast<size_t>(group.channels);
+        if (lines > 1) {
+            kernels.fourRows[lines](out, destinationLineStep<Sample>(group), lineRows_.get(),
+                                    weights, count);
+        } else {
+            kernels.vertical(out, lineRows_.get(), weights, entry.count, count);
+            finishDestinationLine(group);
+        }
     }
+    return lines;
 }
 
 }  // namespace vorn

@@ -15,13 +15,15 @@ class BicubicScaler final : public BandScaler {
     bool prepare() override;
     void release() override;
     bool takeLines() override;
-    void makeLine() override;
+    void makeLine() override { makeLines(1); }
+    int32_t makeLines(int32_t most) override;
 
   private:
     template <class Sample>
     void makeRows();
     template <class Sample>
-    void makeLineOf();
+    int32_t makeLinesOf(int32_t most);
+    int32_t linesOfSameRows(int32_t most) const;
     int32_t* rowOf(int32_t line, const ChannelGroup& group) const;
 
     BicubicPlan samples_;

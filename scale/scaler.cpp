@@ -1,5 +1,7 @@
 #include "scale/scaler.h"
 
+#include <algorithm>
+
 namespace vorn {
 
 int32_t BandScaler::checkJob(const ScaleJob& job) const {
@@ -52,11 +54,16 @@ void BandScaler::EndScale() {
     lines_.release();
 }
 
+// One after the other when each is announced, for nothing beyond it may be written then.
+int32_t BandScaler::linesAtOnce() const {
+    const auto left = static_cast<int32_t>(dstLines_ - destinationRing_.written());
+    return lineCallback_ ? 1 : std::min(left, destinationRing_.freeBelow());
+}
+
 int32_t BandScaler::SendData() {
     if (!ready_) return VORN_S_CANT_GO_ON;
     while (!destinationRing_.full() && !allLinesMade() && takeLines()) {
-        makeLine();
-        destinationRing_.put(1);
+        destinationRing_.put(makeLines(linesAtOnce()));
         if (lineCallback_ && lineCallback_(userData_) != 0) return VORN_S_STOPPED;
     }
     const bool linesDue = sourceRing_.empty() && sourceRing_.written() < srcLines_;

@@ -65,6 +65,13 @@ class BandScaler : public Scaler {
     // Makes the next destination line.
     virtual void makeLine() = 0;
 
+    // Makes at least one and at most `most` destination lines from the source lines taken; the
+    // result is how many. There is room for all of them, one below the other.
+    virtual int32_t makeLines([[maybe_unused]] int32_t most) {
+        makeLine();
+        return 1;
+    }
+
     int32_t srcWidth_ = 0;
     int32_t srcLines_ = 0;
     int32_t dstWidth_ = 0;
@@ -85,6 +92,11 @@ class BandScaler : public Scaler {
     Sample* destinationLine(const ChannelGroup& group) {
         return static_cast<Sample*>(lines_.destination(group, destinationRing_.writeLine()));
     }
+    template <class Sample>  // of a group that is packed there
+    ptrdiff_t destinationLineStep(const ChannelGroup& group) const {
+        return lines_.destinationRecord().lineStep[group.first] /
+               static_cast<ptrdiff_t>(sizeof(Sample));
+    }
     void finishDestinationLine(const ChannelGroup& group) {
         lines_.finish(group, destinationRing_.writeLine());
     }
@@ -93,6 +105,7 @@ class BandScaler : public Scaler {
     int32_t checkJob(const ScaleJob& job) const;
     bool start(const ScaleJob& job);
     bool allLinesMade() const { return destinationRing_.written() >= dstLines_; }
+    int32_t linesAtOnce() const;
 
     SizeRange range_;
     bool ready_ = false;

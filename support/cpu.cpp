@@ -1,33 +1,47 @@
 #include "support/cpu.h"
 
+#include <algorithm>
+
 #include "support/thread_state.h"
 
 namespace vorn {
 namespace {
 
 struct KernelChoice {
-    bool plain = false;
+    KernelLevel newest = KernelLevel::Newest;
 };
+
+KernelLevel processorLevel() {
+#if defined(VORN_X86)
+    if (!__builtin_cpu_supports("avx2")) return KernelLevel::Plain;
+    if (__builtin_cpu_supports("avx512bw") && __builtin_cpu_supports("avx512vl")) {
+        return KernelLevel::Newest;
+    }
+    return KernelLevel::Avx2;
+#else
+    return KernelLevel::Plain;
+#endif
+}
 
 }  // namespace
 
-bool useAvx2() {
+KernelLevel kernelLevel() {
+    static const KernelLevel kProcessor = processorLevel();
+    return std::min(kProcessor, threadState<KernelChoice>().newest);
+}
+
+bool useAvx2() { return kernelLevel() >= KernelLevel::Avx2; }
+
+bool useMaskedStores() { return kernelLevel() == KernelLevel::Newest; }
+
+bool useWordSums() {
 #if defined(VORN_X86)
-    return __builtin_cpu_supports("avx2") != 0 && !threadState<KernelChoice>().plain;
+    return useMaskedStores() && __builtin_cpu_supports("avx512vnni") != 0;
 #else
     return false;
 #endif
 }
 
-bool useMaskedStores() {
-#if defined(VORN_X86)
-    return useAvx2() && __builtin_cpu_supports("avx512bw") != 0 &&
-           __builtin_cpu_supports("avx512vl") != 0;
-#else
-    return false;
-#endif
-}
-
-void forcePlainKernels(bool plain) { threadState<KernelChoice>().plain = plain; }
+void limitKernels(KernelLevel newest) { threadState<KernelChoice>().newest = newest; }
 
 }  // namespace vorn

@@ -24,14 +24,18 @@ int32_t dotsPerInch(int32_t perMetre) {
 formats::Description BmpLoader::open(formats::InputFile file) {
     file_ = std::move(file);
     header_ = readHeader(file_);
-    file_.seek(header_.pixels);
     width_ = static_cast<size_t>(header_.width);
     raw_.resize((width_ * header_.bits + 31) / 32 * 4);
+    upward_ = !header_.topDown && !hasRuns();
+    if (upward_)
+        lines_.start(file_, header_.pixels, raw_.size(), static_cast<size_t>(header_.height));
+    else
+        file_.seek(header_.pixels);
 
     formats::Description image;
     image.width = header_.width;
     image.height = header_.height;
-    image.orientation = header_.topDown ? 0 : kMirroredLines;
+    image.orientation = header_.topDown || upward_ ? 0 : kMirroredLines;
     image.channels = 3;
     if (header_.bits <= 8) {
         image.channels = 1;
@@ -55,38 +59,39 @@ formats::Description BmpLoader::open(formats::InputFile file) {
 }
 
 void BmpLoader::readLine(uint8_t* line) {
-    if (header_.compression == kRunLength8 || header_.compression == kRunLength4) {
+    if (hasRuns()) {
         readRuns(line);
         return;
     }
-    file_.readExactly(raw_.data(), raw_.size());
+    if (!upward_) file_.readExactly(raw_.data(), raw_.size());
+    const uint8_t* raw = upward_ ? lines_.next() : raw_.data();
     if (header_.bits <= 8) {
-        readIndices(line);
+        readIndices(line, raw);
     } else if (header_.bits == 24) {
-        for (size_t x = 0; x < width_; ++x, line += 3) {
-            line[0] = raw_[3 * x + 2];
-            line[1] = raw_[3 * x + 1];
-            line[2] = raw_[3 * x];
+        for (size_t x = 0; x < width_; ++x, line += 3, raw += 3) {
+            line[0] = raw[2];
+            line[1] = raw[1];
+            line[2] = raw[0];
         }
     } else {
-        readFields(line);
+        readFields(line, raw);
     }
 }
 
-void BmpLoader::readIndices(uint8_t* line) {
+void BmpLoader::readIndices(uint8_t* line, const uint8_t* raw) const {
     const size_t bits = header_.bits;
     const unsigned mask = (1u << bits) - 1;
     for (size_t x = 0; x < width_; ++x) {
         const size_t bit = x * bits;
-        line[x] = static_cast<uint8_t>(raw_[bit / 8] >> (8 - bits - bit % 8) & mask);
+        line[x] = static_cast<uint8_t>(raw[bit / 8] >> (8 - bits - bit % 8) & mask);
     }
 }
 
-void BmpLoader::readFields(uint8_t* line) {
+void BmpLoader::readFields(uint8_t* line, const uint8_t* raw) const {
     const size_t bytes = header_.bits / 8;
     const size_t channels = alpha_ ? 4 : 3;
     for (size_t x = 0; x < width_; ++x) {
-        const uint32_t pixel = formats::littleEndian(&raw_[x * bytes], bytes);
+        const uint32_t pixel = formats::littleEndian(raw + x * bytes, bytes);
         for (size_t c = 0; c < channels; ++c) *line++ = header_.fields[c].sample(pixel);
     }
 }

@@ -49,6 +49,11 @@ bool isKnown(int kind, unsigned bits, const uint8_t* head) {
     return (kind == kColor && isColorDepth(bits)) || (kind == kGrey && (bits == 8 || bits == 16));
 }
 
+// That the colour map takes in the file.
+size_t mapBytes(const uint8_t* head) {
+    return size_t{littleEndian(&head[5], 2)} * ((head[7] + 7u) / 8);
+}
+
 }  // namespace
 
 // TGA has no mark at its start: what is not one of its kinds is of another format.
@@ -67,8 +72,9 @@ formats::Description TgaLoader::open(formats::InputFile file) {
     image.height = static_cast<int32_t>(littleEndian(&head[14], 2));
     if (image.width < 1 || image.height < 1) throw Failure{formats::kDamaged};
     width_ = static_cast<size_t>(image.width);
-    const int corner = (head[17] & kRightToLeft ? 1 : 0) + (head[17] & kTopDown ? 2 : 0);
-    image.orientation = kOrientations[corner];
+    upward_ = !runLength_ && !(head[17] & kTopDown);
+    const bool fromTop = upward_ || head[17] & kTopDown;
+    image.orientation = kOrientations[(head[17] & kRightToLeft ? 1 : 0) + (fromTop ? 2 : 0)];
 
     std::string note(head[0], '\0');
     file_.readExactly(note.data(), note.size());
@@ -76,6 +82,11 @@ formats::Description TgaLoader::open(formats::InputFile file) {
     if (!note.empty()) image.tags.text(ITAG_Description, note);
     if (head[1] == 1) readMap(head);
     chooseColors(image);
+    if (upward_) {
+        const size_t before = kHeadSize + head[0] + (head[1] == 1 ? mapBytes(head) : 0);
+        lines_.start(file_, static_cast<int64_t>(before), width_ * pixelBytes(),
+                     static_cast<size_t>(image.height));
+    }
     return image;
 }
 
@@ -84,7 +95,7 @@ void TgaLoader::readMap(const uint8_t* head) {
     const uint32_t count = littleEndian(&head[5], 2);
     const unsigned bits = head[7];
     const size_t bytes = (bits + 7) / 8;
-    std::vector<uint8_t> raw(count * bytes);
+    std::vector<uint8_t> raw(mapBytes(head));
     file_.readExactly(raw.data(), raw.size());
     if (kind_ != kIndexed) return;
     if (count == 0) throw Failure{formats::kDamaged};
@@ -118,9 +129,12 @@ void TgaLoader::chooseColors(formats::Description& image) {
 }
 
 void TgaLoader::readLine(uint8_t* line) {
+    const uint8_t* raw = upward_ ? lines_.next() : nullptr;
     for (size_t x = 0; x < width_; ++x) {
         if (runLength_)
             readRunPixel();
+        else if (upward_)
+            pixel_ = littleEndian(raw + x * pixelBytes(), pixelBytes());
         else
             readPixel();
         store(line);
@@ -129,7 +143,7 @@ void TgaLoader::readLine(uint8_t* line) {
 
 void TgaLoader::readPixel() {
     uint8_t bytes[4];
-    const size_t count = (bits_ + 7) / 8;
+    const size_t count = pixelBytes();
     for (size_t i = 0; i < count; ++i) {
         const int byte = file_.nextByte();
         if (byte < 0) throw Failure{formats::kDamaged};

@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "formats/common/loader.h"
+#include "formats/common/upward_lines.h"
 
 namespace tga {
 
@@ -15,6 +16,7 @@ class TgaLoader final : public formats::Loader {
   private:
     void readMap(const uint8_t* head);
     void chooseColors(formats::Description& image);
+    size_t pixelBytes() const { return (bits_ + 7) / 8; }
     void readPixel();
     void readRunPixel();
     void store(uint8_t*& line) const;
@@ -22,8 +24,10 @@ class TgaLoader final : public formats::Loader {
     formats::InputFile file_;
     int kind_ = 0;  // the image type without its run-length bit
     bool runLength_ = false;
-    unsigned bits_ = 0;       // of a pixel
-    unsigned alphaBits_ = 0;  // of a pixel
+    unsigned bits_ = 0;           // of a pixel
+    unsigned alphaBits_ = 0;      // of a pixel
+    bool upward_ = false;         // lines are read from the end of the file on
+    formats::UpwardLines lines_;  // where they are
     size_t width_ = 0;
     size_t channels_ = 0;
     bool indexed_ = false;      // indices are handed on, not colours

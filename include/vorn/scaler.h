@@ -87,7 +87,8 @@ VORN_API const char* VORN_S_ChooseScaler(int32_t srcWidth,
  * next VORN_S_InitScale; so are their pixels. What the records say now counts for the whole image
  * (a band holds `height` lines, at least 1), but the height of the source record: see
  * VORN_S_FILL_SOURCE below.
- * lineCallback: may be NULL. userData is passed to it.
+ * lineCallback: may be NULL; lines are then made several at a time where that is faster. userData
+ * is passed to it.
  *
  * The result is VORN_S_READY (1) or negative: -1, -2, -3, -5. After a failure nothing is left
  * allocated and the scaler can be set up again or freed. No error pair is recorded. */

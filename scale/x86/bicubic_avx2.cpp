@@ -1,6 +1,7 @@
 #include <algorithm>
 
 #include "scale/x86/kernels.h"
+#include "support/cpu.h"
 #include "support/x86/avx2.h"
 
 namespace vorn::x86 {
@@ -84,6 +85,29 @@ VORN_AVX2 void vertical(Sample* out,
     } else if (i < count) {
         plainBicubicKernels<Sample>().vertical(out, rows, weights, rowCount, count);
     }
+}
+
+// Two lines of the same rows: each row is loaded once.
+template <class Sample>
+VORN_AVX2 void twoLines(Sample* out,
+                        ptrdiff_t lineStep,
+                        const int32_t* const* rows,
+                        const int16_t* weights,
+                        size_t count) {
+    const FourRows first = fourRows(rows, weights);
+    const FourRows second = fourRows(rows, weights + 4);
+    size_t i = 0;
+    for (; i + 16 <= count; i += 16) {
+        const __m256i low[2] = {columnSums(first, i), columnSums(second, i)};
+        const __m256i high[2] = {columnSums(first, i + 8), columnSums(second, i + 8)};
+        storeSamples(out + i, low[0], high[0]);
+        storeSamples(out + lineStep + i, low[1], high[1]);
+    }
+    const int32_t* left[4];
+    for (int k = 0; k < 4; ++k) left[k] = rows[k] + i;
+    const auto& plain = plainBicubicKernels<Sample>();
+    plain.vertical(out + i, left, weights, 4, count - i);
+    plain.vertical(out + lineStep + i, left, weights + 4, 4, count - i);
 }
 
 // ---- Samples of lines to rows
@@ -270,9 +294,18 @@ void overwriteAll(BicubicKernels<Sample>& kernels) {
     kernels.horizontal[3] = horizontal<Sample, 3>;
     kernels.horizontal[4] = horizontal<Sample, 4>;
     kernels.vertical = vertical<Sample>;
+    kernels.fourRows[2] = twoLines<Sample>;
+    if (useWordSums()) overwriteNewest(kernels);
 }
 
 }  // namespace
+
+void bicubicRowAvx2(int32_t* row, const uint8_t* line, const BicubicPlan& plan) {
+    horizontal1(row, line, plan);
+}
+void bicubicRowAvx2(int32_t* row, const uint16_t* line, const BicubicPlan& plan) {
+    horizontal1(row, line, plan);
+}
 
 void overwrite(BicubicKernels<uint8_t>& kernels) { overwriteAll(kernels); }
 void overwrite(BicubicKernels<uint16_t>& kernels) { overwriteAll(kernels); }

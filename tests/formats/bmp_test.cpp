@@ -50,27 +50,27 @@ struct Case {
 const Case kCases[] = {
     {"1 bit",
      file(9, 1, 1, 0, {kFourColors.begin(), kFourColors.begin() + 8}, {0xA0, 0x80, 0, 0}),
-     6,
+     0,
      {1, 0, 1, 0, 0, 0, 0, 0, 1}},
-    {"2 bits", file(3, 1, 2, 0, kFourColors, {0x1B, 0, 0, 0}), 6, {0, 1, 2}},
+    {"2 bits", file(3, 1, 2, 0, kFourColors, {0x1B, 0, 0, 0}), 0, {0, 1, 2}},
     {"4 bits, the top line first",
      file(3, -2, 4, 0, kFourColors, {0x12, 0x30, 0, 0, 0x01, 0, 0, 0}),
      0,
      {1, 2, 3, 0, 1, 0}},
-    {"8 bits", file(1, 2, 8, 0, kFourColors, {3, 0, 0, 0, 1, 0, 0, 0}), 6, {3, 1}},
+    {"8 bits", file(1, 2, 8, 0, kFourColors, {3, 0, 0, 0, 1, 0, 0, 0}), 0, {1, 3}},
     {"5 bits a channel",
      file(2, 1, 16, 0, {}, {0x1F, 0x7C, 0xE0, 0x03}),
-     6,
+     0,
      {255, 0, 255, 0, 255, 0}},
     {"5, 6 and 5 bits",
      file(1, 1, 16, 3, {0, 0xF8, 0, 0, 0xE0, 7, 0, 0, 0x1F, 0, 0, 0}, {0x00, 0x84, 0, 0}),
-     6,
+     0,
      {132, 130, 0}},
-    {"24 bits", file(1, 1, 24, 0, {}, {1, 2, 3, 0}), 6, {3, 2, 1}},
-    {"32 bits, of which 8 mean nothing", file(1, 1, 32, 0, {}, {1, 2, 3, 77}), 6, {3, 2, 1}},
+    {"24 bits", file(1, 1, 24, 0, {}, {1, 2, 3, 0}), 0, {3, 2, 1}},
+    {"32 bits, of which 8 mean nothing", file(1, 1, 32, 0, {}, {1, 2, 3, 77}), 0, {3, 2, 1}},
     {"32 bits with alpha",
      file(1, 1, 32, 6, {0xFF, 0, 0, 0, 0, 0xFF, 0, 0, 0, 0, 0xFF, 0, 0, 0, 0, 0xFF}, {1, 2, 3, 77}),
-     6,
+     0,
      {1, 2, 3, 77}},
     {"runs of bytes",
      file(4, 3, 8, 1, kFourColors, {3, 2, 0, 0, 0, 3, 1, 2, 3, 0, 0, 0, 9, 1, 0, 1}),
@@ -131,12 +131,10 @@ TEST(BmpSaver, WhatItWritesReadsBackTheSame) {
             auto words = imageWords(301, height, channels, VORN_CS_RGB);
             words.insert(words.end(), {ITAG_XDPI, 300});
             save<BmpSaver>(files.path("a.bmp"), words, samples);
-            LoadedImage back = load<BmpLoader>(files.path("a.bmp"));
+            const LoadedImage back = load<BmpLoader>(files.path("a.bmp"));
             ASSERT_EQ(back.image.channels, static_cast<int32_t>(channels));
             EXPECT_EQ(tagsOf(back.image)[ITAG_YDPI], 300u);
-            for (size_t y = 0; y < height; ++y)
-                ASSERT_TRUE(std::equal(&samples[y * lineBytes], &samples[y * lineBytes] + lineBytes,
-                                       &back.samples[(height - 1 - y) * lineBytes]));
+            EXPECT_TRUE(back.samples == samples);
         }
     }
 }

@@ -117,7 +117,7 @@ class Kernels : public testing::Test {
                                 const Layout& out,
                                 int width,
                                 uint32_t code,
-                                bool plain,
+                                KernelLevel level,
                                 bool atEnd,
                                 const std::vector<uint8_t>& from,
                                 const std::vector<uint8_t>& to) {
@@ -127,20 +127,22 @@ class Kernels : public testing::Test {
         const VORN_ChunkyBuffer source = in.record(source_.bytes(from.size(), atEnd), width);
         const VORN_ChunkyBuffer destination = out.record(made, width);
         palette_.record.bytesPerChannel = out.bytes;
-        forcePlainKernels(plain);
+        limitKernels(level);
         VORN_L_CopyCBtoCB(&source, &destination, 0, 0, code, &palette_.record);
-        forcePlainKernels(false);
+        limitKernels(KernelLevel::Newest);
         return {made, made + to.size()};
     }
 
     void compare(const Layout& in, const Layout& out, int width, uint32_t code) {
         const std::vector<uint8_t> from = randomBytes(in.size(width));
         const std::vector<uint8_t> to = randomBytes(out.size(width));
-        const std::vector<uint8_t> expected = copied(in, out, width, code, true, false, from, to);
-        for (const bool atEnd : {false, true}) {
-            ASSERT_EQ(copied(in, out, width, code, false, atEnd, from, to), expected)
-                << "code " << code << ", width " << width << ", layout " << &in - kLayouts << " to "
-                << &out - kLayouts;
+        const std::vector<uint8_t> expected =
+            copied(in, out, width, code, KernelLevel::Plain, false, from, to);
+        for (const int way : {0, 1, 2, 3}) {
+            const KernelLevel level = way < 2 ? KernelLevel::Newest : KernelLevel::Avx2;
+            ASSERT_EQ(copied(in, out, width, code, level, way % 2 == 0, from, to), expected)
+                << "level " << static_cast<int>(level) << ", code " << code << ", width " << width
+                << ", layout " << &in - kLayouts << " to " << &out - kLayouts;
         }
     }
 
@@ -180,12 +182,12 @@ TEST(Conversions, AreExactInTheCorners) {
                                                     1, code < 5 ? 1 : 3);
             Picture expected = empty.clone();
             slowLineCopy(source, expected, 0, 0, code, nullptr);
-            for (const bool plain : {true, false}) {
+            for (const KernelLevel level : {KernelLevel::Plain, KernelLevel::Newest}) {
                 const Picture made = empty.clone();
-                forcePlainKernels(plain);
+                limitKernels(level);
                 VORN_L_CopyCBtoCB(&source.record, &made.record, 0, 0, static_cast<uint32_t>(code),
                                   nullptr);
-                forcePlainKernels(false);
+                limitKernels(KernelLevel::Newest);
                 EXPECT_EQ(made.memory, expected.memory) << "code " << code << ", sizes " << sizes;
             }
         }

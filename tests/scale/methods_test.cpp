@@ -11,6 +11,8 @@
 namespace vorn_test {
 namespace {
 
+using vorn::KernelLevel;
+
 struct Method {
     const char* name;
     Image (*reference)(const Image&, int32_t, int32_t);
@@ -57,6 +59,7 @@ ScaleRun randomRun(Random& random, const Method& method, const Image& image) {
     run.destinationBand = between(random, 0, 2) ? between(random, 1, 9) : run.lines;
     run.sourceMask = randomMask(random);
     run.destinationMask = randomMask(random);
+    run.announced = between(random, 0, 2) == 0;
     return run;
 }
 
@@ -83,19 +86,17 @@ void compareWithReference(const Method& method, unsigned seed) {
 
 class MethodTest : public testing::TestWithParam<Method> {
   protected:
-    void TearDown() override { vorn::forcePlainKernels(false); }
+    void TearDown() override { vorn::limitKernels(vorn::KernelLevel::Newest); }
 };
 
-TEST_P(MethodTest, MakesTheSamplesOfItsReferenceWithAnyBandsAndLayouts) {
-    for (unsigned seed = 1; seed <= 1500 && !HasFailure(); ++seed) {
-        compareWithReference(GetParam(), seed);
-    }
-}
-
-TEST_P(MethodTest, MakesTheSamplesOfItsReferenceWithPlainKernels) {
-    vorn::forcePlainKernels(true);
-    for (unsigned seed = 5001; seed <= 5300 && !HasFailure(); ++seed) {
-        compareWithReference(GetParam(), seed);
+TEST_P(MethodTest, MakesTheSamplesOfItsReferenceWithAnyKernelsBandsAndLayouts) {
+    for (const KernelLevel level : {KernelLevel::Plain, KernelLevel::Avx2, KernelLevel::Newest}) {
+        vorn::limitKernels(level);
+        const unsigned first = 2000 * static_cast<unsigned>(level);
+        const unsigned count = level == KernelLevel::Plain ? 300 : 1000;
+        for (unsigned seed = first; seed < first + count && !HasFailure(); ++seed) {
+            compareWithReference(GetParam(), seed);
+        }
     }
 }
 
@@ -110,7 +111,9 @@ TEST_P(MethodTest, MakesTheSamplesOfItsReferenceAtEveryWidth) {
                 ScaleRun run;
                 run.method = method.name;
                 run.width = between(random, method.smallest, 130);
-                run.lines = between(random, method.smallest, 9);
+                run.lines = between(random, method.smallest, 19);
+                run.destinationBand = between(random, 1, 12);
+                run.announced = false;
                 const Image made = scaleThrough(image, run);
                 ASSERT_TRUE(method.reference(image, run.width, run.lines) == made)
                     << width << "x5x" << channels << " of " << bytes << " bytes, " << run;

@@ -17,6 +17,7 @@ struct ScaleRun {
     Layout destinationLayout = Layout::Interleaved;
     int32_t sourceBand = 1, destinationBand = 1;
     unsigned sourceMask = 0xFF, destinationMask = 0xFF;  // channels present
+    bool announced = true;                               // with a line callback
     std::string codes;                                   // out: every answer of SendData
 
     friend std::ostream& operator<<(std::ostream& out, const ScaleRun& run) {
@@ -24,7 +25,7 @@ struct ScaleRun {
                    << static_cast<int>(run.sourceLayout) << " "
                    << static_cast<int>(run.destinationLayout) << ", bands " << run.sourceBand << " "
                    << run.destinationBand << ", masks " << run.sourceMask << " "
-                   << run.destinationMask;
+                   << run.destinationMask << (run.announced ? "" : ", not announced");
     }
 };
 
@@ -53,8 +54,9 @@ inline Image scaleThrough(const Image& image, ScaleRun& run) {
     Image result(run.width, run.lines, image.channels, image.bytes);
     int32_t read = 0, made = 0, taken = 0;
     VORN_Scaler* scaler = VORN_S_AllocScaler(run.method);
-    EXPECT_EQ(VORN_S_READY, VORN_S_InitScale(scaler, image.lines, run.lines, &source.record,
-                                             &destination.record, countLine, &made));
+    EXPECT_EQ(VORN_S_READY,
+              VORN_S_InitScale(scaler, image.lines, run.lines, &source.record, &destination.record,
+                               run.announced ? countLine : nullptr, &made));
     int32_t code = VORN_S_FILL_SOURCE;
     const unsigned present = run.sourceMask & run.destinationMask;
     while (code != VORN_S_FINISHED) {
@@ -69,6 +71,7 @@ inline Image scaleThrough(const Image& image, ScaleRun& run) {
             fillBand(source, image, read);
         }
         if (code != VORN_S_TAKE_DESTINATION) continue;
+        if (!run.announced) made = std::min(taken + run.destinationBand, run.lines);
         for (; taken < made; ++taken) {
             for (int32_t c = 0; c < image.channels; ++c) {
                 if (!((present >> c) & 1)) continue;
