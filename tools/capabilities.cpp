@@ -78,7 +78,13 @@ bool Capabilities::handlesColorSpace(int32_t colorSpace) const {
 }
 
 bool Capabilities::handlesDepth(int32_t bits) const {
-    return VORN_L_CheckDepthLegality(pointers(bitsPerChannel).data(), bits);
+    // What has 9 to 15 bits is told in samples of 16.
+    return VORN_L_CheckDepthLegality(pointers(bitsPerChannel).data(), bits) ||
+           (bits == 16 && deepest() > 8);
+}
+
+int32_t Capabilities::deepest() const {
+    return VORN_L_GetMaxDepth(pointers(bitsPerChannel).data());
 }
 
 bool Capabilities::handlesSize(int32_t width, int32_t height) const {

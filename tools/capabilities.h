@@ -25,6 +25,7 @@ struct Capabilities {
 
     bool handlesColorSpace(int32_t colorSpace) const;
     bool handlesDepth(int32_t bits) const;
+    int32_t deepest() const;
     bool handlesSize(int32_t width, int32_t height) const;
     bool handlesExtension(const std::string& extension) const;
 };

@@ -1,5 +1,6 @@
 #include "tools/losses.h"
 
+#include <algorithm>
 #include <vector>
 
 #include "tools/table.h"
@@ -27,7 +28,7 @@ std::string lossesOf(const ImageDescription& image,
     if (image.alpha && !plan.readAlpha) {
         losses.emplace_back("the alpha channel");
     }
-    const int32_t bits = 8 * plan.bytesPerChannel;
+    const int32_t bits = std::min(8 * plan.bytesPerChannel, saver.deepest());
     if (!wishes.depth && image.bitsPerChannel > bits) {
         losses.push_back(std::to_string(image.bitsPerChannel) + " bits per channel (" +
                          std::to_string(bits) + " are kept)");

@@ -21,7 +21,8 @@ enum : int32_t {
     kDisplayLost = 2009,  // while the settings dialog was open
     kNotStored = 2010,    // settings
     kNoFonts = 2011,      // for the settings dialog
-    kNoSuchPage = 2012
+    kNoSuchPage = 2012,
+    kNoEncoder = 2013  // the codec library on this machine reads the format only
 };
 
 // Error numbers of the library that modules use too.

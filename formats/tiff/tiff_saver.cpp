@@ -5,6 +5,7 @@
 #include <string_view>
 
 #include "formats/common/exif.h"
+#include "formats/common/picture_limit.h"
 #include "formats/common/utf8.h"
 #include "formats/settings/module_settings.h"
 #include "tiff_capabilities.h"
@@ -39,18 +40,29 @@ constexpr settings::Choice<uint16_t> kCompressions[] = {{"none", COMPRESSION_NON
                                                         {"deflate", COMPRESSION_ADOBE_DEFLATE},
                                                         {"packbits", COMPRESSION_PACKBITS}};
 
-uint16_t storedCompression() {
-    return settings::ModuleSettings("tiff", VORN_SAVER, kTiffCapabilities)
-        .choice("Compression", kCompressions);
+constexpr settings::Choice<uint32_t> kTiles[] = {{"none", 0},  {"64", 64},   {"128", 128},
+                                                 {"256", 256}, {"512", 512}, {"1024", 1024}};
+
+uint32_t roundedUp(int32_t count, uint32_t step) {
+    return (static_cast<uint32_t>(count) + step - 1) / step * step;
 }
 
 }  // namespace
 
 formats::LineLayout TiffSaver::open(const ImageToSave& image, formats::OutputFile& file) {
     const int photometric = photometricOf(image);
-    const uint16_t compression = storedCompression();
-    const int64_t lineBytes = int64_t{image.width} * image.channels * image.bytesPerChannel;
-    file_.emplace(file, lineBytes * image.height > kSmallFile);
+    const settings::ModuleSettings set("tiff", VORN_SAVER, kTiffCapabilities);
+    const uint16_t compression = set.choice("Compression", kCompressions);
+    tile_ = set.choice("Tiles", kTiles);
+    height_ = static_cast<uint32_t>(image.height);
+    const int32_t pixelBytes = image.channels * image.bytesPerChannel;
+    lineBytes_ = static_cast<size_t>(image.width) * static_cast<size_t>(pixelBytes);
+    tileLineBytes_ = size_t{tile_} * static_cast<size_t>(pixelBytes);
+    // What lies beyond the picture's edges is in the tiles too.
+    const int64_t stored =
+        tile_ ? int64_t{roundedUp(image.width, tile_)} * roundedUp(image.height, tile_) * pixelBytes
+              : static_cast<int64_t>(lineBytes_) * image.height;
+    file_.emplace(file, stored > kSmallFile);
     TIFF* tiff = file_->get();
     TIFFSetField(tiff, TIFFTAG_IMAGEWIDTH, static_cast<uint32_t>(image.width));
     TIFFSetField(tiff, TIFFTAG_IMAGELENGTH, static_cast<uint32_t>(image.height));
@@ -63,10 +75,18 @@ formats::LineLayout TiffSaver::open(const ImageToSave& image, formats::OutputFil
     if (compression == COMPRESSION_LZW || compression == COMPRESSION_ADOBE_DEFLATE)
         TIFFSetField(tiff, TIFFTAG_PREDICTOR,
                      photometric == PHOTOMETRIC_PALETTE ? PREDICTOR_NONE : PREDICTOR_HORIZONTAL);
+    if (compression == COMPRESSION_ADOBE_DEFLATE)
+        TIFFSetField(tiff, TIFFTAG_ZIPQUALITY, set.number("Level"));
     putColors(image);
     putTags(image);
-    TIFFSetField(tiff, TIFFTAG_ROWSPERSTRIP, TIFFDefaultStripSize(tiff, 0));
-    out_.resize(static_cast<size_t>(lineBytes));
+    if (tile_) {
+        TIFFSetField(tiff, TIFFTAG_TILEWIDTH, tile_);
+        TIFFSetField(tiff, TIFFTAG_TILELENGTH, tile_);
+        out_.resize(formats::heldBytes(tile_, int64_t{roundedUp(image.width, tile_)} * pixelBytes));
+    } else {
+        TIFFSetField(tiff, TIFFTAG_ROWSPERSTRIP, TIFFDefaultStripSize(tiff, 0));
+        out_.resize(lineBytes_);
+    }
     return {image.channels, image.bytesPerChannel};
 }
 
@@ -106,8 +126,25 @@ void TiffSaver::putTags(const ImageToSave& image) {
 }
 
 void TiffSaver::writeLine(const uint8_t* line) {
-    std::copy_n(line, out_.size(), out_.begin());
-    file_->check(TIFFWriteScanline(file_->get(), out_.data(), line_++, 0) == 1);
+    if (!tile_) {
+        std::copy_n(line, lineBytes_, out_.begin());
+        file_->check(TIFFWriteScanline(file_->get(), out_.data(), line_++, 0) == 1);
+        return;
+    }
+    uint8_t* to = out_.data() + line_ % tile_ * tileLineBytes_;
+    for (size_t at = 0; at < lineBytes_; at += tileLineBytes_, to += tile_ * tileLineBytes_)
+        std::copy_n(line + at, std::min(tileLineBytes_, lineBytes_ - at), to);
+    ++line_;
+    if (line_ % tile_ == 0 || line_ == height_) writeTiles();
+}
+
+// The tiles of one row, which lie one behind the other.
+void TiffSaver::writeTiles() {
+    const size_t bytes = tile_ * tileLineBytes_;
+    uint32_t x = 0;
+    for (size_t at = 0; at < out_.size(); at += bytes, x += tile_)
+        file_->check(TIFFWriteTile(file_->get(), &out_[at], x, line_ - 1, 0, 0) >= 0);
+    std::fill(out_.begin(), out_.end(), uint8_t{0});  // beyond the edges
 }
 
 void TiffSaver::finish() {

@@ -19,9 +19,14 @@ class TiffSaver final : public formats::Saver {
     void putColors(const formats::ImageToSave& image);
     void putPalette(const formats::ImageToSave& image);
     void putTags(const formats::ImageToSave& image);
+    void writeTiles();
 
     std::optional<TiffFile> file_;
-    std::vector<uint8_t> out_;  // libtiff's predictor works in place
+    std::vector<uint8_t> out_;  // a line, or a row of tiles; libtiff's predictor works in place
+    size_t lineBytes_ = 0;
+    uint32_t height_ = 0;
+    uint32_t tile_ = 0;         // lines and columns of a tile; 0: the file has strips
+    size_t tileLineBytes_ = 0;  // of one line of it
     uint32_t line_ = 0;
 };
 

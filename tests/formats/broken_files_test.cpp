@@ -68,6 +68,10 @@ std::vector<Format> allFormats() {
 #ifdef VORN_HAS_WEBP
         format<webp::WebpLoader, webp::WebpSaver>("webp", false, true, false),
 #endif
+#ifdef VORN_HAS_HEIF
+        format<heif::HeifLoader, heif::AvifSaver>("avif", true, true, true),
+        format<heif::HeifLoader, heif::HeifSaver>("heif", true, true, true),
+#endif
 #ifdef VORN_HAS_GIF
         format<gif::GifLoader, gif::GifSaver>("gif", true, true, false),
 #endif

@@ -23,6 +23,10 @@
 #include "formats/webp/webp_loader.h"
 #include "formats/webp/webp_saver.h"
 #endif
+#ifdef VORN_HAS_HEIF
+#include "formats/heif/heif_loader.h"
+#include "formats/heif/heif_saver.h"
+#endif
 #ifdef VORN_HAS_GIF
 #include "formats/gif/gif_loader.h"
 #include "formats/gif/gif_saver.h"

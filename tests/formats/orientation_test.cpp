@@ -87,8 +87,11 @@ void saveStored(const char* module, const std::string& path, const Sides& sides)
     ASSERT_TRUE(VORN_H_ImageVaWriteData(image.get(), &picture.buffer, TAG_End));
 }
 
+// Of these savers' pictures, which the host turns; the files are loaded by one loader.
+bool isHeif(const std::string& saver) { return saver == "avif" || saver == "heif"; }
+
 void expectUpright(const char* module, const std::string& path) {
-    const Handle image = moduleOf(module, VORN_LOADER);
+    const Handle image = moduleOf(isHeif(module) ? "heif" : module, VORN_LOADER);
     ASSERT_TRUE(VORN_H_ImageVaOpen(image.get(), ITAG_Filename, path.c_str(), TAG_End));
     ASSERT_TRUE(VORN_H_ImageVaSetTags(image.get(), ITAG_Orientation, VORN_Word{0}, TAG_End));
     Picture picture(kAcross * kBlock, kDown * kBlock);
@@ -113,7 +116,7 @@ TEST_P(Orientation, AllEightComeOutUprightAndAreKept) {
         saveStored(GetParam(), path, sides);
         expectUpright(GetParam(), path);
         // The number itself stands in the file: as a SHORT of tag 274, in this machine's order.
-        if (sides.exif == 1) continue;
+        if (sides.exif == 1 || isHeif(GetParam())) continue;
         const char entry[] = {0x12, 1, 3, 0, 1, 0, 0, 0, static_cast<char>(sides.exif), 0};
         EXPECT_NE(contentOf(path).find(std::string(entry, sizeof entry)), std::string::npos);
     }

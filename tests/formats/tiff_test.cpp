@@ -166,15 +166,16 @@ TEST_F(Tiff, WhatItWritesReadsBackTheSame) {
     const std::pair<VORN_Word, VORN_Word> kinds[] = {{1, VORN_CS_GRAY}, {2, VORN_CS_GRAY},
                                                      {3, VORN_CS_RGB},  {4, VORN_CS_RGB},
                                                      {4, VORN_CS_CMYK}, {5, VORN_CS_CMYK}};
-    for (const char* setting : {"", "none", "lzw", "deflate", "packbits"}) {
-        const std::string settings = std::string("Compression=") + setting;
-        VORN_H_ModuleStoreParameters("tiff", VORN_SAVER, *setting ? settings.c_str() : "");
+    for (const char* setting :
+         {"", "Compression=none", "Compression=lzw", "Compression=deflate\nLevel=9",
+          "Compression=packbits", "Tiles=64", "Compression=none\nTiles=128"}) {
+        VORN_H_ModuleStoreParameters("tiff", VORN_SAVER, setting);
         for (const auto& [channels, colorSpace] : kinds) {
             for (const VORN_Word bytes : {1, 2}) {
                 SCOPED_TRACE(testing::Message() << setting << channels << ' ' << bytes);
-                const auto samples = noiseOf(30 * 20 * channels * bytes);
+                const auto samples = noiseOf(130 * 65 * channels * bytes);
                 save<TiffSaver>(files_.path("a.tif"),
-                                imageWords(30, 20, channels, colorSpace, bytes), samples);
+                                imageWords(130, 65, channels, colorSpace, bytes), samples);
                 const LoadedImage back = load<TiffLoader>(files_.path("a.tif"));
                 EXPECT_EQ(back.image.channels, static_cast<int32_t>(channels));
                 EXPECT_EQ(back.image.colorSpace, static_cast<int32_t>(colorSpace));
@@ -182,11 +183,31 @@ TEST_F(Tiff, WhatItWritesReadsBackTheSame) {
             }
         }
     }
-    VORN_H_ModuleStoreParameters("tiff", VORN_SAVER, "Compression=zip");
-    EXPECT_EQ(failureOf([&] {
-                  save<TiffSaver>(files_.path("b"), imageWords(1, 1, 1, VORN_CS_GRAY), {0});
-              }),
-              formats::kBadOption);
+    for (const char* bad : {"Compression=zip", "Tiles=100", "Compression=deflate\nLevel=0"}) {
+        VORN_H_ModuleStoreParameters("tiff", VORN_SAVER, bad);
+        EXPECT_EQ(failureOf([&] {
+                      save<TiffSaver>(files_.path("b"), imageWords(1, 1, 1, VORN_CS_GRAY), {0});
+                  }),
+                  formats::kBadOption);
+    }
+}
+
+TEST_F(Tiff, ArrangesAndPacksAsIsSet) {
+    auto samples = noiseOf(100 * 80);
+    for (uint8_t& sample : samples) sample &= 3;
+    const auto saved = [&](const char* settings) {
+        VORN_H_ModuleStoreParameters("tiff", VORN_SAVER, settings);
+        save<TiffSaver>(files_.path("a.tif"), imageWords(100, 80, 1, VORN_CS_GRAY), samples);
+        TIFF* tiff = TIFFOpen(files_.path("a.tif").c_str(), "r");
+        uint32_t tile = 0;
+        TIFFGetField(tiff, TIFFTAG_TILELENGTH, &tile);
+        TIFFClose(tiff);
+        return std::pair(tile, contentOf(files_.path("a.tif")).size());
+    };
+    EXPECT_EQ(saved("Tiles=64").first, 64u);
+    EXPECT_EQ(saved("").first, 0u);
+    EXPECT_NE(saved("Compression=deflate\nLevel=1").second,
+              saved("Compression=deflate\nLevel=9").second);
 }
 
 TEST_F(Tiff, KeepsPaletteTextsResolutionAndOrientation) {

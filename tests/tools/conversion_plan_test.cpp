@@ -79,6 +79,7 @@ TEST(ConversionPlan, FollowsTheDepthsOfTheSaver) {
         return plan ? plan->bytesPerChannel : 0;
     };
     EXPECT_EQ(bytes(2, saver({"RGB"}, {"8", "16"}), {}), 2);
+    EXPECT_EQ(bytes(2, saver({"RGB"}, {"8", "12"}), {}), 2);
     EXPECT_EQ(bytes(2, saver({"RGB"}, {"1-8"}), {}), 1);
     EXPECT_EQ(bytes(1, saver({"RGB"}, {"16"}), {}), 2);
     EXPECT_EQ(bytes(2, saver({"RGB"}, {"8", "16"}), 8), 1);

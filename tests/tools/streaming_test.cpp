@@ -278,6 +278,7 @@ TEST_F(Streaming, TellsBeforeTheWorkWhatTheSaverCanNotHold) {
         {"w=5,h=4,c=1,space=CMAPPED,palette=9", plain.c_str(), {}, ""},
         {"w=5,h=4,c=4,alpha=1", plain.c_str(), {}, "the alpha channel"},
         {"w=5,h=4,c=3,b=2", plain.c_str(), {}, "16 bits per channel (8 are kept)"},
+        {"w=5,h=4,c=3,b=2", "BitsPerChannel=8,12\n", {}, "16 bits per channel (12 are kept)"},
         {"w=5,h=4,c=3,b=2", plain.c_str(), {"--depth", "8"}, ""},
         {"w=5,h=4,c=3", "ColorSpaces=Gray\nBitsPerChannel=8\n", {}, "RGB (it becomes Gray)"},
         {"w=5,h=4,c=3", "ColorSpaces=Gray\n", {"--colorspace", "Gray"}, ""},
