@@ -75,6 +75,12 @@ std::vector<Format> allFormats() {
 #ifdef VORN_HAS_GIF
         format<gif::GifLoader, gif::GifSaver>("gif", true, true, false),
 #endif
+#ifdef VORN_HAS_JXL
+        format<jxl_format::JxlLoader, jxl_format::JxlSaver>("jxl", true, true, true),
+#endif
+#ifdef VORN_HAS_JPEG2000
+        format<jpeg2000::Jpeg2000Loader, jpeg2000::Jpeg2000Saver>("jpeg2000", true, true, true),
+#endif
     };
 }
 

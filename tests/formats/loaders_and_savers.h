@@ -31,3 +31,11 @@
 #include "formats/gif/gif_loader.h"
 #include "formats/gif/gif_saver.h"
 #endif
+#ifdef VORN_HAS_JXL
+#include "formats/jxl/jxl_loader.h"
+#include "formats/jxl/jxl_saver.h"
+#endif
+#ifdef VORN_HAS_JPEG2000
+#include "formats/jpeg2000/jpeg2000_loader.h"
+#include "formats/jpeg2000/jpeg2000_saver.h"
+#endif

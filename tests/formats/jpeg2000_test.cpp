@@ -1,0 +1,223 @@
+#include <openjpeg.h>
+#include <vorn/host.h>
+
+#include "formats/jpeg2000/jpeg2000_loader.h"
+#include "formats/jpeg2000/jpeg2000_saver.h"
+#include "formats/pnm/pnm_saver.h"
+#include "tests/formats/reference_tools.h"
+
+namespace {
+
+using jpeg2000::Jpeg2000Loader;
+using jpeg2000::Jpeg2000Saver;
+
+class Jpeg2000 : public testing::Test {
+  protected:
+    ScratchDirectory files_;
+    UserSettings settings_;
+};
+
+TEST_F(Jpeg2000, KeepsEveryPixelWithoutLossInTilesOfAnySize) {
+    for (const VORN_Word channels : {1, 2, 3, 4}) {
+        for (const VORN_Word bytes : {1, 2}) {
+            for (const char* tiles : {"", "TileSize=0", "TileSize=16", "TileSize=1"}) {
+                SCOPED_TRACE(std::to_string(channels * 10 + bytes) + tiles);
+                settings_.store("jpeg2000", tiles);
+                const std::string path = files_.path(bytes == 1 ? "a.jp2" : "a.J2K");
+                const auto samples = noiseOf(31 * 17 * channels * bytes);
+                save<Jpeg2000Saver>(
+                    path,
+                    imageWords(31, 17, channels, channels < 3 ? VORN_CS_GRAY : VORN_CS_RGB, bytes),
+                    samples);
+                const LoadedImage back = load<Jpeg2000Loader>(path);
+                EXPECT_EQ(back.image.channels, static_cast<int32_t>(channels));
+                EXPECT_EQ(back.image.alpha, channels % 2 == 0);
+                EXPECT_EQ(back.samples, samples);
+                if (channels % 2 == 0 || !hasTool("opj_decompress")) continue;
+                run("opj_decompress -i " + path + " -o " + files_.path("a.ppm"));
+                EXPECT_EQ(pnmSamples(files_.path("a.ppm")), samples);
+            }
+        }
+    }
+}
+
+TEST_F(Jpeg2000, KeepsTextsAndResolutionInJp2Only) {
+    auto words = imageWords(3, 2, 3, VORN_CS_RGB);
+    words.insert(words.end(), {ITAG_XDPI, 300, ITAG_YDPI, 72, ITAG_Orientation, 5});
+    for (const bool text : {false, true}) {
+        if (text) words.insert(words.end(), {ITAG_Artist, word("Andr\xC3\xA9")});
+        for (const char* name : {"a.jp2", "a.j2c"}) {
+            save<Jpeg2000Saver>(files_.path(name), words, noiseOf(18));
+            const formats::Description image = load<Jpeg2000Loader>(files_.path(name)).image;
+            const bool boxes = name[3] == 'p';
+            EXPECT_EQ(tagsOf(image)[ITAG_XDPI], boxes ? 300u : 0u);
+            EXPECT_EQ(tagsOf(image)[ITAG_YDPI], boxes ? 72u : 0u);
+            EXPECT_EQ(textOf(image, ITAG_Artist), boxes && text ? "Andr\xC3\xA9" : "(none)");
+            EXPECT_EQ(image.orientation, 0);  // the host has turned it
+        }
+    }
+    // Other programs may have noted one: 6 of EXIF.
+    const std::string box(
+        "\0\0\0\x32uuidJpgTiffExif->JP2II*\0\x08\0\0\0\1\0\x12\1\3\0\1\0\0\0\6\0\0\0\0\0\0\0", 50);
+    const std::string turned = files_.write("b", contentOf(files_.path("a.jp2")) + box);
+    EXPECT_EQ(load<Jpeg2000Loader>(turned).image.orientation, 3);
+}
+
+TEST_F(Jpeg2000, StoresWhatIsSet) {
+    const auto sizeWith = [&](const char* set) {
+        settings_.store("jpeg2000", set);
+        save<Jpeg2000Saver>(files_.path("a"), imageWords(300, 300, 1, VORN_CS_GRAY),
+                            noiseOf(300 * 300));
+        return contentOf(files_.path("a")).size();
+    };
+    EXPECT_LT(sizeWith("Lossless=false\nQuality=30"), sizeWith("Lossless=false"));
+    EXPECT_LT(sizeWith("Lossless=false"), sizeWith("Quality=30"));
+    EXPECT_LT(sizeWith("TileSize=0"), sizeWith("TileSize=30"));
+    for (const char* bad : {"Quality=101", "TileSize=-1", "TileSize=1"})
+        EXPECT_EQ(failureOf([&] { sizeWith(bad); }), formats::kBadOption) << bad;
+}
+
+// The numbers of colour spaces in JP2 files.
+enum : char { kUnnamed = 0, kInks = 12, kLab = 14, kGrey = 17, kYcc = 18, kExtendedYcc = 24 };
+
+// What the saver doesn't write: components of one value each.
+struct Component {
+    uint32_t bits = 8;
+    int32_t value = 0;
+    uint32_t step = 1;
+    bool sign = false;
+};
+
+void encode(const std::string& path,
+            char colors,
+            const std::vector<Component>& all,
+            uint32_t width = 41,
+            uint32_t height = 33) {
+    std::vector<opj_image_cmptparm_t> parameters;
+    for (const Component& c : all) {
+        opj_image_cmptparm_t each{};
+        each.dx = each.dy = c.step;
+        each.w = (width + c.step - 1) / c.step;
+        each.h = (height + c.step - 1) / c.step;
+        each.prec = c.bits;
+        each.sgnd = c.sign;
+        parameters.push_back(each);
+    }
+    const jpeg2000::Image image(opj_image_create(static_cast<OPJ_UINT32>(all.size()),
+                                                 parameters.data(), OPJ_CLRSPC_UNSPECIFIED));
+    image->x1 = width;
+    image->y1 = height;
+    for (size_t c = 0; c < all.size(); ++c)
+        std::fill_n(image->comps[c].data, image->comps[c].w * image->comps[c].h, all[c].value);
+    opj_cparameters_t options;
+    opj_set_default_encoder_parameters(&options);
+    options.tcp_numlayers = options.cp_disto_alloc = 1;
+    const jpeg2000::Codec codec(opj_create_compress(OPJ_CODEC_JP2));
+    opj_stream_t* stream = opj_stream_create_default_file_stream(path.c_str(), OPJ_FALSE);
+    EXPECT_TRUE(opj_setup_encoder(codec.get(), &options, image.get()) &&
+                opj_start_compress(codec.get(), image.get(), stream) &&
+                opj_encode(codec.get(), stream) && opj_end_compress(codec.get(), stream));
+    opj_stream_destroy(stream);
+    std::string file = contentOf(path);
+    file[file.find("colr") + 10] = colors;
+    std::ofstream(path, std::ios::binary) << file;
+}
+
+TEST_F(Jpeg2000, AnnouncesColoursAsTheyAreAndConvertsTheRest) {
+    const Component quarter{.value = 64};
+    struct Case {
+        const char* name;
+        char colors;
+        std::vector<Component> components;
+        int32_t wish, announced;
+        std::vector<uint8_t> pixel;
+    };
+    const Case cases[] = {
+        {"bits", kGrey, {{5, 7}}, -1, VORN_CS_GRAY, {58}},
+        {"more bits", kGrey, {{12, 4094}}, -1, VORN_CS_GRAY, {0xEF, 0xFF}},
+        {"most bits", kGrey, {{20, 0x81000}}, -1, VORN_CS_GRAY, {0x00, 0x81}},
+        {"signed", kGrey, {{8, -28, 1, true}}, -1, VORN_CS_GRAY, {100}},
+        {"alpha", kGrey, {{8, 9}, {1, 1}}, -1, VORN_CS_GRAY, {9, 255}},
+        {"YCC", kYcc, {{8, 76}, {8, 85, 2}, {8, 255, 2}}, -1, VORN_CS_RGB, {254, 0, 0}},
+        {"unnamed YCC", kUnnamed, {{8, 76}, {8, 85, 2}, {8, 255, 2}}, -1, VORN_CS_RGB, {254, 0, 0}},
+        {"inks", kInks, {{8, 255}, quarter, {}, quarter}, -1, VORN_CS_CMYK, {255, 64, 0, 64}},
+        {"inks as RGB",
+         kInks,
+         {{8, 255}, quarter, {}, quarter},
+         VORN_CS_RGB,
+         VORN_CS_RGB,
+         {0, 143, 191}}};
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.name);
+        encode(files_.path("a"), c.colors, c.components);
+        const LoadedImage loaded = load<Jpeg2000Loader>(files_.path("a"), {.colorSpace = c.wish});
+        EXPECT_EQ(loaded.image.colorSpace, c.announced);
+        EXPECT_EQ(loaded.image.significantBits,
+                  static_cast<int32_t>(std::min(c.components[0].bits, 16u)));
+        const size_t size = c.pixel.size();
+        ASSERT_EQ(loaded.samples.size(), 41 * 33 * size);
+        for (size_t at = 0; at < loaded.samples.size(); ++at)
+            ASSERT_EQ(loaded.samples[at], c.pixel[at % size]) << at;
+    }
+    for (const char unknown : {kExtendedYcc, kLab}) {
+        encode(files_.path("a"), unknown, {{}, {}, {}});
+        EXPECT_EQ(loadFailure<Jpeg2000Loader>(files_.path("a")), formats::kUnsupported);
+    }
+}
+
+TEST_F(Jpeg2000, DecodesTallPicturesInBandsAndSmallOnesFromTheirLargerSelves) {
+    settings_.store("jpeg2000", "TileSize=64");
+    auto samples = noiseOf(16384 * 200);
+    for (uint8_t& sample : samples) sample &= 1;
+    save<Jpeg2000Saver>(files_.path("a.jp2"), imageWords(16384, 200, 1, VORN_CS_GRAY), samples);
+    EXPECT_TRUE(load<Jpeg2000Loader>(files_.path("a.jp2")).samples == samples);
+
+    encode(files_.path("b"), kGrey, {{8, 77}}, 333, 222);
+    for (const auto& [wanted, width, height] :
+         {std::tuple{333, 333, 222}, {167, 333, 222}, {166, 167, 111}, {20, 42, 28}}) {
+        const LoadedImage less = load<Jpeg2000Loader>(files_.path("b"), {.width = wanted});
+        EXPECT_EQ(less.image.width, width);
+        EXPECT_EQ(less.image.height, height);
+        EXPECT_EQ(less.samples, std::vector<uint8_t>(static_cast<size_t>(width * height), 77));
+    }
+}
+
+TEST_F(Jpeg2000, RefusesWhatIsNotRight) {
+    for (const char* other : {"", "\xFF\x4F\xFF", "jP picture"})
+        EXPECT_EQ(loadFailure<Jpeg2000Loader>(files_.write("a", other)), formats::kNotThisFormat);
+    save<Jpeg2000Saver>(files_.path("a.j2k"), imageWords(3, 2, 1, VORN_CS_GRAY), noiseOf(6));
+    const std::string whole = contentOf(files_.path("a.j2k"));
+    const std::string huge("\0\1\0\0\0\1\0\0", 8);
+    const std::string small("\0\0\0\2\0\0\0\2", 8);
+    const auto with = [&](const std::string& size, const std::string& tile, char components = 1) {
+        std::string file = whole;
+        return file.replace(8, 8, size).replace(24, 8, tile).replace(41, 1, 1, components);
+    };
+    const std::pair<std::string, int32_t> cases[] = {{with(huge, huge), formats::kOutOfMemory},
+                                                     {with(huge, small), formats::kDamaged},
+                                                     {with(small, huge, 9), formats::kUnsupported},
+                                                     {with(small, huge, 0), formats::kDamaged}};
+    for (const auto& [file, error] : cases)
+        EXPECT_EQ(loadFailure<Jpeg2000Loader>(files_.write("a", file)), error) << error;
+    EXPECT_EQ(failureOf([&] {
+                  save<Jpeg2000Saver>(files_.path("b"), imageWords(1, 1, 4, VORN_CS_CMYK), {});
+              }),
+              formats::kCannotSave);
+}
+
+TEST_F(Jpeg2000, DecodesOtherEncodersFilesAsTheReferenceDoes) {
+    if (!hasTool("opj_compress")) GTEST_SKIP() << "libopenjp2-tools are not installed";
+    save<pnm::PnmSaver>(files_.path("a.ppm"), imageWords(300, 70, 3, VORN_CS_RGB),
+                        noiseOf(300 * 70 * 3));
+    for (const char* options : {"-t 100,77 -d 13,17 -T 5,3", "-t 64,64 -TP R -SOP -EPH",
+                                "-n 1 -M 63", "-I -q 35 -p RPCL", "-r 20,10,1 -mct 0", "-s 2,2"}) {
+        run("opj_compress -i " + files_.path("a.ppm") + " -o " + files_.path("a.jp2") + ' ' +
+            options);
+        run("opj_decompress -i " + files_.path("a.jp2") + " -o " + files_.path("b.ppm"));
+        EXPECT_TRUE(load<Jpeg2000Loader>(files_.path("a.jp2")).samples ==
+                    pnmSamples(files_.path("b.ppm")))
+            << options;
+    }
+}
+
+}  // namespace
