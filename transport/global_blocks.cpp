@@ -2,7 +2,6 @@
 // programs see at one address, counters of one byte, and waits that spin and pump the thread's
 // messages.
 #include <algorithm>
-#include <cstdio>
 #include <cstring>
 
 #include "platform/global_memory.h"
@@ -61,8 +60,10 @@ SemaphoreSet* semCreateSet() {
         return nullptr;
     }
     placeCounters(*set, address);
-    for (int i = 0; i < kSemaphoreCount; ++i)
-        std::snprintf(set->entry[i].name, sizeof set->entry[i].name, "%dVN", i);
+    for (int i = 0; i < kSemaphoreCount; ++i) {
+        std::memcpy(set->entry[i].name, "0VN", sizeof "0VN");
+        set->entry[i].name[0] = static_cast<char>('0' + i);
+    }
     return set;
 }
 
