@@ -102,10 +102,7 @@ bool tryWaitSemaphore(int32_t semaphore) {
     do {
         taken = ::preadv2(semaphore, &part, 1, -1, RWF_NOWAIT);
     } while (taken < 0 && errno == EINTR);
-#if defined(__SANITIZE_THREAD__)
-    // The thread sanitizer doesn't know preadv2, but that reading (also of nothing) orders threads.
-    if (taken > 0) taken += ::readv(semaphore, &part, 0);
-#endif
+    if (taken > 0) orderAsTaken(semaphore);
     return taken == static_cast<ssize_t>(sizeof count);
 }
 
