@@ -116,8 +116,8 @@ Header readHeader(formats::InputFile& file) {
         throw Failure{formats::kNotThisFormat};
     const uint32_t size = littleEndian(&start[kFileHead], 4);
     if (size != kCoreHead && (size < 16 || size > kLargestHead)) throw Failure{formats::kDamaged};
-    std::vector<uint8_t> head(start.begin() + kFileHead, start.end());
-    head.resize(size);
+    std::vector<uint8_t> head(size);
+    std::copy_n(&start[kFileHead], 4, head.begin());
     file.readExactly(&head[4], size - 4);
 
     Header header;

@@ -23,11 +23,10 @@ formats::Description GifLoader::open(formats::InputFile file) {
         (std::memcmp(head, "GIF87a", kHeadSize) != 0 &&
          std::memcmp(head, "GIF89a", kHeadSize) != 0))
         throw Failure{formats::kNotThisFormat};
-    const int32_t pages = countFrames();
-    if (pages == 0) throw Failure{formats::kDamaged};
+    const int32_t pages = std::max(countFrames(), 1);
     if (wishes().page < 1 || wishes().page > pages) throw Failure{formats::kNoSuchPage};
     start();
-    check(findFrame());
+    if (!findFrame()) frame_.lost = true;
     width_ = static_cast<size_t>(std::max(gif_->SWidth, 0));
     height_ = static_cast<size_t>(std::max(gif_->SHeight, 0));
     if (width_ == 0 || height_ == 0) {  // some files leave it to the first frame
@@ -60,7 +59,9 @@ formats::Description GifLoader::open(formats::InputFile file) {
 int GifLoader::readBytes(GifFileType* gif, GifByteType* bytes, int count) {
     auto* loader = static_cast<GifLoader*>(gif->UserData);
     try {
-        return static_cast<int>(loader->file_.read(bytes, static_cast<size_t>(count)));
+        const size_t got = loader->file_.read(bytes, static_cast<size_t>(count));
+        loader->lastByte_ = got > 0 ? bytes[got - 1] : -1;
+        return static_cast<int>(got);
     } catch (const Failure& failure) {
         loader->failure_ = failure;
     } catch (...) {
@@ -98,6 +99,11 @@ int32_t GifLoader::countFrames() {
 }
 
 void GifLoader::skipData() {
+    if (frame_.lost) return;
+    if (wideCodes_) {
+        wideCodes_->skipRest();
+        return;
+    }
     GifByteType* block = nullptr;
     int size = 0;
     check(DGifGetCode(gif_.get(), &size, &block) == GIF_OK);
@@ -106,6 +112,7 @@ void GifLoader::skipData() {
 
 // Goes to the next frame; false at the end of the file.
 bool GifLoader::findFrame() {
+    if (frame_.lost) return false;
     frame_.transparent = NO_TRANSPARENT_COLOR;
     frame_.disposal = DISPOSAL_UNSPECIFIED;
     for (;;) {
@@ -142,8 +149,15 @@ void GifLoader::readExtension() {
 }
 
 void GifLoader::readFrameHead() {
-    check(DGifGetImageDesc(gif_.get()) == GIF_OK);
-    const GifImageDesc& image = gif_->Image;
+    GifImageDesc& image = gif_->Image;
+    image.Width = image.Height = -1;
+    const bool understood = DGifGetImageDesc(gif_.get()) == GIF_OK;
+    wideCodes_.reset();
+    frame_.lost = !understood && (image.Width == 0 || image.Height == 0);
+    if (!understood && !frame_.lost) {
+        check(image.Height > 0 && lastByte_ > 8 && lastByte_ <= WideCodes::kMostBits);
+        wideCodes_.emplace(file_, lastByte_);
+    }
     frame_.left = static_cast<size_t>(image.Left);
     frame_.top = static_cast<size_t>(image.Top);
     frame_.width = static_cast<size_t>(image.Width);
@@ -157,7 +171,10 @@ void GifLoader::readFrameHead() {
 }
 
 void GifLoader::readFrameLine(uint8_t* line) {
-    check(DGifGetLine(gif_.get(), line, static_cast<int>(frame_.width)) == GIF_OK);
+    if (wideCodes_)
+        std::generate_n(line, frame_.width, [this] { return wideCodes_->next(); });
+    else
+        check(DGifGetLine(gif_.get(), line, static_cast<int>(frame_.width)) == GIF_OK);
 }
 
 std::vector<uint8_t> GifLoader::readFrame() {
@@ -174,6 +191,7 @@ std::vector<uint8_t> GifLoader::readFrame() {
         for (size_t y = kFirst[pass]; y < frame_.height; y += frame_.interlaced ? kStep[pass] : 1)
             readFrameLine(&indices[y * frame_.width]);
     }
+    if (wideCodes_) wideCodes_->skipRest();
     return indices;
 }
 

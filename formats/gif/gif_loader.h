@@ -4,10 +4,12 @@
 #include <gif_lib.h>
 
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
 #include "formats/common/loader.h"
+#include "formats/gif/wide_codes.h"
 
 namespace gif {
 
@@ -27,6 +29,7 @@ class GifLoader final : public formats::Loader {
         size_t width = 0;
         size_t height = 0;
         bool interlaced = false;
+        bool lost = false;  // no data, nor anything behind it
         int transparent = NO_TRANSPARENT_COLOR;
         int disposal = DISPOSAL_UNSPECIFIED;
         std::vector<uint8_t> colors;  // red, green, blue
@@ -49,7 +52,9 @@ class GifLoader final : public formats::Loader {
     formats::InputFile file_;
     formats::Failure failure_{formats::kDamaged};
     std::unique_ptr<GifFileType, Closer> gif_;
-    size_t width_ = 0;  // of the whole picture
+    int lastByte_ = -1;                   // that giflib was given
+    std::optional<WideCodes> wideCodes_;  // instead of giflib
+    size_t width_ = 0;                    // of the whole picture
     size_t height_ = 0;
     Frame frame_;
     std::string comment_;

@@ -8,6 +8,7 @@
 #include <utility>
 
 #include "formats/common/exif.h"
+#include "formats/common/inks.h"
 #include "formats/common/utf8.h"
 
 namespace jpeg {
@@ -30,10 +31,6 @@ constexpr std::string_view kExifName{"Exif\0\0", 6};
 constexpr double kCentimetresPerInch = 2.54;
 
 bool isTurned(int32_t orientation) { return orientation % 2 != 0; }
-
-uint8_t paperUnder(uint8_t ink, uint8_t black) {
-    return static_cast<uint8_t>(((255 - ink) * (255 - black) + 127) / 255);
-}
 
 }  // namespace
 
@@ -209,7 +206,7 @@ void JpegLoader::readLine(uint8_t* line) {
         for (size_t i = 0; i < samples; ++i) row[i] = static_cast<uint8_t>(255 - row[i]);
     }
     for (size_t i = 0; toRgb_ && i < samples; i += 4, line += 3) {
-        for (size_t c = 0; c < 3; ++c) line[c] = paperUnder(row[i + c], row[i + 3]);
+        for (size_t c = 0; c < 3; ++c) line[c] = formats::paperUnder(row[i + c], row[i + 3]);
     }
     // What is missing or broken has been made up: that must not pass for a whole picture.
     if (codec.output_scanline == codec.output_height) {

@@ -13,6 +13,9 @@ using formats::Failure;
 
 constexpr size_t kSignatureBytes = 8;
 
+// Texts and profiles, as they are told to be and unpacked: a small file can claim huge ones.
+constexpr size_t kLargestChunk = size_t{64} << 20;
+
 std::vector<uint8_t> paletteOf(const Session& session) {
     png_colorp colors = nullptr;
     int count = 0;
@@ -63,6 +66,7 @@ void PngLoader::readHead() {
         png_set_crc_action(session.png(), PNG_CRC_ERROR_QUIT, PNG_CRC_ERROR_QUIT);
         // Sizes are checked below, where too large can be told apart from damaged.
         png_set_user_limits(session.png(), PNG_UINT_31_MAX, PNG_UINT_31_MAX);
+        png_set_chunk_malloc_max(session.png(), kLargestChunk);
         png_read_info(session.png(), session.info());
     });
 }

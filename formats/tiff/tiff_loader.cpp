@@ -7,6 +7,7 @@
 
 #include "formats/common/divide_by_alpha.h"
 #include "formats/common/exif.h"
+#include "formats/common/inks.h"
 #include "formats/common/picture_limit.h"
 #include "formats/common/utf8.h"
 
@@ -84,8 +85,10 @@ void TiffLoader::readLayout() {
     planes_ = samples_ > 1 && field(TIFFTAG_PLANARCONFIG) == PLANARCONFIG_SEPARATE;
     tiles_ = TIFFIsTiled(tiff) != 0;
     const uint16_t format = field(TIFFTAG_SAMPLEFORMAT);
-    if (bits_ < 1 || bits_ > 16 || (format != SAMPLEFORMAT_UINT && format != SAMPLEFORMAT_VOID))
-        throw Failure{formats::kUnsupported};
+    // The logarithms of light are signed.
+    const bool plain = format == SAMPLEFORMAT_UINT || format == SAMPLEFORMAT_VOID ||
+                       photometric_ == PHOTOMETRIC_LOGL || photometric_ == PHOTOMETRIC_LOGLUV;
+    if (bits_ < 1 || bits_ > 16 || !plain) throw Failure{formats::kUnsupported};
 }
 
 // False: these are samples that libtiff has to turn into colours itself.
@@ -120,6 +123,12 @@ bool TiffLoader::chooseColors(formats::Description& image) {
     image.significantBits = bits_;
     channels_ = static_cast<size_t>(image.channels);
     bytes_ = static_cast<size_t>(image.bytesPerChannel);
+    const int32_t wish = wishes().colorSpace;
+    if (image.colorSpace == VORN_CS_CMYK && (wish == VORN_CS_RGB || wish == VORN_CS_GRAY)) {
+        inks_.resize(width_ * channels_ * bytes_);
+        image.colorSpace = VORN_CS_RGB;
+        --image.channels;
+    }
     if (photometric_ == PHOTOMETRIC_PALETTE || bits_ == 8 || bits_ == 16) return true;
     const uint32_t full = bits_ > 8 ? 65535 : 255;
     const uint32_t most = (1u << bits_) - 1;
@@ -259,7 +268,21 @@ void TiffLoader::unpack(
     }
 }
 
+// Makes RGB of a line's inks.
+template <class Sample>
+void TiffLoader::paint(uint8_t* line) const {
+    std::vector<Sample> pixel(channels_);
+    const size_t step = channels_ * sizeof(Sample);
+    for (size_t x = 0; x < width_; ++x, line += step - sizeof(Sample)) {
+        std::memcpy(pixel.data(), &inks_[x * step], step);
+        for (size_t c = 0; c < 3; ++c) pixel[c] = formats::paperUnder(pixel[c], pixel[3]);
+        std::memcpy(line, pixel.data(), 3 * sizeof(Sample));
+        if (channels_ == 5) std::memcpy(line + 3 * sizeof(Sample), &pixel[4], sizeof(Sample));
+    }
+}
+
 void TiffLoader::readLine(uint8_t* line) {
+    uint8_t* const samples = inks_.empty() ? line : inks_.data();
     const auto row = static_cast<uint32_t>(line_);
     if (!picture_.empty()) {
         std::memcpy(line, &picture_[size_t{row} * width_], size_t{width_} * 4);
@@ -269,10 +292,15 @@ void TiffLoader::readLine(uint8_t* line) {
         for (size_t plane = 0; plane < (planes_ ? channels_ : 1); ++plane) {
             for (uint32_t x = 0; x < width_; x += pieceWidth_, piece += pieceSize_)
                 unpack(piece, std::min(pieceWidth_, width_ - x), planes_ ? 1 : samples_,
-                       planes_ ? 1 : channels_, line + (x * channels_ + plane) * bytes_);
+                       planes_ ? 1 : channels_, samples + (x * channels_ + plane) * bytes_);
         }
     }
-    finishLine(line);
+    if (inks_.empty())
+        finishLine(line);
+    else if (bytes_ == 1)
+        paint<uint8_t>(line);
+    else
+        paint<uint16_t>(line);
     ++line_;
 }
 

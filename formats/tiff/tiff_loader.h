@@ -27,6 +27,8 @@ class TiffLoader final : public formats::Loader {
     void readPieces();
     void unpack(const uint8_t* from, size_t pixels, size_t stride, size_t count, uint8_t* to) const;
     void finishLine(uint8_t* line) const;
+    template <class Sample>
+    void paint(uint8_t* line) const;
 
     std::optional<TiffFile> file_;
     int32_t line_ = 0;  // the next to deliver
@@ -45,6 +47,7 @@ class TiffLoader final : public formats::Loader {
     size_t bytes_ = 1;
     bool inverted_ = false;        // 0 is white
     bool multiplied_ = false;      // colours have been multiplied by alpha
+    std::vector<uint8_t> inks_;    // a line of CMYK of which RGB is made
     std::vector<uint16_t> scale_;  // of samples of less than 8 or 16 bits
 
     // A row of tiles, or the strips of all planes, or one line: what is decoded at once.
