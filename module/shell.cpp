@@ -10,6 +10,7 @@
 
 #include "errors/error_numbers.h"
 #include "module/module_state.h"
+#include "platform/limits.h"
 #include "platform/process.h"
 #include "tags/gathered_words.h"
 #include "tags/tag_walk.h"
@@ -268,5 +269,7 @@ void VORN_M_ShellMain(int argc, char** argv) {
     vorn::SharedStuffDetach(state.stuff);
     state.exitedNormally = true;
 }
+
+void VORN_M_MemoryIsShort(void) { vorn::platform::tellMemoryLimit(); }
 
 }  // extern "C"

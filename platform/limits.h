@@ -15,4 +15,8 @@ inline constexpr int32_t kMemoryLimitPosts = 2;
 // few programs survive. What the program has itself arranged for either stays as it is.
 void tellLimits(int32_t semaphore, bool (*post)(int32_t semaphore));
 
+// In a module program: tells of memory now, as the handler for failed allocations does. For
+// programs whose allocations have another handler than this library's.
+void tellMemoryLimit();
+
 }  // namespace vorn::platform

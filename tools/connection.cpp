@@ -11,7 +11,7 @@ namespace vorn::tool {
 Connection::Connection(const std::string& module,
                        int32_t type,
                        std::string file,
-                       const VORN_ModuleLimits& limits,
+                       const Limits& limits,
                        Interrupts& interrupts)
     : file_(std::move(file)),
       interrupts_(interrupts),

@@ -16,7 +16,7 @@ class Connection {
     Connection(const std::string& module,
                int32_t type,
                std::string file,
-               const VORN_ModuleLimits& limits,
+               const Limits& limits,
                Interrupts& interrupts);
     ~Connection();
     Connection(const Connection&) = delete;

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "tools/interrupts.h"
+#include "tools/module_options.h"
 #include "tools/progress_bar.h"
 
 namespace vorn::tool {
@@ -26,7 +27,7 @@ struct ConversionRequest {
     std::string scaler;
     std::vector<std::string> settings;
     int32_t mebibytes = 64;  // of memory for a picture that has to be kept whole
-    VORN_ModuleLimits limits{};
+    Limits limits;
     bool strict = false;
     bool quiet = false;
 

@@ -13,12 +13,12 @@ namespace vorn::tool {
 Handle::Handle(const std::string& module,
                int32_t type,
                const std::string& file,
-               const VORN_ModuleLimits& limits)
+               const Limits& limits)
     : image_(VORN_H_ModuleVaOpen(module.c_str(), type, TAG_End)) {
     if (image_ == nullptr) {
         throw libraryFailure(file, nullptr);
     }
-    VORN_H_ModuleSetLimits(image_, &limits);
+    limits.set(image_);
 }
 
 std::optional<int32_t> longTag(VORN_Image* image, unsigned id) {

@@ -6,15 +6,14 @@
 #include <optional>
 #include <string>
 
+#include "tools/module_options.h"
+
 namespace vorn::tool {
 
 class Handle {
   public:
     // Throws the library's failure, with the name of the file that the module is wanted for.
-    Handle(const std::string& module,
-           int32_t type,
-           const std::string& file,
-           const VORN_ModuleLimits& limits);
+    Handle(const std::string& module, int32_t type, const std::string& file, const Limits& limits);
     ~Handle() { VORN_H_ModuleClose(image_); }
     Handle(const Handle&) = delete;
     Handle& operator=(const Handle&) = delete;

@@ -24,7 +24,7 @@ namespace {
 struct Arguments {
     std::vector<std::string> files;
     std::string loader;
-    VORN_ModuleLimits limits{};
+    Limits limits;
     int32_t page = 0;
     bool asJson = false;
 };

@@ -6,10 +6,12 @@
 #include <cstring>
 
 #include "errors/error_numbers.h"
+#include "platform/limits.h"
 #include "tags/gathered_words.h"
 #include "tags/tag_walk.h"
 #include "transport/image.h"
 #include "transport/message.h"
+#include "transport/module_process.h"
 
 namespace vorn {
 namespace {
@@ -96,8 +98,11 @@ VORN_Bool VORN_L_HandleErrorCode(VORN_Image* image, const VORN_TagItem* message)
     int32_t pair[2] = {0, 0};
     const uint32_t size = vorn::itemDataSize(item);
     std::memcpy(pair, vorn::itemData(item), size < sizeof pair ? size : sizeof pair);
-    // Memory that the host has limited is not simply short.
-    if (pair[0] == vorn::kErrorMemory && image->limits.addressSpaceBytes)
+    // Memory that is limited is not simply short. A module may also refuse what it could have
+    // tried, and doesn't always tell: where the host has set the limit, that is the reason.
+    const bool limited = pair[0] == vorn::kErrorMemory && image->limits.addressSpaceBytes;
+    if (limited &&
+        (image->limitsSet || vorn::limitIsMet(*image, vorn::platform::kMemoryLimitPosts)))
         pair[0] = vorn::kErrorMemoryLimit;
     if (size < sizeof pair[0])
         VORN_L_SetErrorCode(image, vorn::kErrorShortErrorTag, 0);

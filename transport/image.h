@@ -40,7 +40,9 @@ struct VORN_Image {
     // taking down.
     std::atomic<bool> stopped{false};
     int32_t stop = -1;
-    vorn::platform::ProcessLimits limits;
+    vorn::platform::ProcessLimits limits;  // of the module program
+    bool limitsSet = false;                // by the host
+    int32_t limitPosts = 0;  // what the module program has told, see platform/limits.h
     bool ackOutstanding = false;
     uint32_t owedCommand = 0;  // the command that the outstanding acknowledgement is owed for
     uint32_t moduleVersion = 0;

@@ -9,6 +9,7 @@
 #include "platform/limits.h"
 #include "platform/path.h"
 #include "transport/image.h"
+#include "transport/module_limits.h"
 #include "transport/os_layer.h"
 #include "transport/trace.h"
 
@@ -91,6 +92,8 @@ bool ModuleLaunch(VORN_Image& image, const char* moduleFileName) {
     start.inherited = inherited;
     start.inheritedCount = osLayer().inherited(stuff, inherited);
     start.application = applicationName();
+    image.limits = limitsFor(image);
+    image.limitPosts = 0;
     start.limits = image.limits;
     if (const int32_t error = platform::startProcess(start, image.process))
         return fail(image, path, line, error);
@@ -105,15 +108,20 @@ bool ModuleLaunch(VORN_Image& image, const char* moduleFileName) {
 
 // A module tells by posting the spare semaphore that is the host's, see platform/limits.h. On a
 // saver's connection it has been posted once at set-up.
-int32_t reasonOfEnd(const VORN_Image& image) {
-    const platform::ProcessLimits& limits = image.limits;
-    if (!limits.cpuSeconds && !limits.addressSpaceBytes) return kErrorLink;
+bool limitIsMet(VORN_Image& image, int32_t posts) {
     SemaphoreSet& set = *image.stuff.semaphores;
-    constexpr int kMostPosts = platform::kTimeLimitPosts + platform::kMemoryLimitPosts + 1;
-    int posts = image.stuff.writeSize == int32_t{kBigAreaSize} ? -1 : 0;
-    for (int i = 0; i < kMostPosts && SemTryWait(set, image.stuff.spareForThisSide); ++i) ++posts;
-    if (limits.cpuSeconds && (posts & platform::kTimeLimitPosts)) return kErrorTimeLimit;
-    if (limits.addressSpaceBytes && (posts & platform::kMemoryLimitPosts)) return kErrorMemoryLimit;
+    constexpr int32_t kMostPosts = platform::kTimeLimitPosts + platform::kMemoryLimitPosts + 1;
+    while (image.limitPosts < kMostPosts && SemTryWait(set, image.stuff.spareForThisSide))
+        ++image.limitPosts;
+    const int32_t atSetUp = image.stuff.writeSize == int32_t{kBigAreaSize} ? 1 : 0;
+    return image.limitPosts > atSetUp && ((image.limitPosts - atSetUp) & posts) != 0;
+}
+
+int32_t reasonOfEnd(VORN_Image& image) {
+    const platform::ProcessLimits& limits = image.limits;
+    if (limits.cpuSeconds && limitIsMet(image, platform::kTimeLimitPosts)) return kErrorTimeLimit;
+    if (limits.addressSpaceBytes && limitIsMet(image, platform::kMemoryLimitPosts))
+        return kErrorMemoryLimit;
     return kErrorLink;
 }
 

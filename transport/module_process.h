@@ -16,6 +16,9 @@ bool ModuleIsRunning(const VORN_Image& image);
 
 // The error for a wait that has failed: 3, or the limit that the module program says it has met
 // before it ended.
-int32_t reasonOfEnd(const VORN_Image& image);
+int32_t reasonOfEnd(VORN_Image& image);
+
+// Whether the running module program has told that it met the limit of these posts.
+bool limitIsMet(VORN_Image& image, int32_t posts);
 
 }  // namespace vorn

@@ -144,8 +144,4 @@ void VORN_H_ModuleClose(VORN_Image* image) {
     VORN_L_ImageDestroyHandle(image);
 }
 
-void VORN_H_ModuleSetLimits(VORN_Image* image, const VORN_ModuleLimits* limits) {
-    image->limits = {limits->addressSpaceBytes, limits->cpuSeconds};
-}
-
 }  // extern "C"

@@ -5,6 +5,8 @@
 
 #include <algorithm>
 
+#include "formats/common/short_memory.h"
+
 namespace formats {
 namespace {
 
@@ -94,6 +96,7 @@ void closeImage() {
 }  // namespace
 
 int runLoader(int argc, char** argv, LoaderFactory make) {
+    tellShortMemory();
     session().make = make;
     VORN_M_SetVaModuleTags(SHTAG_Version, static_cast<VORN_Word>(VORN_PROTOCOL_VERSION),
                            SHTAG_LoaderOpen, reinterpret_cast<VORN_Word>(&openImage),

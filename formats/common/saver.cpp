@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "formats/common/layout.h"
+#include "formats/common/short_memory.h"
 
 namespace formats {
 namespace {
@@ -96,6 +97,7 @@ void closeImage() {
 }  // namespace
 
 int runSaver(int argc, char** argv, SaverFactory make, Turning turning) {
+    tellShortMemory();
     session().make = make;
     session().turning = turning;
     VORN_M_SetVaModuleTags(SHTAG_Version, static_cast<VORN_Word>(VORN_PROTOCOL_VERSION),

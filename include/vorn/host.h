@@ -167,9 +167,13 @@ VORN_API VORN_Bool VORN_H_ImageClose(VORN_Image* image); /* NULL: true */
 /* Ends the module program and frees the handle. NULL is ignored. */
 VORN_API void VORN_H_ModuleClose(VORN_Image* image);
 
-/* Limits of module programs that this handle will start; 0 means no limit. A module that has used
+/* Limits of module programs that this handle will start; 0 means no limit. As long as none are set,
+ * loaders get 4 GiB of addresses, or what the environment variable VORN_MEMORY_LIMIT says ("512M",
+ * "2G", "0"), and savers all that they want: their pictures are the host's own. (Libraries that are
+ * built with sanitizers set no limit of their own accord.) A module that has used
  * its seconds of processor time is ended: error 75. One that gets no more memory fails or ends:
- * error 76, also where the module itself says that memory is short. A module that ends without
+ * error 76; under a limit that was set here, also where the module itself says that memory is
+ * short. A module that ends without
  * telling why, because it has no time to or doesn't use this library, or because the memory doesn't
  * even suffice for starting it (a few dozen MiB, most of which are never used), is error 3 (or 19)
  * as ever. */
@@ -177,6 +181,7 @@ typedef struct VORN_ModuleLimits {
     uint64_t addressSpaceBytes;
     uint64_t cpuSeconds;
 } VORN_ModuleLimits;
+VORN_API void VORN_H_ModuleGetLimits(const VORN_Image* image, VORN_ModuleLimits* limits);
 VORN_API void VORN_H_ModuleSetLimits(VORN_Image* image, const VORN_ModuleLimits* limits);
 
 /* Sends a module-specific command (CMD_Module = 0x3000 is the one that modules of this library act

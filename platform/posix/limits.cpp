@@ -14,6 +14,7 @@ namespace {
 // Limits are a program's, and a signal may come to any of its threads.
 std::atomic<int32_t> told{kNoDescriptor};
 std::atomic<bool (*)(int32_t)> postOnce{nullptr};
+std::atomic<bool> memoryTold{false};
 
 void post(int32_t count) {
     for (; count > 0; --count) postOnce.load()(told);
@@ -28,7 +29,7 @@ void timeIsUp(int number) {
 // Returns for one more try, after which the failure takes its usual course.
 void memoryIsShort() {
     std::set_new_handler(nullptr);
-    post(kMemoryLimitPosts);
+    tellMemoryLimit();
 }
 
 bool isLimited(int resource) {
@@ -39,9 +40,14 @@ bool isLimited(int resource) {
 
 }  // namespace
 
+void tellMemoryLimit() {
+    if (told != kNoDescriptor && isLimited(RLIMIT_AS) && !memoryTold.exchange(true))
+        post(kMemoryLimitPosts);
+}
+
 void tellLimits(int32_t semaphore, bool (*post)(int32_t semaphore)) {
-    told = semaphore;
     postOnce = post;
+    told = semaphore;
     struct sigaction present {};
     const bool unset =
         ::sigaction(SIGXCPU, nullptr, &present) == 0 && present.sa_handler == SIG_DFL;

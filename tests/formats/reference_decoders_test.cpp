@@ -16,6 +16,7 @@ struct Reference {
     std::vector<fs::path> folders;
     int files;  // so many at least are compared
 };
+void PrintTo(const Reference& reference, std::ostream* out) { *out << reference.command; }
 
 // The decoders leave the picture as it lies in the file; what the file's name says of its
 // orientation is what EXIF counts.

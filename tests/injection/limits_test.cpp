@@ -49,6 +49,35 @@ TEST_F(Limits, ThatAModuleMeetsEndItAndAreNamed) {
     }
 }
 
+TEST_F(Limits, OfMemoryAreSetForLoadersByTheLibrary) {
+    ScopedVariable variable("VORN_MEMORY_LIMIT", std::nullopt);
+    const auto limitOf = [](Kind kind, const std::string& directory) {
+        Talk talk(kind, directory);
+        VORN_ModuleLimits limits{1, 1};
+        VORN_H_ModuleGetLimits(talk.module(), &limits);
+        EXPECT_EQ(limits.cpuSeconds, 0u);
+        return limits.addressSpaceBytes;
+    };
+    EXPECT_EQ(limitOf(Kind::Loading, directory_), 4096 * kMebibyte);
+    const std::pair<const char*, uint64_t> cases[] = {{"0", 0},
+                                                      {"4096", 4096},
+                                                      {"128M", 128 * kMebibyte},
+                                                      {"1g", 1024 * kMebibyte},
+                                                      {"128MB", 4096 * kMebibyte},
+                                                      {"-1", 4096 * kMebibyte},
+                                                      {"20000000000G", 4096 * kMebibyte}};
+    for (const auto& [text, bytes] : cases) {
+        variable.set(text);
+        EXPECT_EQ(limitOf(Kind::Loading, directory_), bytes) << text;
+        EXPECT_EQ(limitOf(Kind::Saving, directory_), 0u);
+    }
+    variable.set("128M");
+    order_.set("allocate 9");
+    Talk talk(Kind::Loading, directory_);
+    EXPECT_FALSE(talk.whole());
+    EXPECT_EQ(talk.module().code(), 76);
+}
+
 TEST_F(Limits, OfMemoryAreNamedAlsoWhenTheModuleSaysThatMemoryIsShort) {
     for (const uint64_t bytes : {uint64_t{0}, 256 * kMebibyte}) {
         Loader loader;
