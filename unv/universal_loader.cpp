@@ -46,11 +46,13 @@ void readAnnouncement(const char* loader, Announcement& said) {
     VORN_u_ParseGUIResults(text.get(), table);
 }
 
-// How well a loader suits a file. Any matching signature outweighs the ending.
+// How well a loader suits a file. A matching signature outweighs the ending, and a loader whose
+// signatures don't match doesn't know the file, whatever that is called.
 uint32_t suitability(const char* loader, const char* fileName, const Head& head) {
     Announcement said;
     readAnnouncement(loader, said);
     const uint32_t bits = bitsPinnedDown(said.signatures, std::span(head.bytes).first(head.count));
+    if (*said.signatures && bits == 0) return 0;
     const bool ending = hasEnding(fileName, said.endings) || hasEnding(fileName, said.ending);
     return 2 * bits + (ending ? 1 : 0);
 }

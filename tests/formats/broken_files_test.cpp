@@ -5,6 +5,7 @@
 
 #include "tests/formats/format_files.h"
 #include "tests/formats/loaders_and_savers.h"
+#include "tests/formats/module_host.h"
 
 namespace {
 
@@ -126,6 +127,63 @@ TEST_F(BrokenFiles, WithChangedBytesEndWithAPictureOrAnError) {
                             error == formats::kOutOfMemory || error == formats::kTooWideForBlock ||
                             error == formats::kNoSuchPage)
                     << format.name << ' ' << place << ' ' << error;
+            }
+        }
+    }
+}
+
+// One loader reads AVIF and HEIC.
+std::string loaderOf(const Format& format) {
+    return std::string(format.name) == "avif" ? "heif" : format.name;
+}
+
+TEST_F(Modules, AreChosenByContentWhateverAFileIsCalled) {
+    for (const Format& format : allFormats()) {
+        for (const std::string& whole : format.files) {
+            for (const char* name : {"x", "x.txt", "x.pnm", "x.PNG"}) {
+                char loader[64] = "";
+                EXPECT_TRUE(VORN_H_ImageGetLoaderName(files_.write(name, whole).c_str(), nullptr,
+                                                      loader, sizeof loader));
+                EXPECT_EQ(loader, loaderOf(format)) << name;
+            }
+        }
+        const std::string text = files_.write(std::string("x.") + format.name, "only text");
+        char none[64] = "";
+        EXPECT_FALSE(VORN_H_ImageGetLoaderName(text.c_str(), nullptr, none, sizeof none));
+        EXPECT_EQ(VORN_ErrorPairCode(VORN_H_ImageGetError(nullptr)), 28) << format.name;
+    }
+}
+
+// A picture, or an error; and the whole file can be read after each.
+TEST_F(Modules, SurviveBrokenFiles) {
+    std::mt19937 random(11);
+    const ScopedVariable quiet{"VORN_LOG", std::nullopt};
+    for (const Format& format : allFormats()) {
+        const Image image(loaderOf(format).c_str(), VORN_LOADER);
+        const auto read = [&](const std::string& content) {
+            if (!image.open(files_.write("x", content))) return image.error();
+            Pixels pixels(40, 30, 4, 1);
+            VORN_H_ImageVaSetTags(image.get(), ITAG_ColorSpace, VORN_Word{VORN_CS_RGB},
+                                  ITAG_Orientation, VORN_Word{0}, TAG_End);
+            int32_t size[2] = {0, 0};
+            VORN_H_ImageVaGetTags(image.get(), ITAG_Width, &size[0], ITAG_Height, &size[1],
+                                  TAG_End);
+            if (size[0] != 40 || size[1] != 30) return image.close() ? 0 : image.error();
+            return VORN_H_ImageVaReadData(image.get(), &pixels.buffer, TAG_End) ? 0 : image.error();
+        };
+        for (const std::string& whole : format.files) {
+            for (int i = 0; i < 6; ++i) {
+                std::string broken = whole;
+                if (i % 2)
+                    broken[random() % std::min<size_t>(whole.size(), 200)] =
+                        static_cast<char>(random());
+                else
+                    broken.resize(random() % whole.size());
+                const int32_t error = read(broken);
+                EXPECT_NE(error, 3) << format.name;  // the module's end
+                image.close();
+                EXPECT_EQ(read(whole), 0) << format.name << " after " << error;
+                image.close();
             }
         }
     }

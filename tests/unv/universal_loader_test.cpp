@@ -40,10 +40,12 @@ TEST_F(UniversalLoader, ASignatureWinsOverTheFileEnding) {
     install("beta", "# by ending only\nextensions=bet\n");
     EXPECT_EQ(choose("picture.bet", "ALPHA and pixels"), "alpha");
     EXPECT_EQ(choose("picture.bet", "something else"), "beta");
-    EXPECT_EQ(choose("picture.AL", "something else"), "alpha");
+    EXPECT_EQ(choose("picture.AL", "ALPHA and pixels"), "alpha");
+    EXPECT_EQ(choose("picture.AL", "something else"), "") << "which alpha doesn't know";
     EXPECT_EQ(choose("picture.xyz", "something else"), "");
     EXPECT_EQ(choose("empty.xyz", ""), "");
-    EXPECT_EQ(choose("empty.alp", ""), "alpha");
+    EXPECT_EQ(choose("empty.alp", ""), "");
+    EXPECT_EQ(choose("empty.bet", ""), "beta");
 }
 
 TEST_F(UniversalLoader, TheMostSpecificSignatureWins) {
