@@ -54,7 +54,7 @@ void tellLimits(int32_t semaphore, bool (*post)(int32_t semaphore)) {
     if (unset && isLimited(RLIMIT_CPU)) {
         struct sigaction action {};
         action.sa_handler = timeIsUp;
-        action.sa_flags = SA_RESETHAND | SA_NODEFER;
+        action.sa_flags = static_cast<int>(SA_RESETHAND | SA_NODEFER);
         ::sigaction(SIGXCPU, &action, nullptr);
     }
     if (isLimited(RLIMIT_AS) && !std::get_new_handler()) std::set_new_handler(memoryIsShort);
