@@ -1,7 +1,10 @@
 // Files of every format, cut short and changed at random: each load ends, with a picture or with an
 // error of the module's own. The memory that the loaders touch is watched by the sanitizers' build.
+#include <sys/resource.h>
+
 #include <functional>
 #include <random>
+#include <tuple>
 
 #include "tests/formats/format_files.h"
 #include "tests/formats/loaders_and_savers.h"
@@ -187,6 +190,82 @@ TEST_F(Modules, SurviveBrokenFiles) {
             }
         }
     }
+}
+
+std::string number(uint64_t value, size_t bytes, bool bigEnd) {
+    std::string text;
+    for (size_t i = 0; i < bytes; ++i)
+        text += static_cast<char>(value >> 8 * (bigEnd ? bytes - 1 - i : i));
+    return text;
+}
+std::string little(uint64_t value, size_t bytes) { return number(value, bytes, false); }
+std::string big(uint64_t value, size_t bytes) { return number(value, bytes, true); }
+
+std::string tiffBomb() {
+    std::string fields;
+    const uint32_t values[][2] = {{256, 65536}, {257, 65536}, {258, 8},     {259, 8}, {262, 1},
+                                  {277, 1},     {322, 65536}, {323, 65536}, {324, 8}, {325, 100}};
+    for (const auto& [tag, value] : values)
+        fields += little(tag, 2) + little(4, 2) + little(1, 4) + little(value, 4);
+    return "II*" + little(0, 1) + little(8, 4) + little(std::size(values), 2) + fields +
+           std::string(104, '\0');
+}
+
+// Three components of full resolution: 8 GiB of samples, 16 of coefficients.
+std::string jpegBomb() {
+    std::string table = "\xFF\xDB" + big(67, 2) + std::string(1, '\0') + std::string(64, '\1');
+    std::string codes = "\xFF\xC4" + big(20, 2) + std::string(1, '\0') + "\1" +
+                        std::string(15, '\0') + std::string(1, '\0');
+    std::string frame = "\xFF\xC2" + big(17, 2) + "\x08" + big(53000, 2) + big(53000, 2) + "\3";
+    for (char c = 1; c <= 3; ++c) frame += std::string{c, '\x11', '\0'};
+    const std::string scan =
+        "\xFF\xDA" + big(12, 2) + "\3" + std::string{1, 0, 2, 0, 3, 0, 0, 0, 0};
+    return "\xFF\xD8" + table + codes + frame + scan + std::string(300, '\0') + "\xFF\xD9";
+}
+
+// What the host is told: 0 for a picture.
+int32_t outcome(const Image& loader, const std::string& path) {
+    Pixels pixels(64, 64, 1, 1);
+    const bool read =
+        loader.open(path) && VORN_H_ImageVaReadData(loader.get(), &pixels.buffer, TAG_End);
+    return read ? 0 : loader.error();
+}
+
+TEST_F(Modules, DontBelieveASmallFileThatClaimsAHugePicture) {
+    const std::string tgaSizes = little(65535, 2) + little(65535, 2);
+    const std::tuple<const char*, int32_t, std::string> bombs[] = {
+        {"pnm", formats::kDamaged, "P5\n65536 65536\n255\n"},
+        {"bmp", formats::kDamaged,
+         "BM" + little(58, 4) + little(0, 4) + little(54, 4) + little(40, 4) + little(65536, 4) +
+             little(65536, 4) + little(1, 2) + little(8, 2) + little(1, 4) + std::string(20, '\0') +
+             "abcd"},
+        {"tga", formats::kDamaged,
+         std::string("\0\0\x0B", 3) + std::string(9, '\0') + tgaSizes + "\x08" +
+             std::string(1, '\0') + "\xFF\1"},
+        // 8-bit grey, interlaced.
+        {"png", formats::kOutOfMemory,
+         "\x89PNG\r\n\x1A\n" + big(13, 4) + "IHDR" + big(65536, 4) + big(65536, 4) +
+             std::string{8, 0, 0, 0, 1} + big(0x3EE85FA9, 4) + big(99, 4) + "IDAT" +
+             std::string(99, 'x')},
+        {"jpeg", formats::kOutOfMemory, jpegBomb()},
+        {"tiff", formats::kOutOfMemory, tiffBomb()},
+        {"webp", formats::kDamaged,
+         "RIFF" + little(30, 4) + "WEBPVP8L" + little(17, 4) + "\x2F" + little(0x0FFFFFFF, 4) +
+             std::string(13, '\0')},
+        {"gif", formats::kDamaged,
+         "GIF89a" + little(65535, 2) + little(65535, 2) + std::string("\xF0\0\0", 3) +
+             std::string(6, '\7') + "," + std::string(4, '\0') + little(65535, 2) +
+             little(65535, 2) + std::string(1, '\0') + "\2\2\x44\1" + std::string(1, '\0') + ";"}};
+    for (const auto& [format, wanted, content] : bombs) {
+        if (!std::filesystem::exists(home() + "/Loaders/" + format + ".cap")) continue;
+        const Image loader(format, VORN_LOADER);
+        EXPECT_EQ(outcome(loader, files_.write("a", content)), wanted) << format;
+    }
+#ifndef VORN_SANITIZED
+    rusage used{};
+    ::getrusage(RUSAGE_CHILDREN, &used);
+    EXPECT_LT(used.ru_maxrss, 1'300'000) << "KiB: 1 GiB of a picture, and the program";
+#endif
 }
 
 }  // namespace
