@@ -9,6 +9,11 @@
 #include <random>
 #include <string>
 
+inline std::string contentOf(const std::string& path) {
+    std::ifstream file(path, std::ios::binary);
+    return {std::istreambuf_iterator<char>(file), {}};
+}
+
 class ScratchDirectory {
   public:
     ScratchDirectory()
@@ -31,10 +36,7 @@ class ScratchDirectory {
         return path(name);
     }
 
-    std::string read(const std::string& name) const {
-        std::ifstream file(path_ / name, std::ios::binary);
-        return {std::istreambuf_iterator<char>(file), {}};
-    }
+    std::string read(const std::string& name) const { return contentOf(path(name)); }
 
     std::string makeDirectory(const std::string& name) const {
         std::filesystem::create_directories(path_ / name);

@@ -1,8 +1,5 @@
-#include <vorn/host.h>
-
 #include "formats/bmp/bmp_loader.h"
 #include "formats/bmp/bmp_saver.h"
-#include "formats/common/layout.h"
 #include "formats/common/little_endian.h"
 #include "tests/formats/format_files.h"
 
@@ -10,89 +7,64 @@ namespace {
 
 using bmp::BmpLoader;
 using bmp::BmpSaver;
-using formats::putLittleEndian;
+using namespace std::string_literals;
+
+std::string number(uint32_t value, size_t bytes) {
+    Bytes all;
+    formats::putLittleEndian(all, value, bytes);
+    return {all.begin(), all.end()};
+}
 
 // A file with a head of 40 bytes; `behind` are masks or palette, and then the pixels.
 std::string file(int width,
                  int height,
                  uint32_t bits,
                  uint32_t compression,
-                 const std::vector<uint8_t>& behind,
-                 const std::vector<uint8_t>& pixels) {
-    std::vector<uint8_t> bytes{'B', 'M'};
-    putLittleEndian(bytes, 0, 8);
-    putLittleEndian(bytes, static_cast<uint32_t>(54 + behind.size()), 4);
-    putLittleEndian(bytes, 40, 4);
-    putLittleEndian(bytes, static_cast<uint32_t>(width), 4);
-    putLittleEndian(bytes, static_cast<uint32_t>(height), 4);
-    putLittleEndian(bytes, 1, 2);
-    putLittleEndian(bytes, bits, 2);
-    putLittleEndian(bytes, compression, 4);
-    putLittleEndian(bytes, 0, 4);
-    putLittleEndian(bytes, 11811, 4);
-    putLittleEndian(bytes, 2835, 4);
-    putLittleEndian(bytes, static_cast<uint32_t>(bits <= 8 ? behind.size() / 4 : 0), 4);
-    putLittleEndian(bytes, 0, 4);
-    bytes.insert(bytes.end(), behind.begin(), behind.end());
-    bytes.insert(bytes.end(), pixels.begin(), pixels.end());
-    return {bytes.begin(), bytes.end()};
+                 const std::string& behind,
+                 const std::string& pixels) {
+    const auto behindBytes = static_cast<uint32_t>(behind.size());
+    return "BM" + number(0, 8) + number(54 + behindBytes, 4) + number(40, 4) +
+           number(static_cast<uint32_t>(width), 4) + number(static_cast<uint32_t>(height), 4) +
+           number(1, 2) + number(bits, 2) + number(compression, 4) + number(0, 4) +
+           number(11811, 4) + number(2835, 4) + number(bits <= 8 ? behindBytes / 4 : 0, 4) +
+           number(0, 4) + behind + pixels;
 }
 
-const std::vector<uint8_t> kFourColors{3, 2, 1, 0, 6, 5, 4, 0, 9, 8, 7, 0, 12, 11, 10, 0};
-
-struct Case {
-    const char* what;
-    std::string file;
-    int32_t orientation;
-    std::vector<uint8_t> samples;
-};
-
-const Case kCases[] = {
-    {"1 bit",
-     file(9, 1, 1, 0, {kFourColors.begin(), kFourColors.begin() + 8}, {0xA0, 0x80, 0, 0}),
-     0,
-     {1, 0, 1, 0, 0, 0, 0, 0, 1}},
-    {"2 bits", file(3, 1, 2, 0, kFourColors, {0x1B, 0, 0, 0}), 0, {0, 1, 2}},
-    {"4 bits, the top line first",
-     file(3, -2, 4, 0, kFourColors, {0x12, 0x30, 0, 0, 0x01, 0, 0, 0}),
-     0,
-     {1, 2, 3, 0, 1, 0}},
-    {"8 bits", file(1, 2, 8, 0, kFourColors, {3, 0, 0, 0, 1, 0, 0, 0}), 0, {1, 3}},
-    {"5 bits a channel",
-     file(2, 1, 16, 0, {}, {0x1F, 0x7C, 0xE0, 0x03}),
-     0,
-     {255, 0, 255, 0, 255, 0}},
-    {"5, 6 and 5 bits",
-     file(1, 1, 16, 3, {0, 0xF8, 0, 0, 0xE0, 7, 0, 0, 0x1F, 0, 0, 0}, {0x00, 0x84, 0, 0}),
-     0,
-     {132, 130, 0}},
-    {"24 bits", file(1, 1, 24, 0, {}, {1, 2, 3, 0}), 0, {3, 2, 1}},
-    {"32 bits, of which 8 mean nothing", file(1, 1, 32, 0, {}, {1, 2, 3, 77}), 0, {3, 2, 1}},
-    {"32 bits with alpha",
-     file(1, 1, 32, 6, {0xFF, 0, 0, 0, 0, 0xFF, 0, 0, 0, 0, 0xFF, 0, 0, 0, 0, 0xFF}, {1, 2, 3, 77}),
-     0,
-     {1, 2, 3, 77}},
-    {"runs of bytes",
-     file(4, 3, 8, 1, kFourColors, {3, 2, 0, 0, 0, 3, 1, 2, 3, 0, 0, 0, 9, 1, 0, 1}),
-     6,
-     {2, 2, 2, 0, 1, 2, 3, 0, 1, 1, 1, 1}},
-    {"runs of half bytes", file(5, 1, 4, 2, kFourColors, {3, 0x12, 0, 1}), 6, {1, 2, 1, 0, 0}},
-    {"literal half bytes",
-     file(5, 1, 4, 2, kFourColors, {0, 5, 0x12, 0x31, 0x20, 0, 0, 1}),
-     6,
-     {1, 2, 3, 1, 2}},
-    {"runs that skip",
-     file(3, 4, 8, 1, kFourColors, {1, 3, 0, 2, 1, 2, 1, 2, 0, 0, 1, 1, 0, 1}),
-     6,
-     {3, 0, 0, 0, 0, 0, 0, 0, 2, 1, 0, 0}},
-};
+const std::string kFourColors = "\3\2\1\0\6\5\4\0\x09\x08\7\0\x0C\x0B\x0A\0"s;
 
 TEST(BmpLoader, ReadsEveryKind) {
+    const struct {
+        const char* what;
+        std::string file;
+        int32_t orientation;
+        std::string samples;
+    } cases[] = {
+        {"1 bit", file(9, 1, 1, 0, kFourColors.substr(0, 8), "\xA0\x80\0\0"s), 0,
+         "\1\0\1\0\0\0\0\0\1"s},
+        {"2 bits", file(3, 1, 2, 0, kFourColors, "\x1B\0\0\0"s), 0, "\0\1\2"s},
+        {"4 bits, the top line first", file(3, -2, 4, 0, kFourColors, "\x12\x30\0\0\1\0\0\0"s), 0,
+         "\1\2\3\0\1\0"s},
+        {"8 bits", file(1, 2, 8, 0, kFourColors, "\3\0\0\0\1\0\0\0"s), 0, "\1\3"},
+        {"5 bits a channel", file(2, 1, 16, 0, "", "\x1F\x7C\xE0\3"), 0, "\xFF\0\xFF\0\xFF\0"s},
+        {"5, 6 and 5 bits", file(1, 1, 16, 3, "\0\xF8\0\0\xE0\7\0\0\x1F\0\0\0"s, "\0\x84\0\0"s), 0,
+         "\x84\x82\0"s},
+        {"24 bits", file(1, 1, 24, 0, "", "\1\2\3\0"s), 0, "\3\2\1"},
+        {"32 bits, of which 8 mean nothing", file(1, 1, 32, 0, "", "\1\2\3M"), 0, "\3\2\1"},
+        {"32 bits with alpha",
+         file(1, 1, 32, 6, "\xFF\0\0\0\0\xFF\0\0\0\0\xFF\0\0\0\0\xFF"s, "\1\2\3M"), 0, "\1\2\3M"},
+        {"runs of bytes", file(4, 3, 8, 1, kFourColors, "\3\2\0\0\0\3\1\2\3\0\0\0\x09\1\0\1"s), 6,
+         "\2\2\2\0\1\2\3\0\1\1\1\1"s},
+        {"runs of half bytes", file(5, 1, 4, 2, kFourColors, "\3\x12\0\1"s), 6, "\1\2\1\0\0"s},
+        {"literal half bytes", file(5, 1, 4, 2, kFourColors, "\0\5\x12\x31\x20\0\0\1"s), 6,
+         "\1\2\3\1\2"},
+        {"runs that skip", file(3, 4, 8, 1, kFourColors, "\1\3\0\2\1\2\1\2\0\0\1\1\0\1"s), 6,
+         "\3\0\0\0\0\0\0\0\2\1\0\0"s},
+    };
     const ScratchDirectory files;
-    for (const Case& c : kCases) {
+    for (const auto& c : cases) {
         SCOPED_TRACE(c.what);
         const LoadedImage got = load<BmpLoader>(files.write("a", c.file));
-        EXPECT_EQ(got.samples, c.samples);
+        EXPECT_EQ(got.text(), c.samples);
         EXPECT_EQ(got.image.orientation, c.orientation);
         EXPECT_EQ(tagsOf(got.image)[ITAG_XDPI], 300u);
         EXPECT_EQ(tagsOf(got.image)[ITAG_YDPI], 72u);
@@ -103,54 +75,45 @@ TEST(BmpLoader, ReadsEveryKind) {
 }
 
 TEST(BmpLoader, RefusesWhatIsNotRight) {
-    const std::pair<std::string, int32_t> cases[] = {
-        {"", formats::kNotThisFormat},
-        {"BM", formats::kNotThisFormat},
-        {"GIF89a and so on and so on", formats::kNotThisFormat},
-        {file(0, 1, 24, 0, {}, {}), formats::kDamaged},
-        {file(1, 0, 24, 0, {}, {}), formats::kDamaged},
-        {file(65537, 1, 24, 0, {}, {}), formats::kUnsupported},
-        {file(1, INT32_MIN, 24, 0, {}, {}), formats::kUnsupported},
-        {file(1, 1, 7, 0, kFourColors, {}), formats::kUnsupported},
-        {file(1, 1, 24, 4, {}, {}), formats::kUnsupported},
-        {file(1, 1, 16, 3, {5, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0}, {0, 0, 0, 0}),
-         formats::kUnsupported},
-        {file(1, 1, 8, 1, kFourColors, {1}), formats::kDamaged},
-        {file(1, 2, 24, 0, {}, {1, 2, 3, 0, 1, 2}), formats::kDamaged}};
+    const std::pair<int32_t, std::vector<std::string>> cases[] = {
+        {formats::kNotThisFormat, {"", "BM", "GIF89a and so on and so on"}},
+        {formats::kDamaged,
+         {file(0, 1, 24, 0, "", ""), file(1, 0, 24, 0, "", ""), file(1, 1, 8, 1, kFourColors, "\1"),
+          file(1, 2, 24, 0, "", "\1\2\3\0\1\2"s)}},
+        {formats::kUnsupported,
+         {file(65537, 1, 24, 0, "", ""), file(1, INT32_MIN, 24, 0, "", ""),
+          file(1, 1, 7, 0, kFourColors, ""), file(1, 1, 24, 4, "", ""),
+          file(1, 1, 16, 3, "\5" + std::string(11, '\0'), std::string(4, '\0'))}}};
     const ScratchDirectory files;
-    for (const auto& [bytes, code] : cases)
-        EXPECT_EQ(loadFailure<BmpLoader>(files.write("a", bytes)), code);
+    for (const auto& [code, contents] : cases) {
+        for (const std::string& content : contents)
+            EXPECT_EQ(loadFailure<BmpLoader>(files.write("a", content)), code);
+    }
 }
 
 TEST(BmpSaver, WhatItWritesReadsBackTheSame) {
     const ScratchDirectory files;
     for (const VORN_Word channels : {3, 4}) {
         for (const VORN_Word height : {1, 500}) {  // more lines than one block holds
-            const size_t lineBytes = 301 * channels;
-            const auto samples = noiseOf(lineBytes * height);
-            auto words = imageWords(301, height, channels, VORN_CS_RGB);
-            words.insert(words.end(), {ITAG_XDPI, 300});
-            save<BmpSaver>(files.path("a.bmp"), words, samples);
-            const LoadedImage back = load<BmpLoader>(files.path("a.bmp"));
-            ASSERT_EQ(back.image.channels, static_cast<int32_t>(channels));
+            const LoadedImage back = throughFile<BmpSaver, BmpLoader>(
+                files.path("a.bmp"),
+                imageWords(301, height, channels, VORN_CS_RGB, 1, {ITAG_XDPI, 300}));
             EXPECT_EQ(tagsOf(back.image)[ITAG_YDPI], 300u);
-            EXPECT_TRUE(back.samples == samples);
         }
     }
 }
 
 TEST(BmpSaver, WritesGreyAndIndicesWithAPalette) {
     const ScratchDirectory files;
-    save<BmpSaver>(files.path("a.bmp"), imageWords(3, 1, 1, VORN_CS_GRAY), {0, 100, 255});
-    EXPECT_EQ(load<BmpLoader>(files.path("a.bmp")).samples, (std::vector<uint8_t>{0, 100, 255}));
-    EXPECT_EQ(paletteOf(load<BmpLoader>(files.path("a.bmp")).image)[300], 100);
-    save<BmpSaver>(files.path("a.bmp"), imageWords(1, 1, 2, VORN_CS_GRAY), {100, 50});
-    EXPECT_EQ(load<BmpLoader>(files.path("a.bmp")).samples,
-              (std::vector<uint8_t>{100, 100, 100, 50}));
+    const std::string path = files.path("a.bmp");
+    save<BmpSaver>(path, imageWords(3, 1, 1, VORN_CS_GRAY), {0, 100, 255});
+    const LoadedImage grey = load<BmpLoader>(path);
+    EXPECT_EQ(grey.samples, (Bytes{0, 100, 255}));
+    EXPECT_EQ(paletteOf(grey.image)[300], 100);
+    save<BmpSaver>(path, imageWords(1, 1, 2, VORN_CS_GRAY), {100, 50});
+    EXPECT_EQ(load<BmpLoader>(path).samples, (Bytes{100, 100, 100, 50}));
     for (const VORN_Word colorSpace : {VORN_CS_CMAPPED, VORN_CS_CMYK})
-        EXPECT_EQ(failureOf([&] {
-                      save<BmpSaver>(files.path("b"), imageWords(1, 1, 1, colorSpace), {});
-                  }),
+        EXPECT_EQ(saveFailure<BmpSaver>(path, imageWords(1, 1, 1, colorSpace)),
                   formats::kCannotSave);
 }
 

@@ -5,20 +5,23 @@
 #include <vorn/host.h>
 #include <vorn/library.h>
 
-#include <fstream>
-#include <iterator>
 #include <map>
 #include <string>
 #include <utility>
 #include <vector>
 
+#include "formats/common/layout.h"
 #include "formats/common/loader.h"
 #include "formats/common/saver.h"
 #include "tests/scratch_home.h"
 
+using Bytes = std::vector<uint8_t>;
+
 struct LoadedImage {
     formats::Description image;
-    std::vector<uint8_t> samples;
+    Bytes samples;
+
+    std::string text() const { return {samples.begin(), samples.end()}; }
 };
 
 template <class Loader>
@@ -72,15 +75,52 @@ inline std::vector<uint8_t> paletteOf(const formats::Description& image) {
     return {entries, entries + 3 * palette->format.width};
 }
 
-// The first words of an image's description for a saver.
+// "1x2 RGB 4 of 8 bits alpha": size, colours, channels and their significant bits. 16-bit samples
+// are marked: "5 of 12/16 bits".
+inline std::string summaryOf(const formats::Description& image) {
+    static constexpr const char* kSpaces[] = {"None",   "Gray", "RGB",  "YUV",
+                                              "YUV601", "CMY",  "CMYK", "CMAPPED"};
+    return std::to_string(image.width) + 'x' + std::to_string(image.height) + ' ' +
+           kSpaces[image.colorSpace] + ' ' + std::to_string(image.channels) + " of " +
+           std::to_string(image.significantBits) + (image.bytesPerChannel == 2 ? "/16" : "") +
+           " bits" + (image.alpha ? " alpha" : "");
+}
+
+// The first words of an image's description for a saver, and more of them.
 inline std::vector<VORN_Word> imageWords(VORN_Word width,
                                          VORN_Word height,
                                          VORN_Word channels,
                                          VORN_Word colorSpace,
-                                         VORN_Word bytes = 1) {
-    return {ITAG_Width,      width,      ITAG_Height,           height, ITAG_Channels, channels,
-            ITAG_ColorSpace, colorSpace, ITAG_ImageChannelSize, bytes};
+                                         VORN_Word bytes = 1,
+                                         const std::vector<VORN_Word>& more = {}) {
+    std::vector<VORN_Word> words{
+        ITAG_Width,      width,      ITAG_Height,           height, ITAG_Channels, channels,
+        ITAG_ColorSpace, colorSpace, ITAG_ImageChannelSize, bytes};
+    words.insert(words.end(), more.begin(), more.end());
+    return words;
 }
+
+// The value of a saver's palette tag.
+class PaletteTag {
+  public:
+    PaletteTag(Bytes entries,
+                        int32_t channels = 3,
+                        int32_t bytes = 1,
+                        int32_t colorSpace = VORN_CS_RGB) {
+        const auto count = static_cast<int32_t>(entries.size()) / (channels * bytes);
+        const VORN_ChunkyBuffer line =
+            formats::interleavedBuffer(entries.data(), count, 1, channels, bytes);
+        palette_ = VORN_H_CreatePaletteData(&line, colorSpace);
+    }
+    ~PaletteTag() { VORN_H_FreePaletteData(palette_); }
+    PaletteTag(const PaletteTag&) = delete;
+    PaletteTag& operator=(const PaletteTag&) = delete;
+
+    operator VORN_Word() const { return reinterpret_cast<VORN_Word>(palette_); }
+
+  private:
+    VORN_Palette* palette_;
+};
 
 inline std::vector<uint8_t> noiseOf(size_t count) {
     std::vector<uint8_t> samples(count);
@@ -140,9 +180,39 @@ void save(const std::string& path,
     file.commit();
 }
 
-inline std::string contentOf(const std::string& path) {
-    std::ifstream in(path, std::ios::binary);
-    return {std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
+inline Bytes bytesOf(const std::string& text) { return {text.begin(), text.end()}; }
+
+// Saves noise (or these samples), and expects the loader to bring the same picture back.
+template <class Saver, class Loader>
+LoadedImage throughFile(const std::string& path,
+                        const std::vector<VORN_Word>& words,
+                        Bytes samples = {}) {
+    if (samples.empty()) samples = noiseOf(words[1] * words[3] * words[5] * words[9]);
+    save<Saver>(path, words, samples);
+    LoadedImage back = load<Loader>(path);
+    const auto colorSpace = static_cast<int32_t>(words[7]);
+    const auto channels = static_cast<int32_t>(words[5]);
+    EXPECT_EQ(VORN_Word(back.image.width), words[1]);
+    EXPECT_EQ(VORN_Word(back.image.height), words[3]);
+    EXPECT_EQ(back.image.channels, channels);
+    EXPECT_EQ(back.image.colorSpace, colorSpace);
+    EXPECT_EQ(VORN_Word(back.image.bytesPerChannel), words[9]);
+    EXPECT_EQ(back.image.alpha, channels > VORN_L_ColorSpaceChannels(colorSpace));
+    EXPECT_TRUE(back.samples == samples);
+    return back;
 }
 
-inline std::vector<uint8_t> bytesOf(const std::string& text) { return {text.begin(), text.end()}; }
+// What the saver says of an image that it can't save.
+template <class Saver>
+int32_t saveFailure(const std::string& path,
+                    std::vector<VORN_Word> words,
+                    const Bytes& samples = {}) {
+    return failureOf([&] { save<Saver>(path, std::move(words), samples); });
+}
+
+// A test with files and settings of its own.
+class FormatTest : public testing::Test {
+  protected:
+    ScratchDirectory files_;
+    UserSettings settings_;
+};

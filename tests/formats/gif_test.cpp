@@ -1,8 +1,5 @@
-#include <vorn/host.h>
-
 #include <set>
 
-#include "formats/common/layout.h"
 #include "formats/gif/gif_loader.h"
 #include "formats/gif/gif_saver.h"
 #include "tests/formats/format_files.h"
@@ -11,22 +8,17 @@ namespace {
 
 using gif::GifLoader;
 using gif::GifSaver;
-using Bytes = std::vector<uint8_t>;
 
 // Frames and what is left of them are compared with real files; here is what the saver makes.
 TEST(Gif, KeepsIndicesAndGreys) {
     const ScratchDirectory files;
     Bytes entries{1, 2, 3, 40, 50, 60, 7, 8, 9};
-    const VORN_ChunkyBuffer line = formats::interleavedBuffer(entries.data(), 3, 1, 3, 1);
-    VORN_Palette* palette = VORN_H_CreatePaletteData(&line, VORN_CS_RGB);
-    auto words = imageWords(3, 2, 1, VORN_CS_CMAPPED);
-    words.insert(words.end(), {ITAG_Palette, reinterpret_cast<VORN_Word>(palette), ITAG_Description,
-                               word("caf\xC3\xA9")});
-    save<GifSaver>(files.path("a.gif"), words, {0, 1, 2, 2, 1, 0});
-    VORN_H_FreePaletteData(palette);
-    const LoadedImage indexed = load<GifLoader>(files.path("a.gif"));
-    EXPECT_EQ(indexed.image.colorSpace, VORN_CS_CMAPPED);
-    EXPECT_EQ(indexed.samples, (Bytes{0, 1, 2, 2, 1, 0}));
+    const PaletteTag palette(entries);
+    const LoadedImage indexed = throughFile<GifSaver, GifLoader>(
+        files.path("a.gif"),
+        imageWords(3, 2, 1, VORN_CS_CMAPPED, 1,
+                   {ITAG_Palette, palette, ITAG_Description, word("caf\xC3\xA9")}),
+        {0, 1, 2, 2, 1, 0});
     entries.insert(entries.end(), 3, 0);  // palettes have a power of two of entries
     EXPECT_EQ(paletteOf(indexed.image), entries);
     EXPECT_EQ(textOf(indexed.image, ITAG_Description), "caf\xC3\xA9");
@@ -69,9 +61,7 @@ TEST(Gif, RefusesWhatIsNotRight) {
         EXPECT_EQ(failureOf([&] { load<GifLoader>(files.path("a"), {.page = page}); }),
                   formats::kNoSuchPage);
     for (const VORN_Word colorSpace : {VORN_CS_CMAPPED, VORN_CS_CMYK})
-        EXPECT_EQ(failureOf([&] {
-                      save<GifSaver>(files.path("b"), imageWords(1, 1, 1, colorSpace), {});
-                  }),
+        EXPECT_EQ(saveFailure<GifSaver>(files.path("b"), imageWords(1, 1, 1, colorSpace)),
                   formats::kCannotSave);
 }
 

@@ -1,5 +1,3 @@
-#include <vorn/host.h>
-
 #include <cstdlib>
 
 #include "formats/jpeg/jpeg_loader.h"
@@ -12,8 +10,8 @@ using jpeg::JpegLoader;
 using jpeg::JpegSaver;
 
 // A picture without hard edges, so that compression changes little.
-std::vector<uint8_t> slopes(size_t width, size_t height, size_t channels) {
-    std::vector<uint8_t> samples;
+Bytes slopes(size_t width, size_t height, size_t channels) {
+    Bytes samples;
     for (size_t y = 0; y < height; ++y) {
         for (size_t x = 0; x < width; ++x) {
             for (size_t c = 0; c < channels; ++c)
@@ -23,31 +21,26 @@ std::vector<uint8_t> slopes(size_t width, size_t height, size_t channels) {
     return samples;
 }
 
-int furthest(const std::vector<uint8_t>& a, const std::vector<uint8_t>& b) {
+int furthest(const Bytes& a, const Bytes& b) {
     int most = a.size() == b.size() ? 0 : 256;
     for (size_t i = 0; most < 256 && i < a.size(); ++i)
         most = std::max(most, std::abs(a[i] - b[i]));
     return most;
 }
 
-class Jpeg : public testing::Test {
+class Jpeg : public FormatTest {
   protected:
-    Jpeg() { VORN_H_ModuleStoreParameters("jpeg", VORN_SAVER, ""); }
-
     std::string saved(size_t width,
                       size_t height,
                       size_t channels,
                       VORN_Word colorSpace,
                       const std::vector<VORN_Word>& more = {}) {
-        auto words = imageWords(width, height, channels, colorSpace);
-        words.insert(words.end(), more.begin(), more.end());
         const size_t taken = colorSpace == VORN_CS_RGB && channels == 4 ? 3 : channels;
-        save<JpegSaver>(files_.path("a.jpg"), words, slopes(width, height, taken));
+        save<JpegSaver>(files_.path("a.jpg"),
+                        imageWords(width, height, channels, colorSpace, 1, more),
+                        slopes(width, height, taken));
         return files_.path("a.jpg");
     }
-
-    ScratchDirectory files_;
-    ScopedVariable config_{"XDG_CONFIG_HOME", files_.path("config").c_str()};
 };
 
 TEST_F(Jpeg, KeepsGreyColourAndInk) {
@@ -98,21 +91,20 @@ TEST_F(Jpeg, KeepsTextsResolutionAndOrientation) {
 
 TEST_F(Jpeg, DeliversTheSmallestPictureThatIsLargeEnough) {
     const std::string upright = saved(100, 60, 3, VORN_CS_RGB);
-    struct Case {
+    const struct {
         formats::Wishes wishes;
         int32_t width, height;
-    };
-    const Case cases[] = {{{}, 100, 60},
-                          {{.width = 100}, 100, 60},
-                          {{.width = 51}, 100, 60},
-                          {{.width = 50, .height = 30}, 50, 30},
-                          {{.width = 50, .height = 31}, 100, 60},
-                          {{.width = 20}, 25, 15},
-                          {{.height = 8}, 13, 8},
-                          {{.width = 1, .height = 1}, 13, 8},
-                          {{.width = 9999}, 100, 60},
-                          {{.width = -5, .height = -5}, 100, 60}};
-    for (const Case& c : cases) {
+    } cases[] = {{{}, 100, 60},
+                 {{.width = 100}, 100, 60},
+                 {{.width = 51}, 100, 60},
+                 {{.width = 50, .height = 30}, 50, 30},
+                 {{.width = 50, .height = 31}, 100, 60},
+                 {{.width = 20}, 25, 15},
+                 {{.height = 8}, 13, 8},
+                 {{.width = 1, .height = 1}, 13, 8},
+                 {{.width = 9999}, 100, 60},
+                 {{.width = -5, .height = -5}, 100, 60}};
+    for (const auto& c : cases) {
         const LoadedImage got = load<JpegLoader>(upright, c.wishes);
         EXPECT_EQ(got.image.width, c.width) << c.wishes.width;
         EXPECT_EQ(got.image.height, c.height) << c.wishes.width;
@@ -133,7 +125,7 @@ size_t frameOf(const std::string& file) {
 
 TEST_F(Jpeg, StoresWhatIsSet) {
     const auto fileWith = [&](const char* settings) {
-        VORN_H_ModuleStoreParameters("jpeg", VORN_SAVER, settings);
+        settings_.store("jpeg", settings);
         return contentOf(saved(64, 64, 3, VORN_CS_RGB));
     };
     const auto sampling = [&](const std::string& file) { return file[frameOf(file) + 9]; };
@@ -150,7 +142,7 @@ TEST_F(Jpeg, StoresWhatIsSet) {
 
 TEST_F(Jpeg, SaysWhyAFileCannotBeRead) {
     const auto failureWith = [&](size_t offset, std::string bytes, const char* settings = "") {
-        VORN_H_ModuleStoreParameters("jpeg", VORN_SAVER, settings);
+        settings_.store("jpeg", settings);
         std::string file = contentOf(saved(64, 64, 3, VORN_CS_RGB));
         file.replace(frameOf(file) + offset, bytes.size(), bytes);
         return loadFailure<JpegLoader>(files_.write("b.jpg", file));
@@ -166,17 +158,11 @@ TEST_F(Jpeg, SaysWhyAFileCannotBeRead) {
 }
 
 TEST_F(Jpeg, RefusesWhatTheFormatCannotHold) {
-    const auto failure = [&](VORN_Word width, VORN_Word channels, VORN_Word colorSpace) {
-        return failureOf([&] {
-            save<JpegSaver>(files_.path("a"), imageWords(width, 1, channels, colorSpace), {});
-        });
-    };
-    EXPECT_EQ(failure(1, 1, VORN_CS_CMAPPED), formats::kCannotSave);
-    EXPECT_EQ(failure(1, 5, VORN_CS_NONE), formats::kCannotSave);
-    EXPECT_EQ(failure(65501, 1, VORN_CS_GRAY), formats::kCannotSave);
-    EXPECT_EQ(failureOf([] {
-                  save<JpegSaver>("/dev/full", imageWords(6, 6, 1, VORN_CS_GRAY), noiseOf(36));
-              }),
+    for (const auto& words :
+         {imageWords(1, 1, 1, VORN_CS_CMAPPED), imageWords(1, 1, 5, VORN_CS_NONE),
+          imageWords(65501, 1, 1, VORN_CS_GRAY)})
+        EXPECT_EQ(saveFailure<JpegSaver>(files_.path("a"), words), formats::kCannotSave);
+    EXPECT_EQ(saveFailure<JpegSaver>("/dev/full", imageWords(6, 6, 1, VORN_CS_GRAY), noiseOf(36)),
               formats::kCannotWrite);
 }
 

@@ -1,7 +1,4 @@
 #include <jxl/encode.h>
-#include <vorn/host.h>
-
-#include <cstring>
 
 #include "formats/jxl/jxl_loader.h"
 #include "formats/jxl/jxl_saver.h"
@@ -13,11 +10,7 @@ namespace {
 using jxl_format::JxlLoader;
 using jxl_format::JxlSaver;
 
-class Jxl : public testing::Test {
-  protected:
-    ScratchDirectory files_;
-    UserSettings settings_;
-};
+using Jxl = FormatTest;
 
 TEST_F(Jxl, KeepsEveryPixelWithoutLossAndTextsAndOrientation) {
     settings_.store("jxl", "Lossless=true");
@@ -25,22 +18,16 @@ TEST_F(Jxl, KeepsEveryPixelWithoutLossAndTextsAndOrientation) {
         for (const VORN_Word bytes : {1, 2}) {
             SCOPED_TRACE(channels * 10 + bytes);
             auto words =
-                imageWords(31, 17, channels, channels < 3 ? VORN_CS_GRAY : VORN_CS_RGB, bytes);
-            words.insert(words.end(),
-                         {ITAG_Artist, word("Andr\xC3\xA9"), ITAG_XDPI, 300, ITAG_YDPI, 72});
-            const auto samples = noiseOf(31 * 17 * channels * bytes);
+                imageWords(31, 17, channels, channels < 3 ? VORN_CS_GRAY : VORN_CS_RGB, bytes,
+                           {ITAG_Artist, word("Andr\xC3\xA9"), ITAG_XDPI, 300, ITAG_YDPI, 72});
             const std::string path = files_.path("a.jxl");
-            save<JxlSaver>(path, words, samples);
+            const LoadedImage plain = throughFile<JxlSaver, JxlLoader>(path, words);
             if (channels % 2 == 1 && hasTool("djxl")) {
                 run("djxl " + path + ' ' + files_.path("a.ppm"));
-                EXPECT_EQ(pnmSamples(files_.path("a.ppm")), samples);
+                EXPECT_EQ(pnmSamples(files_.path("a.ppm")), plain.samples);
             }
             words.insert(words.end(), {ITAG_Orientation, 5});
-            save<JxlSaver>(path, words, samples);
-            const LoadedImage back = load<JxlLoader>(path);
-            EXPECT_EQ(back.image.channels, static_cast<int32_t>(channels));
-            EXPECT_EQ(back.image.alpha, channels % 2 == 0);
-            EXPECT_EQ(back.samples, samples);
+            const LoadedImage back = throughFile<JxlSaver, JxlLoader>(path, words);
             EXPECT_EQ(textOf(back.image, ITAG_Artist), "Andr\xC3\xA9");
             EXPECT_EQ(tagsOf(back.image)[ITAG_XDPI], 300u);
             EXPECT_EQ(back.image.orientation, 5);
@@ -51,9 +38,8 @@ TEST_F(Jxl, KeepsEveryPixelWithoutLossAndTextsAndOrientation) {
 TEST_F(Jxl, StoresWhatIsSetAndAResolutionAlone) {
     const auto sizeWith = [&](const char* set) {
         settings_.store("jxl", set);
-        auto words = imageWords(64, 64, 3, VORN_CS_RGB);
-        words.insert(words.end(), {ITAG_XDPI, 96});
-        save<JxlSaver>(files_.path("a"), words, noiseOf(64 * 64 * 3));
+        save<JxlSaver>(files_.path("a"), imageWords(64, 64, 3, VORN_CS_RGB, 1, {ITAG_XDPI, 96}),
+                       noiseOf(64 * 64 * 3));
         EXPECT_EQ(tagsOf(load<JxlLoader>(files_.path("a")).image)[ITAG_YDPI], 96u);
         return contentOf(files_.path("a")).size();
     };
@@ -121,7 +107,7 @@ TEST_F(Jxl, OpensTheWantedFrame) {
     const std::string path =
         files_.write("a", Encoded{.frames = {{0, 1, 0}, {1, 0, 1}, {1, 1, 0}}}.file());
     const LoadedImage second = load<JxlLoader>(path, {.page = 2});
-    EXPECT_EQ(second.samples, (std::vector<uint8_t>{255, 0, 255}));
+    EXPECT_EQ(second.samples, (Bytes{255, 0, 255}));
     EXPECT_EQ(tagsOf(second.image)[ITAG_PageCount], 3u);
     EXPECT_EQ(failureOf([&] { load<JxlLoader>(path, {.page = 4}); }), formats::kNoSuchPage);
 }
@@ -131,7 +117,7 @@ TEST_F(Jxl, ScalesEverySampleOfOtherDepthsExactly) {
         const uint32_t most = (1u << bits) - 1;
         const uint32_t full = bits > 8 ? 65535 : 255;
         Encoded file{.bits = bits, .frames = {{}}};
-        std::vector<uint8_t> wanted;
+        Bytes wanted;
         for (uint32_t i = 0; i <= most; ++i) {
             file.frames[0].push_back(static_cast<float>(i) / static_cast<float>(most));
             const uint32_t sample = (i * full + most / 2) / most;
@@ -168,9 +154,7 @@ TEST_F(Jxl, RefusesWhatIsNotRight) {
         {Encoded{.bits = 32, .exponent = 8, .frames = {{0, 1}}}.file(), formats::kUnsupported}};
     for (const auto& [file, error] : cases)
         EXPECT_EQ(loadFailure<JxlLoader>(files_.write("a", file)), error) << error;
-    EXPECT_EQ(failureOf([&] {
-                  save<JxlSaver>(files_.path("b"), imageWords(1, 1, 4, VORN_CS_CMYK), {0, 0, 0, 0});
-              }),
+    EXPECT_EQ(saveFailure<JxlSaver>(files_.path("b"), imageWords(1, 1, 4, VORN_CS_CMYK)),
               formats::kCannotSave);
 }
 

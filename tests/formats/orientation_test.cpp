@@ -1,9 +1,6 @@
 // Pictures that lie on their side in the file, seen by a host through the modules.
-#include <vorn/host.h>
-
 #include "formats/common/exif.h"
-#include "formats/common/layout.h"
-#include "tests/formats/format_files.h"
+#include "tests/formats/module_host.h"
 
 namespace {
 
@@ -38,52 +35,20 @@ int storedGrey(const Sides& sides, int x, int y) {
     return greyOf(column, row);
 }
 
-struct Picture {
-    int32_t width, height;
-    std::vector<uint8_t> samples;
-
-    Picture(int32_t w, int32_t h)
-        : width(w), height(h), samples(static_cast<size_t>(w) * static_cast<size_t>(h) * 3) {
-        buffer.type = VORN_BUFFER_CHUNKY;
-        buffer.chunky = formats::interleavedBuffer(samples.data(), w, h, 3, 1);
-    }
-    Picture(const Picture&) = delete;
-    Picture& operator=(const Picture&) = delete;
-
-    uint8_t* block(int column, int row) {
-        return &samples[static_cast<size_t>(
-            3 * ((row * kBlock + kBlock / 2) * width + column * kBlock + kBlock / 2))];
-    }
-
-    VORN_ImageBuffer buffer{};
-};
-
-struct HandleCloser {
-    void operator()(VORN_Image* image) const { VORN_H_ModuleClose(image); }
-};
-using Handle = std::unique_ptr<VORN_Image, HandleCloser>;
-
-Handle moduleOf(const char* name, int32_t type) {
-    return Handle(VORN_H_ModuleVaOpen(name, type, TAG_End));
-}
-
 void saveStored(const char* module, const std::string& path, const Sides& sides) {
     const bool turned = sides.exif > 4;
-    const int across = turned ? kDown : kAcross;
-    const int down = turned ? kAcross : kDown;
-    Picture picture(across * kBlock, down * kBlock);
-    for (int y = 0; y < down * kBlock; ++y) {
-        for (int x = 0; x < across * kBlock; ++x)
-            std::fill_n(&picture.samples[static_cast<size_t>(3 * (y * picture.width + x))], 3,
-                        static_cast<uint8_t>(storedGrey(sides, x / kBlock, y / kBlock)));
-    }
-    const Handle image = moduleOf(module, VORN_SAVER);
-    ASSERT_TRUE(VORN_H_ImageVaOpen(image.get(), ITAG_Filename, path.c_str(), TAG_End));
-    ASSERT_TRUE(VORN_H_ImageVaSetTags(
-        image.get(), ITAG_Width, static_cast<VORN_Word>(picture.width), ITAG_Height,
-        static_cast<VORN_Word>(picture.height), ITAG_Channels, VORN_Word{3}, ITAG_ColorSpace,
-        VORN_Word{VORN_CS_RGB}, ITAG_Orientation,
-        static_cast<VORN_Word>(formats::orientationFromExif(sides.exif)), TAG_End));
+    const int across = (turned ? kDown : kAcross) * kBlock;
+    const int down = (turned ? kAcross : kDown) * kBlock;
+    Pixels picture(across, down, 3, 1);
+    for (int i = 0; i < across * down; ++i)
+        std::fill_n(
+            &picture.samples[static_cast<size_t>(3 * i)], 3,
+            static_cast<uint8_t>(storedGrey(sides, i % across / kBlock, i / across / kBlock)));
+    const Image image(module, VORN_SAVER);
+    ASSERT_TRUE(image.open(path) && describe(image, picture, VORN_CS_RGB));
+    VORN_H_ImageVaSetTags(image.get(), ITAG_Orientation,
+                          static_cast<VORN_Word>(formats::orientationFromExif(sides.exif)),
+                          TAG_End);
     ASSERT_TRUE(VORN_H_ImageVaWriteData(image.get(), &picture.buffer, TAG_End));
 }
 
@@ -91,22 +56,24 @@ void saveStored(const char* module, const std::string& path, const Sides& sides)
 bool isHeif(const std::string& saver) { return saver == "avif" || saver == "heif"; }
 
 void expectUpright(const char* module, const std::string& path) {
-    const Handle image = moduleOf(isHeif(module) ? "heif" : module, VORN_LOADER);
-    ASSERT_TRUE(VORN_H_ImageVaOpen(image.get(), ITAG_Filename, path.c_str(), TAG_End));
+    const Image image(isHeif(module) ? "heif" : module, VORN_LOADER);
+    ASSERT_TRUE(image.open(path));
     ASSERT_TRUE(VORN_H_ImageVaSetTags(image.get(), ITAG_Orientation, VORN_Word{0}, TAG_End));
-    Picture picture(kAcross * kBlock, kDown * kBlock);
+    const Pixels picture(kAcross * kBlock, kDown * kBlock, 3, 1);
     ASSERT_TRUE(VORN_H_ImageVaReadData(image.get(), &picture.buffer, TAG_End));
     for (int row = 0; row < kDown; ++row) {
-        for (int column = 0; column < kAcross; ++column)
-            EXPECT_NEAR(picture.block(column, row)[0], greyOf(column, row), 3) << column << row;
+        for (int column = 0; column < kAcross; ++column) {
+            const int middle =
+                ((row * kBlock + kBlock / 2) * kAcross + column) * kBlock + kBlock / 2;
+            EXPECT_NEAR(picture.samples[static_cast<size_t>(3 * middle)], greyOf(column, row), 3)
+                << column << row;
+        }
     }
 }
 
-class Orientation : public testing::TestWithParam<const char*> {
+class Orientation : public Modules, public testing::WithParamInterface<const char*> {
   protected:
-    ScratchDirectory files_;
-    ScopedVariable config_{"XDG_CONFIG_HOME", files_.path("config").c_str()};
-    ScopedVariable home_{"VORN", VORN_BUILT_HOME};
+    ScopedVariable config_{"XDG_CONFIG_HOME", files_.path("config")};
 };
 
 TEST_P(Orientation, AllEightComeOutUprightAndAreKept) {

@@ -1,6 +1,3 @@
-#include <vorn/host.h>
-
-#include "formats/common/layout.h"
 #include "formats/tiff/tiff_loader.h"
 #include "formats/tiff/tiff_saver.h"
 #include "tests/formats/format_files.h"
@@ -28,8 +25,9 @@ struct TiffToMake {
         return (noise * 2246822519u >> 7) & ((1u << bits) - 1);
     }
 
-    void write(const std::string& path) const {
-        TIFF* tiff = TIFFOpen(path.c_str(), "w");
+    // `mode`: "w" for a new file, "a" for a page behind the others.
+    void write(const std::string& path, const char* mode = "w") const {
+        TIFF* tiff = TIFFOpen(path.c_str(), mode);
         TIFFSetField(tiff, TIFFTAG_IMAGEWIDTH, width);
         TIFFSetField(tiff, TIFFTAG_IMAGELENGTH, height);
         TIFFSetField(tiff, TIFFTAG_BITSPERSAMPLE, bits);
@@ -58,8 +56,8 @@ struct TiffToMake {
     }
 
   private:
-    std::vector<uint8_t> lineOf(uint32_t x0, uint32_t pixels, uint32_t y, int plane) const {
-        std::vector<uint8_t> line;
+    Bytes lineOf(uint32_t x0, uint32_t pixels, uint32_t y, int plane) const {
+        Bytes line;
         unsigned pending = 0;
         int count = 0;
         for (uint32_t x = x0; x < x0 + pixels; ++x) {
@@ -82,7 +80,7 @@ struct TiffToMake {
     void writeTiles(TIFF* tiff, int plane) const {
         for (uint32_t y0 = 0; y0 < height; y0 += tile) {
             for (uint32_t x0 = 0; x0 < width; x0 += tile) {
-                std::vector<uint8_t> bytes;
+                Bytes bytes;
                 for (uint32_t y = y0; y < y0 + tile; ++y) {
                     const auto line = lineOf(x0, tile, y, plane);
                     bytes.insert(bytes.end(), line.begin(), line.end());
@@ -93,11 +91,7 @@ struct TiffToMake {
     }
 };
 
-class Tiff : public testing::Test {
-  protected:
-    ScratchDirectory files_;
-    ScopedVariable config_{"XDG_CONFIG_HOME", files_.path("config").c_str()};
-};
+using Tiff = FormatTest;
 
 TEST_F(Tiff, ReadsEveryDepthAndArrangement) {
     struct Kind {
@@ -169,25 +163,18 @@ TEST_F(Tiff, WhatItWritesReadsBackTheSame) {
     for (const char* setting :
          {"", "Compression=none", "Compression=lzw", "Compression=deflate\nLevel=9",
           "Compression=packbits", "Tiles=64", "Compression=none\nTiles=128"}) {
-        VORN_H_ModuleStoreParameters("tiff", VORN_SAVER, setting);
+        settings_.store("tiff", setting);
         for (const auto& [channels, colorSpace] : kinds) {
             for (const VORN_Word bytes : {1, 2}) {
                 SCOPED_TRACE(testing::Message() << setting << channels << ' ' << bytes);
-                const auto samples = noiseOf(130 * 65 * channels * bytes);
-                save<TiffSaver>(files_.path("a.tif"),
-                                imageWords(130, 65, channels, colorSpace, bytes), samples);
-                const LoadedImage back = load<TiffLoader>(files_.path("a.tif"));
-                EXPECT_EQ(back.image.channels, static_cast<int32_t>(channels));
-                EXPECT_EQ(back.image.colorSpace, static_cast<int32_t>(colorSpace));
-                EXPECT_EQ(back.samples, samples);
+                throughFile<TiffSaver, TiffLoader>(
+                    files_.path("a.tif"), imageWords(130, 65, channels, colorSpace, bytes));
             }
         }
     }
     for (const char* bad : {"Compression=zip", "Tiles=100", "Compression=deflate\nLevel=0"}) {
-        VORN_H_ModuleStoreParameters("tiff", VORN_SAVER, bad);
-        EXPECT_EQ(failureOf([&] {
-                      save<TiffSaver>(files_.path("b"), imageWords(1, 1, 1, VORN_CS_GRAY), {0});
-                  }),
+        settings_.store("tiff", bad);
+        EXPECT_EQ(saveFailure<TiffSaver>(files_.path("b"), imageWords(1, 1, 1, VORN_CS_GRAY), {0}),
                   formats::kBadOption);
     }
 }
@@ -196,7 +183,7 @@ TEST_F(Tiff, ArrangesAndPacksAsIsSet) {
     auto samples = noiseOf(100 * 80);
     for (uint8_t& sample : samples) sample &= 3;
     const auto saved = [&](const char* settings) {
-        VORN_H_ModuleStoreParameters("tiff", VORN_SAVER, settings);
+        settings_.store("tiff", settings);
         save<TiffSaver>(files_.path("a.tif"), imageWords(100, 80, 1, VORN_CS_GRAY), samples);
         TIFF* tiff = TIFFOpen(files_.path("a.tif").c_str(), "r");
         uint32_t tile = 0;
@@ -211,21 +198,14 @@ TEST_F(Tiff, ArrangesAndPacksAsIsSet) {
 }
 
 TEST_F(Tiff, KeepsPaletteTextsResolutionAndOrientation) {
-    std::vector<uint8_t> entries{1, 2, 3, 40, 50, 60};
-    const VORN_ChunkyBuffer line = formats::interleavedBuffer(entries.data(), 2, 1, 3, 1);
-    VORN_Palette* palette = VORN_H_CreatePaletteData(&line, VORN_CS_RGB);
-    auto words = imageWords(2, 1, 1, VORN_CS_CMAPPED);
-    const VORN_Word more[] = {ITAG_Palette,     reinterpret_cast<VORN_Word>(palette),
-                              ITAG_Artist,      word("Andr\xC3\xA9"),
-                              ITAG_PageName,    word("one"),
-                              ITAG_XDPI,        300,
-                              ITAG_YDPI,        72,
-                              ITAG_Orientation, 5};
-    words.insert(words.end(), std::begin(more), std::end(more));
-    save<TiffSaver>(files_.path("a.tif"), words, {1, 0});
-    VORN_H_FreePaletteData(palette);
-    const LoadedImage back = load<TiffLoader>(files_.path("a.tif"));
-    EXPECT_EQ(back.samples, (std::vector<uint8_t>{1, 0}));
+    const Bytes entries{1, 2, 3, 40, 50, 60};
+    const PaletteTag palette(entries);
+    const LoadedImage back = throughFile<TiffSaver, TiffLoader>(
+        files_.path("a.tif"),
+        imageWords(2, 1, 1, VORN_CS_CMAPPED, 1,
+                   {ITAG_Palette, palette, ITAG_Artist, word("Andr\xC3\xA9"), ITAG_PageName,
+                    word("one"), ITAG_XDPI, 300, ITAG_YDPI, 72, ITAG_Orientation, 5}),
+        {1, 0});
     auto colors = paletteOf(back.image);
     ASSERT_EQ(colors.size(), 768u);
     colors.resize(6);
@@ -240,14 +220,7 @@ TEST_F(Tiff, KeepsPaletteTextsResolutionAndOrientation) {
 TEST_F(Tiff, OpensTheWantedPage) {
     const std::string path = files_.path("a.tif");
     TiffToMake{.width = 10}.write(path);
-    TIFF* tiff = TIFFOpen(path.c_str(), "a");
-    TIFFSetField(tiff, TIFFTAG_IMAGEWIDTH, 20);
-    TIFFSetField(tiff, TIFFTAG_IMAGELENGTH, 1);
-    TIFFSetField(tiff, TIFFTAG_BITSPERSAMPLE, 8);
-    TIFFSetField(tiff, TIFFTAG_PHOTOMETRIC, PHOTOMETRIC_MINISBLACK);
-    std::vector<uint8_t> line(20);
-    TIFFWriteScanline(tiff, line.data(), 0, 0);
-    TIFFClose(tiff);
+    TiffToMake{.width = 20}.write(path, "a");
     EXPECT_EQ(load<TiffLoader>(path).image.width, 10);
     const LoadedImage second = load<TiffLoader>(path, {.page = 2});
     EXPECT_EQ(second.image.width, 20);
@@ -259,9 +232,7 @@ TEST_F(Tiff, OpensTheWantedPage) {
 TEST_F(Tiff, RefusesWhatIsNoTiffAndWhatItCannotHold) {
     for (const char* other : {"", "II*", "just a text"})
         EXPECT_EQ(loadFailure<TiffLoader>(files_.write("a", other)), formats::kNotThisFormat);
-    EXPECT_EQ(failureOf([&] {
-                  save<TiffSaver>(files_.path("b"), imageWords(1, 1, 1, VORN_CS_CMAPPED), {});
-              }),
+    EXPECT_EQ(saveFailure<TiffSaver>(files_.path("b"), imageWords(1, 1, 1, VORN_CS_CMAPPED)),
               formats::kCannotSave);
 }
 

@@ -1,4 +1,3 @@
-#include <vorn/host.h>
 #include <webp/mux.h>
 
 #include "formats/webp/webp_loader.h"
@@ -10,23 +9,15 @@ namespace {
 using webp::WebpLoader;
 using webp::WebpSaver;
 
-class Webp : public testing::Test {
-  protected:
-    ScratchDirectory files_;
-    ScopedVariable config_{"XDG_CONFIG_HOME", files_.path("config").c_str()};
-};
+using Webp = FormatTest;
 
 TEST_F(Webp, KeepsEveryPixelWithoutLossAndTextsAndOrientation) {
-    VORN_H_ModuleStoreParameters("webp", VORN_SAVER, "Lossless=true");
+    settings_.store("webp", "Lossless=true");
     for (const VORN_Word channels : {3, 4}) {
-        auto words = imageWords(31, 17, channels, VORN_CS_RGB);
-        words.insert(words.end(), {ITAG_Artist, word("Andr\xC3\xA9"), ITAG_XDPI, 300, ITAG_YDPI, 72,
-                                   ITAG_Orientation, 5});
-        const auto samples = noiseOf(31 * 17 * channels);
-        save<WebpSaver>(files_.path("a.webp"), words, samples);
-        const LoadedImage back = load<WebpLoader>(files_.path("a.webp"));
-        EXPECT_EQ(back.image.channels, static_cast<int32_t>(channels));
-        EXPECT_EQ(back.samples, samples);
+        const LoadedImage back = throughFile<WebpSaver, WebpLoader>(
+            files_.path("a.webp"), imageWords(31, 17, channels, VORN_CS_RGB, 1,
+                                              {ITAG_Artist, word("Andr\xC3\xA9"), ITAG_XDPI, 300,
+                                               ITAG_YDPI, 72, ITAG_Orientation, 5}));
         EXPECT_EQ(textOf(back.image, ITAG_Artist), "Andr\xC3\xA9");
         EXPECT_EQ(tagsOf(back.image)[ITAG_XDPI], 300u);
         EXPECT_EQ(back.image.orientation, 5);
@@ -34,10 +25,10 @@ TEST_F(Webp, KeepsEveryPixelWithoutLossAndTextsAndOrientation) {
 }
 
 TEST_F(Webp, StoresWhatIsSet) {
-    const auto sizeWith = [&](const char* settings) {
-        VORN_H_ModuleStoreParameters("webp", VORN_SAVER, settings);
+    const auto sizeWith = [&](const char* set) {
+        settings_.store("webp", set);
         save<WebpSaver>(files_.path("a"), imageWords(64, 64, 3, VORN_CS_RGB), noiseOf(64 * 64 * 3));
-        return contentOf(files_.path("a")).size();
+        return files_.read("a").size();
     };
     EXPECT_LT(sizeWith("Quality=10"), sizeWith(""));
     EXPECT_LT(sizeWith(""), sizeWith("Lossless=true"));
@@ -85,14 +76,9 @@ TEST_F(Webp, OpensTheWantedFrame) {
 TEST_F(Webp, RefusesWhatIsNotRight) {
     for (const char* other : {"", "RIFF", "RIFF1234WAVE"})
         EXPECT_EQ(loadFailure<WebpLoader>(files_.write("a", other)), formats::kNotThisFormat);
-    for (const auto& [width, colorSpace] : {std::pair{16384, VORN_CS_RGB}, {1, VORN_CS_CMYK}})
-        EXPECT_EQ(failureOf([&, w = width, c = colorSpace] {
-                      save<WebpSaver>(
-                          files_.path("b"),
-                          imageWords(static_cast<VORN_Word>(w), 1, 3, static_cast<VORN_Word>(c)),
-                          {});
-                  }),
-                  formats::kCannotSave);
+    for (const auto& words :
+         {imageWords(16384, 1, 3, VORN_CS_RGB), imageWords(1, 1, 3, VORN_CS_CMYK)})
+        EXPECT_EQ(saveFailure<WebpSaver>(files_.path("b"), words), formats::kCannotSave);
 }
 
 }  // namespace
