@@ -8,7 +8,7 @@ TEST(CommandLine, RefusesWrongUsageWithStatus2BeforeAnythingIsDone) {
     const ScratchDirectory scratch;
     const std::string in = scratch.write("in.ppm", anymap("P6", 1, 1, 255, {1, 2, 3}));
     const std::string out = scratch.path("out.ppm");
-    const std::vector<std::vector<std::string>> wrong = {
+    const std::vector<Arguments> wrong = {
         {},
         {"paint"},
         {"info"},
@@ -26,6 +26,8 @@ TEST(CommandLine, RefusesWrongUsageWithStatus2BeforeAnythingIsDone) {
         {"convert", in, out, "--set", "Artist"},
         {"convert", in, out, "--set", "Width=10"},
         {"convert", in, out, "--set", "XDPI=fine"},
+        {"convert", in, out, "--size", "5y5"},
+        {"info", in, "--page", "0"},
         {"explain"},
         {"explain", "seven"},
         {"explain", "0x"},
@@ -53,16 +55,21 @@ TEST(CommandLine, TellsAboutItselfOnRequest) {
 }
 
 TEST(CommandLine, ExplainsNumbersInDecimalAndHexadecimal) {
-    const Ended memory = vorn({"explain", "17"});
-    expectDone(memory);
-    EXPECT_EQ(memory.out, "There is not enough memory\n");
-    EXPECT_EQ(vorn({"explain", "0x11"}).out, memory.out);
-    EXPECT_EQ(vorn({"explain", "0x8000013", "2"}).out,
-              "The module program could not be started,  No such file or directory\n");
-    EXPECT_EQ(vorn({"explain", "134217747", "0x2"}).out, vorn({"explain", "0x8000013", "2"}).out);
-    EXPECT_EQ(vorn({"explain", "123456"}).out, "Code #123456,0 (Unknown error type)\n");
-    EXPECT_EQ(vorn({"explain", "0x8000025", "0x8004406F"}).out,
-              "The file could not be written,  AVIError - Couldn't open file\n");
+    const std::string missing =
+        "The module program could not be started,  No such file or directory";
+    const std::pair<Arguments, std::string> cases[] = {
+        {{"17"}, "There is not enough memory"},
+        {{"0x11"}, "There is not enough memory"},
+        {{"0x8000013", "2"}, missing},
+        {{"134217747", "0x2"}, missing},
+        {{"123456"}, "Code #123456,0 (Unknown error type)"},
+        {{"0x8000025", "0x8004406F"},
+         "The file could not be written,  AVIError - Couldn't open file"}};
+    for (const auto& [numbers, text] : cases) {
+        const Ended ended = vorn(joined({"explain"}, numbers));
+        expectDone(ended);
+        EXPECT_EQ(ended.out, text + '\n');
+    }
 }
 
 TEST(CommandLine, SaysWhatIsWrongWithTheHomeDirectory) {

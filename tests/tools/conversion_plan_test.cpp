@@ -36,38 +36,38 @@ int32_t planned(const ImageDescription& description,
     return plan ? plan->colorSpace : -1;
 }
 
-TEST(ConversionPlan, KeepsTheColorSpaceWhereTheSaverTakesIt) {
-    EXPECT_EQ(planned(image(VORN_CS_GRAY, 1), saver({"RGB", "Gray"})), VORN_CS_GRAY);
-    EXPECT_EQ(planned(image(VORN_CS_CMYK, 4), saver({"RGB", "CMYK"})), VORN_CS_CMYK);
-    EXPECT_EQ(planned(image(VORN_CS_CMAPPED, 1), saver({"RGB", "CMAPPED"})), VORN_CS_CMAPPED);
-}
-
-TEST(ConversionPlan, TakesTheRichestColorSpaceThatCanBeMade) {
-    EXPECT_EQ(planned(image(VORN_CS_GRAY, 1), saver({"CMYK", "YUV601", "RGB"})), VORN_CS_RGB);
-    EXPECT_EQ(planned(image(VORN_CS_RGB, 3), saver({"Gray", "YUV601"})), VORN_CS_YUV601);
-    EXPECT_EQ(planned(image(VORN_CS_CMAPPED, 1), saver({"Gray", "RGB"})), VORN_CS_RGB);
-    EXPECT_EQ(planned(image(VORN_CS_RGB, 3), saver({"CMAPPED"})), -1);
-    EXPECT_EQ(planned(image(VORN_CS_CMYK, 4), saver({"RGB"})), -1);
-}
-
-TEST(ConversionPlan, RefusesAWishThatCanNotBeMet) {
-    const Capabilities all = saver({"RGB", "Gray", "YUV", "CMAPPED"});
-    EXPECT_EQ(planned(image(VORN_CS_RGB, 3), all, {.colorSpace = VORN_CS_GRAY}), VORN_CS_GRAY);
-    EXPECT_EQ(planned(image(VORN_CS_RGB, 3), all, {.colorSpace = VORN_CS_YUV}), -1);
-    EXPECT_EQ(planned(image(VORN_CS_RGB, 3), all, {.colorSpace = VORN_CS_CMAPPED}), -1);
-    EXPECT_EQ(planned(image(VORN_CS_RGB, 3), all, {.colorSpace = VORN_CS_CMYK}), -1);
-}
-
-// An index stretched from 8 to 16 bits would name another entry.
-TEST(ConversionPlan, NeverChangesTheDepthOfIndices) {
-    const Capabilities both = saver({"RGB", "CMAPPED"});
-    EXPECT_EQ(planned(image(VORN_CS_CMAPPED, 1), both, {.depth = 16}), VORN_CS_RGB);
-    EXPECT_EQ(planned(image(VORN_CS_CMAPPED, 1), both, {.depth = 8}), VORN_CS_CMAPPED);
+TEST(ConversionPlan, TakesTheWishOrKeepsTheColorSpaceOrTakesTheRichestThatCanBeMade) {
+    constexpr int32_t kNone = -1;
+    const struct {
+        int32_t own, channels;
+        std::vector<std::string> ofTheSaver;
+        int32_t planned;
+        ConversionWishes wishes = {};
+    } cases[] = {
+        {VORN_CS_GRAY, 1, {"RGB", "Gray"}, VORN_CS_GRAY},
+        {VORN_CS_CMYK, 4, {"RGB", "CMYK"}, VORN_CS_CMYK},
+        {VORN_CS_CMAPPED, 1, {"RGB", "CMAPPED"}, VORN_CS_CMAPPED},
+        {VORN_CS_GRAY, 1, {"CMYK", "YUV601", "RGB"}, VORN_CS_RGB},
+        {VORN_CS_RGB, 3, {"Gray", "YUV601"}, VORN_CS_YUV601},
+        {VORN_CS_CMAPPED, 1, {"Gray", "RGB"}, VORN_CS_RGB},
+        {VORN_CS_RGB, 3, {"CMAPPED"}, kNone},
+        {VORN_CS_CMYK, 4, {"RGB"}, kNone},
+        {VORN_CS_RGB, 3, {"RGB", "Gray"}, VORN_CS_GRAY, {.colorSpace = VORN_CS_GRAY}},
+        {VORN_CS_RGB, 3, {"RGB", "YUV"}, kNone, {.colorSpace = VORN_CS_YUV}},
+        {VORN_CS_RGB, 3, {"RGB", "CMAPPED"}, kNone, {.colorSpace = VORN_CS_CMAPPED}},
+        {VORN_CS_RGB, 3, {"RGB", "Gray"}, kNone, {.colorSpace = VORN_CS_CMYK}},
+        // An index stretched from 8 to 16 bits would name another entry.
+        {VORN_CS_CMAPPED, 1, {"RGB", "CMAPPED"}, VORN_CS_RGB, {.depth = 16}},
+        {VORN_CS_CMAPPED, 1, {"RGB", "CMAPPED"}, VORN_CS_CMAPPED, {.depth = 8}},
+    };
+    for (const auto& c : cases)
+        EXPECT_EQ(planned(image(c.own, c.channels), saver(c.ofTheSaver), c.wishes), c.planned)
+            << &c - cases;
     EXPECT_EQ(planned(image(VORN_CS_CMAPPED, 1, 2), saver({"RGB", "CMAPPED"}, {"1-8"})),
               VORN_CS_RGB);
     ImageDescription withoutPalette = image(VORN_CS_CMAPPED, 1);
     withoutPalette.paletteEntries.reset();
-    EXPECT_NE(planned(withoutPalette, both), VORN_CS_CMAPPED);
+    EXPECT_NE(planned(withoutPalette, saver({"RGB", "CMAPPED"})), VORN_CS_CMAPPED);
 }
 
 TEST(ConversionPlan, FollowsTheDepthsOfTheSaver) {

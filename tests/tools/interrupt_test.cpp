@@ -24,12 +24,11 @@ class Interrupt : public testing::Test {
 
     ~Interrupt() override { ::close(reader_); }
 
-    Program start(const std::string& then, const std::vector<std::string>& options = {}) {
-        std::vector<std::string> command = {VORN_TOOL, "convert", in_, out_, "--loader", "waiting"};
-        command.insert(command.end(), options.begin(), options.end());
+    Program start(const std::string& then, const Arguments& options = {}) {
         return Program(
-            command, {.environment = {"WAITING_LOADER_PIPE=" + pipe_, "WAITING_LOADER_THEN=" + then,
-                                      "WAITING_LOADER_TOLD=" + told_}});
+            joined({VORN_TOOL, "convert", in_, out_, "--loader", "waiting"}, options),
+            {.environment = {"WAITING_LOADER_PIPE=" + pipe_, "WAITING_LOADER_THEN=" + then,
+                             "WAITING_LOADER_TOLD=" + told_}});
     }
 
     // Opening a pipe waits for the other end.
@@ -39,9 +38,11 @@ class Interrupt : public testing::Test {
     }
 
     // Reading it then waits for the loader's end.
-    void expectLoaderToEnd() {
+    void expectEnd(Program& program, const std::string& numbers) {
+        expectFailure(program.wait(), in_, numbers);
         char byte = 0;
         EXPECT_EQ(::read(reader_, &byte, 1), 0);
+        EXPECT_EQ(contentOf(out_), "as it was");
     }
 
     ScratchHome home_;
@@ -57,10 +58,8 @@ TEST_F(Interrupt, EndsATransferInOrder) {
     Program program = start("send");
     waitForTheMiddle();
     program.signal(SIGINT);
-    expectFailure(program.wait(), in_, "27, 0");
-    expectLoaderToEnd();
+    expectEnd(program, "27, 0");
     EXPECT_TRUE(std::filesystem::exists(told_)) << "the terminal's signal is not for the module";
-    EXPECT_EQ(contentsOf(out_), "as it was");
 }
 
 TEST_F(Interrupt, StopsAModuleThatHangs) {
@@ -70,9 +69,7 @@ TEST_F(Interrupt, StopsAModuleThatHangs) {
         program.signal(SIGTERM);
         // Another one: a signal that comes twice before it is taken counts once.
         if (twice) program.signal(SIGHUP);
-        expectFailure(program.wait(), in_, "27, 0");
-        expectLoaderToEnd();
-        EXPECT_EQ(contentsOf(out_), "as it was");
+        expectEnd(program, "27, 0");
     }
 }
 
@@ -82,9 +79,7 @@ TEST_F(Interrupt, IsNotNeededForAModuleThatMeetsItsLimit) {
 #endif
     Program program = start("spin", {"--time-limit", "1"});
     waitForTheMiddle();
-    expectFailure(program.wait(), in_, "75, 0");
-    expectLoaderToEnd();
-    EXPECT_EQ(contentsOf(out_), "as it was");
+    expectEnd(program, "75, 0");
 }
 
 }  // namespace

@@ -1,28 +1,20 @@
 #include <gtest/gtest.h>
 
-#include <nlohmann/json.hpp>
-
 #include "tests/tools/tool.h"
 
 namespace {
 
-using nlohmann::json;
-
 json named(const json& modules, const std::string& name) {
     for (const json& module : modules) {
-        if (module["name"] == name) {
-            return module;
-        }
+        if (module["name"] == name) return module;
     }
     return nullptr;
 }
 
 TEST(Modules, ListsWhatIsShippedAsJson) {
-    const Ended ended = vorn({"modules", "--json"});
-    expectDone(ended);
-    const json all = json::parse(ended.out);
+    const json all = shownAsJson({"modules"});
     const json saver = named(all["savers"], "pnm");
-    ASSERT_TRUE(saver.is_object()) << ended.out;
+    ASSERT_TRUE(saver.is_object()) << all;
     EXPECT_EQ(saver["colorSpaces"], json({"RGB", "Gray"}));
     EXPECT_EQ(saver["extensions"], json({"pnm", "pbm", "pgm", "ppm", "pam"}));
     EXPECT_EQ(saver["alpha"], true);

@@ -13,30 +13,22 @@ TEST(Printable, KeepsTextOfAllLanguages) {
     EXPECT_EQ(columns("Zürich"), 6U);
 }
 
-TEST(Printable, EscapesWhatWouldSteerATerminal) {
-    EXPECT_EQ(printable("a\x1b[2Jb\x07"), "a\\x1b[2Jb\\x07");
-    EXPECT_EQ(printable("one\ntwo\r\tthree\x7f"), "one\\ntwo\\r\\tthree\\x7f");
-    EXPECT_EQ(printable(std::string("nul\0", 4)), "nul\\x00");
-    EXPECT_EQ(printable("\xc2\x9b"
-                        "31m"),
-              "\\x9b31m")
-        << "a control sequence in one character";
-    EXPECT_EQ(printable("\xe2\x80\xae"
-                        "gpj.exe"),
-              "\\u202egpj.exe")
-        << "text turned round";
-}
-
-TEST(Printable, EscapesBytesThatAreNoUtf8) {
-    EXPECT_EQ(printable("\xff"
-                        "a"),
-              "\\xffa");
-    EXPECT_EQ(printable("\xc3"), "\\xc3") << "cut short";
-    EXPECT_EQ(printable("\xe2\x82"), "\\xe2\\x82");
-    EXPECT_EQ(printable("\xc0\x9b"), "\\xc0\\x9b") << "longer than needed";
-    EXPECT_EQ(printable("\xe0\x82\x9b"), "\\xe0\\x82\\x9b");
-    EXPECT_EQ(printable("\xed\xa0\x80"), "\\xed\\xa0\\x80") << "half of a pair";
-    EXPECT_EQ(printable("\xf4\x90\x80\x80"), "\\xf4\\x90\\x80\\x80") << "beyond the last character";
+TEST(Printable, EscapesWhatWouldSteerATerminalAndWhatIsNoUtf8) {
+    const std::pair<std::string, const char*> cases[] = {
+        {"a\x1b[2Jb\x07", "a\\x1b[2Jb\\x07"},
+        {"one\ntwo\r\tthree\x7f", "one\\ntwo\\r\\tthree\\x7f"},
+        {std::string("nul\0", 4), "nul\\x00"},
+        {"\u009b31m", "\\x9b31m"},            // a control sequence in one character
+        {"\u202egpj.exe", "\\u202egpj.exe"},  // text turned round
+        {"\xff!", "\\xff!"},
+        {"\xc3", "\\xc3"},  // cut short
+        {"\xe2\x82", "\\xe2\\x82"},
+        {"\xc0\x9b", "\\xc0\\x9b"},  // longer than needed
+        {"\xe0\x82\x9b", "\\xe0\\x82\\x9b"},
+        {"\xed\xa0\x80", "\\xed\\xa0\\x80"},           // half of a pair
+        {"\xf4\x90\x80\x80", "\\xf4\\x90\\x80\\x80"},  // beyond the last character
+    };
+    for (const auto& [text, printed] : cases) EXPECT_EQ(printable(text), printed);
 }
 
 }  // namespace

@@ -6,10 +6,9 @@ namespace {
 
 class Progress : public testing::Test {
   protected:
-    Ended convert(bool onTerminal, const std::vector<std::string>& options = {}) {
-        std::vector<std::string> arguments = {"convert", in_, scratch_.path("out.pgm")};
-        arguments.insert(arguments.end(), options.begin(), options.end());
-        return vorn(arguments, {.errorIsTerminal = onTerminal});
+    Ended convert(bool onTerminal, const Arguments& options = {}) {
+        return vorn(joined({"convert", in_, scratch_.path("out.pgm")}, options),
+                    {.errorIsTerminal = onTerminal});
     }
 
     ScratchDirectory scratch_;
@@ -20,9 +19,8 @@ class Progress : public testing::Test {
 TEST_F(Progress, GoesFromNothingToAllAndLeavesAnEmptyLine) {
     const Ended ended = convert(true);
     EXPECT_EQ(ended.status, 0);
-    EXPECT_NE(ended.err.find("  0 %"), std::string::npos);
-    EXPECT_NE(ended.err.find(" 50 %"), std::string::npos);
-    EXPECT_NE(ended.err.find("100 %"), std::string::npos);
+    for (const char* percent : {"  0 %", " 50 %", "100 %"})
+        EXPECT_NE(ended.err.find(percent), std::string::npos) << percent;
     EXPECT_TRUE(ended.err.ends_with("\r\x1b[K")) << "taken away again";
     EXPECT_EQ(ended.err.find('\n'), std::string::npos) << "all on one line";
 }

@@ -1,21 +1,13 @@
 #include <gtest/gtest.h>
 
-#include <nlohmann/json.hpp>
-
 #include "tests/tools/tool.h"
 
 namespace {
 
-using nlohmann::json;
-
 class Settings : public testing::Test {
   protected:
-    static json shown(std::vector<std::string> arguments) {
-        arguments.insert(arguments.begin(), "settings");
-        arguments.emplace_back("--json");
-        const Ended ended = vorn(arguments);
-        expectDone(ended);
-        return json::parse(ended.out);
+    static json shown(const Arguments& arguments) {
+        return shownAsJson(joined({"settings"}, arguments));
     }
 
     static json value(const json& module, size_t setting) {

@@ -50,11 +50,9 @@ class Streaming : public testing::Test {
 
     Ended convert(const std::string& picture,
                   const std::string& out,
-                  const std::vector<std::string>& options = {}) {
-        std::vector<std::string> arguments = {"convert", file(picture), scratch_.path(out),
-                                              "--loader", "loader"};
-        arguments.insert(arguments.end(), options.begin(), options.end());
-        return vorn(arguments);
+                  const Arguments& options = {}) {
+        return vorn(
+            joined({"convert", file(picture), scratch_.path(out), "--loader", "loader"}, options));
     }
 
     ScratchDirectory scratch_;
@@ -63,13 +61,13 @@ class Streaming : public testing::Test {
 
 // The bytes of a file of PNM's behind its header: so many of them.
 std::string lastBytes(const std::string& path, size_t count) {
-    const std::string bytes = contentsOf(path);
+    const std::string bytes = contentOf(path);
     return bytes.substr(bytes.size() - std::min(bytes.size(), count));
 }
 
 struct Case {
     const char* picture;
-    std::vector<std::string> options;
+    Arguments options;
     int32_t colorSpace, channels, bytes;
 };
 
@@ -123,11 +121,9 @@ TEST_F(Streaming, GivesWhatWholePicturesGiveInEveryPairOfOrientations) {
     for (const Case& picture : kCases) {
         for (int pair = 0; pair < 64; ++pair) {
             const int from = pair / 8, to = pair % 8;
-            std::vector<std::string> options = {"--orientation", std::to_string(to)};
-            options.insert(options.end(), picture.options.begin(), picture.options.end());
-            const std::string name =
-                std::string(picture.picture) + ",orient=" + std::to_string(from);
-            expectDone(convert(name, "out.pnm", options));
+            expectDone(convert(std::string(picture.picture) + ",orient=" + std::to_string(from),
+                               "out.pnm",
+                               joined({"--orientation", std::to_string(to)}, picture.options)));
             const bool scaled = !picture.options.empty();
             const std::string expected =
                 whole.read(picture, from, to, scaled ? 19 : 0, scaled ? 23 : 0);
@@ -145,6 +141,8 @@ TEST_F(Streaming, GivesWhatWholePicturesGiveForEveryKindOfPixel) {
         {"w=700,h=150,c=2,alpha=1,space=Gray", {}, VORN_CS_GRAY, 2, 1},
         {"w=700,h=90,c=3,form=planes", {"--depth", "16"}, VORN_CS_RGB, 3, 2},
         {"w=700,h=90,c=3,b=2", {"--colorspace", "Gray"}, VORN_CS_GRAY, 1, 2},
+        {"w=700,h=90,c=3,b=2", {"--depth", "8"}, VORN_CS_RGB, 3, 1},
+        {"w=70,h=9,c=1,space=Gray", {"--colorspace", "rgb"}, VORN_CS_RGB, 3, 1},
         {"w=700,h=90,c=3,space=YUV601", {}, VORN_CS_RGB, 3, 1},
         {"w=700,h=90,c=1,space=CMAPPED,palette=200", {}, VORN_CS_RGB, 3, 1},
         {"w=700,h=90,c=2,alpha=1,space=CMAPPED,palette=200", {}, VORN_CS_RGB, 4, 1},
@@ -152,32 +150,23 @@ TEST_F(Streaming, GivesWhatWholePicturesGiveForEveryKindOfPixel) {
         {"w=30000,h=5,c=3", {}, VORN_CS_RGB, 3, 1},
         {"w=1,h=1,c=1,space=Gray", {}, VORN_CS_GRAY, 1, 1},
     };
-    struct Scaled {
+    const struct {
         const char* size;
         int32_t width, height;
-    };
-    const Scaled kSizes[] = {{"", 0, 0}, {"350x45!", 350, 45}, {"900x61!", 900, 61}};
+    } sizes[] = {{"", 0, 0}, {"350x45!", 350, 45}, {"900x61!", 900, 61}};
     WholePictures whole;
     for (const Case& picture : kCases) {
-        for (const Scaled& scaled : kSizes) {
+        for (const auto& [size, width, height] : sizes) {
             for (const int to : {0, 4}) {
-                std::vector<std::string> options = {"--quiet", "--orientation", std::to_string(to)};
-                options.insert(options.end(), picture.options.begin(), picture.options.end());
-                if (scaled.width > 0) {
-                    options.insert(options.end(), {"--size", scaled.size});
-                }
-                const Ended ended =
-                    convert(std::string(picture.picture) + ",orient=0", "out.pnm", options);
+                Arguments options = {"--quiet", "--orientation", std::to_string(to)};
+                if (width > 0) options = joined(options, {"--size", size});
+                expectDone(convert(std::string(picture.picture) + ",orient=0", "out.pnm",
+                                   joined(options, picture.options)));
                 // A line that a whole read doesn't scale is no bad picture for a stream.
-                if (scaled.width > 0 && std::string(picture.picture).starts_with("w=30000")) {
-                    expectDone(ended);
-                    continue;
-                }
-                expectDone(ended);
-                const std::string expected =
-                    whole.read(picture, 0, to, scaled.width, scaled.height);
+                if (width > 0 && std::string(picture.picture).starts_with("w=30000")) continue;
+                const std::string expected = whole.read(picture, 0, to, width, height);
                 ASSERT_TRUE(lastBytes(scratch_.path("out.pnm"), expected.size()) == expected)
-                    << picture.picture << " " << scaled.size << " to " << to;
+                    << picture.picture << " " << size << " to " << to;
             }
         }
     }
@@ -185,19 +174,19 @@ TEST_F(Streaming, GivesWhatWholePicturesGiveForEveryKindOfPixel) {
 
 TEST_F(Streaming, KeepsWhatIsTurnedInATemporaryFileThatNobodySees) {
     const std::string picture = "w=300,h=200,c=3";
-    const std::vector<std::string> turned = {"--orientation", "1", "--memory", "0"};
+    const Arguments turned = {"--orientation", "1", "--memory", "0"};
     expectDone(convert(picture, "memory.ppm", {"--orientation", "1"}));
     const std::string folder = scratch_.makeDirectory("temporary");
     const ScopedVariable chosen("TMPDIR", folder);
     expectDone(convert(picture, "file.ppm", turned));
-    EXPECT_EQ(contentsOf(scratch_.path("file.ppm")), contentsOf(scratch_.path("memory.ppm")));
+    EXPECT_EQ(contentOf(scratch_.path("file.ppm")), contentOf(scratch_.path("memory.ppm")));
     EXPECT_TRUE(std::filesystem::is_empty(folder));
 
     scratch_.write("file.ppm", "as it was");
     std::filesystem::remove(folder);
     const Ended ended = convert(picture, "file.ppm", turned);
     expectFailure(ended, folder, "0x8000025, 2");
-    EXPECT_EQ(contentsOf(scratch_.path("file.ppm")), "as it was");
+    EXPECT_EQ(contentOf(scratch_.path("file.ppm")), "as it was");
 }
 
 TEST_F(Streaming, TurnsForASaverThatWantsItsLinesInAnotherOrder) {
@@ -217,91 +206,69 @@ TEST_F(Streaming, TurnsForASaverThatWantsItsLinesInAnotherOrder) {
 }
 
 TEST_F(Streaming, BreaksOffWithTheReasonOfTheSideThatFails) {
-    struct Broken {
-        std::string in;
-        const char* loader;
-        std::vector<std::string> options;
-        bool atTarget;
-        const char* numbers;
-    };
     const std::string good = file("w=700,h=400,c=3");
-    const auto failing = [this](const char* how) {
-        return file(std::string("w=700,h=400,c=3,code=2002,fail=") + how);
-    };
-    const Broken kBroken[] = {
-        {failing("read,failat=200"), "loader", {}, false, "2002, 0"},
-        {failing("read,failat=400"), "loader", {}, false, "2002, 0"},
-        {failing("read,failat=7"), "loader", {"--size", "50%"}, false, "2002, 0"},
-        {failing("read,failat=400"), "loader", {"--size", "7"}, false, "2002, 0"},
-        {failing("begin"), "loader", {}, false, "2002, 0"},
-        {failing("read,failat=9"), "loader", {"--orientation", "1"}, false, "2002, 0"},
-        {scratch_.write("any", "x"), "kill-at-block", {}, false, "3, 0"},
-        {good,
-         "loader",
-         {"--saver", "saver", "--set", "DocumentName=fail=open,code=2004"},
-         true,
-         "2004, 0"},
-        {good,
-         "loader",
-         {"--saver", "saver", "--set", "DocumentName=fail=write,failat=100,code=2004"},
-         true,
-         "2004, 0"},
-        {good,
-         "loader",
-         {"--saver", "saver", "--set", "DocumentName=fail=write,failat=399,code=2004"},
-         true,
-         "2004, 0"},
-        {good, "loader", {"--saver", "dying"}, true, "3, 0"},
-    };
     const std::string out = scratch_.write("out.ppm", "as it was");
     const ScopedVariable death("VORN_TEST_STEP", "kill 30");
-    for (const Broken& broken : kBroken) {
-        SCOPED_TRACE(broken.in + testing::PrintToString(broken.options));
-        std::vector<std::string> arguments = {"convert", broken.in, out, "--loader", broken.loader};
-        arguments.insert(arguments.end(), broken.options.begin(), broken.options.end());
-        expectFailure(vorn(arguments), broken.atTarget ? out : broken.in, broken.numbers);
-        EXPECT_TRUE(contentsOf(out) == "as it was");
+    const auto expectBroken = [&](const std::string& in, const Arguments& options,
+                                  const std::string& named, const char* numbers) {
+        SCOPED_TRACE(in + testing::PrintToString(options));
+        expectFailure(vorn(joined({"convert", in, out}, options)), named, numbers);
+        EXPECT_TRUE(contentOf(out) == "as it was");
+    };
+    const std::pair<const char*, Arguments> ofTheLoader[] = {
+        {"read,failat=200", {}},
+        {"read,failat=400", {}},
+        {"read,failat=7", {"--size", "50%"}},
+        {"read,failat=400", {"--size", "7"}},
+        {"begin", {}},
+        {"read,failat=9", {"--orientation", "1"}}};
+    for (const auto& [how, options] : ofTheLoader) {
+        const std::string in = file(std::string("w=700,h=400,c=3,code=2002,fail=") + how);
+        expectBroken(in, joined({"--loader", "loader"}, options), in, "2002, 0");
     }
+    const std::string any = scratch_.write("any", "x");
+    expectBroken(any, {"--loader", "kill-at-block"}, any, "3, 0");
+    for (const std::string how : {"open", "write,failat=100", "write,failat=399"})
+        expectBroken(good,
+                     {"--loader", "loader", "--saver", "saver", "--set",
+                      "DocumentName=fail=" + how + ",code=2004"},
+                     out, "2004, 0");
+    expectBroken(good, {"--loader", "loader", "--saver", "dying"}, out, "3, 0");
 }
 
 TEST_F(Streaming, TellsBeforeTheWorkWhatTheSaverCanNotHold) {
-    struct Loss {
+    const char* const plain = "ColorSpaces=RGB\nBitsPerChannel=8\n";
+    const char* const tiny = "ColorSpaces=RGB\nSizes=1x1-4x4\n";
+    const struct {
         const char* picture;
         const char* abilities;
-        std::vector<std::string> options;
-        std::string words;  // "": nothing is lost
+        const char* words;  // "": nothing is lost
+        Arguments options = {};
+    } kLosses[] = {
+        {"w=5,h=4,c=3", plain, ""},
+        {"w=5,h=4,c=1,space=Gray", plain, ""},
+        {"w=5,h=4,c=1,space=CMAPPED,palette=9", plain, ""},
+        {"w=5,h=4,c=4,alpha=1", plain, "the alpha channel"},
+        {"w=5,h=4,c=3,b=2", plain, "16 bits per channel (8 are kept)"},
+        {"w=5,h=4,c=3,b=2", "BitsPerChannel=8,12\n", "16 bits per channel (12 are kept)"},
+        {"w=5,h=4,c=3,b=2", plain, "", {"--depth", "8"}},
+        {"w=5,h=4,c=3", "ColorSpaces=Gray\nBitsPerChannel=8\n", "RGB (it becomes Gray)"},
+        {"w=5,h=4,c=3", "ColorSpaces=Gray\n", "", {"--colorspace", "Gray"}},
+        {"w=5,h=4,c=3", tiny, "the size 5x4"},
+        {"w=5,h=4,c=3", tiny, "the size 4x5", {"--orientation", "1"}},
+        {"w=5,h=4,c=3", tiny, "", {"--size", "4"}},
+        {"w=5,h=4,c=4,b=2,alpha=1", plain, "the alpha channel, 16 bits per channel (8 are kept)"},
     };
-    const std::string plain = "ColorSpaces=RGB\nBitsPerChannel=8\n";
-    const Loss kLosses[] = {
-        {"w=5,h=4,c=3", plain.c_str(), {}, ""},
-        {"w=5,h=4,c=1,space=Gray", plain.c_str(), {}, ""},
-        {"w=5,h=4,c=1,space=CMAPPED,palette=9", plain.c_str(), {}, ""},
-        {"w=5,h=4,c=4,alpha=1", plain.c_str(), {}, "the alpha channel"},
-        {"w=5,h=4,c=3,b=2", plain.c_str(), {}, "16 bits per channel (8 are kept)"},
-        {"w=5,h=4,c=3,b=2", "BitsPerChannel=8,12\n", {}, "16 bits per channel (12 are kept)"},
-        {"w=5,h=4,c=3,b=2", plain.c_str(), {"--depth", "8"}, ""},
-        {"w=5,h=4,c=3", "ColorSpaces=Gray\nBitsPerChannel=8\n", {}, "RGB (it becomes Gray)"},
-        {"w=5,h=4,c=3", "ColorSpaces=Gray\n", {"--colorspace", "Gray"}, ""},
-        {"w=5,h=4,c=3", "ColorSpaces=RGB\nSizes=1x1-4x4\n", {}, "the size 5x4"},
-        {"w=5,h=4,c=3", "ColorSpaces=RGB\nSizes=1x1-4x4\n", {"--orientation", "1"}, "the size 4x5"},
-        {"w=5,h=4,c=3", "ColorSpaces=RGB\nSizes=1x1-4x4\n", {"--size", "4"}, ""},
-        {"w=5,h=4,c=4,b=2,alpha=1",
-         plain.c_str(),
-         {},
-         "the alpha channel, 16 bits per channel (8 are kept)"},
-    };
-    for (const Loss& loss : kLosses) {
+    for (const auto& loss : kLosses) {
         SCOPED_TRACE(std::string(loss.picture) + " " + loss.abilities);
         home().write("Savers/small.cap", loss.abilities);
         const std::string out = scratch_.path("out.png");
-        const auto run = [&](const std::vector<std::string>& more) {
-            std::vector<std::string> options = {"--saver", "small"};
-            options.insert(options.end(), loss.options.begin(), loss.options.end());
-            options.insert(options.end(), more.begin(), more.end());
-            return convert(loss.picture, "out.png", options);
+        const auto run = [&](const Arguments& more) {
+            return convert(loss.picture, "out.png",
+                           joined(joined({"--saver", "small"}, loss.options), more));
         };
         const std::string line =
-            loss.words.empty() ? "" : "vorn: " + out + ": The saver small can't hold " + loss.words;
+            *loss.words == 0 ? "" : "vorn: " + out + ": The saver small can't hold " + loss.words;
         const Ended ended = run({});
         EXPECT_EQ(ended.status, 0);
         EXPECT_EQ(ended.err, line.empty() ? "" : line + "\n");

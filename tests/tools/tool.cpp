@@ -3,13 +3,14 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <filesystem>
-#include <fstream>
-#include <sstream>
 
-Ended vorn(std::vector<std::string> arguments, const ProgramOptions& options) {
-    arguments.insert(arguments.begin(), VORN_TOOL);
-    return run(arguments, options);
+Arguments joined(Arguments arguments, const Arguments& more) {
+    arguments.insert(arguments.end(), more.begin(), more.end());
+    return arguments;
+}
+
+Ended vorn(Arguments arguments, const ProgramOptions& options) {
+    return run(joined({VORN_TOOL}, arguments), options);
 }
 
 void expectDone(const Ended& ended) {
@@ -26,10 +27,10 @@ void expectFailure(const Ended& ended, const std::string& file, const std::strin
     EXPECT_EQ(std::count(ended.err.begin(), ended.err.end(), '\n'), 1) << ended.err;
 }
 
-std::string contentsOf(const std::string& path) {
-    std::ostringstream text;
-    text << std::ifstream(path, std::ios::binary).rdbuf();
-    return text.str();
+json shownAsJson(Arguments arguments) {
+    const Ended ended = vorn(joined(std::move(arguments), {"--json"}));
+    expectDone(ended);
+    return json::parse(ended.out);
 }
 
 std::string anymap(

@@ -1,13 +1,19 @@
 // The tool, run as users run it, and the pictures that it is given.
 #pragma once
 
+#include <nlohmann/json.hpp>
 #include <string>
 #include <vector>
 
 #include "tests/scratch_home.h"
 #include "tests/support/program.h"
 
-Ended vorn(std::vector<std::string> arguments, const ProgramOptions& options = {});
+using nlohmann::json;
+using Arguments = std::vector<std::string>;
+
+Arguments joined(Arguments arguments, const Arguments& more);
+
+Ended vorn(Arguments arguments, const ProgramOptions& options = {});
 
 // Expects that the run has done what it should, without a word on standard error.
 void expectDone(const Ended& ended);
@@ -15,7 +21,8 @@ void expectDone(const Ended& ended);
 // Expects one line "vorn: FILE: text (code, subcode)" on standard error, and exit status 1.
 void expectFailure(const Ended& ended, const std::string& file, const std::string& numbers);
 
-std::string contentsOf(const std::string& path);
+// What the command shows with "--json".
+json shownAsJson(Arguments arguments);
 
 // A raw anymap: "P5" or "P6" of 8 or 16 bits.
 std::string anymap(
