@@ -28,15 +28,10 @@ struct Preferences {
     bool read(const char* text) { return readAviPreferences(text, options, rate); }
     bool read(const std::string& text) { return read(text.c_str()); }
 
-    Bytes format() const {
-        return options.lpFormat == nullptr
-                   ? Bytes{}
-                   : Bytes(options.lpFormat, options.lpFormat + options.cbFormat);
-    }
-    Bytes parms() const {
-        return options.lpParms == nullptr
-                   ? Bytes{}
-                   : Bytes(options.lpParms, options.lpParms + options.cbParms);
+    Bytes format() const { return bytes(options.lpFormat, options.cbFormat); }
+    Bytes parms() const { return bytes(options.lpParms, options.cbParms); }
+    static Bytes bytes(const uint8_t* block, uint32_t count) {
+        return block ? Bytes(block, block + count) : Bytes{};
     }
 
     AviOptions options{};
@@ -50,8 +45,7 @@ std::string written(const Preferences& read) {
 
 void expectDefaults(const Preferences& read) {
     EXPECT_EQ(written(read), "VORN_AVI_1=x73646976:x4356534d:7:6500:0:x8:0:0:0:15:62767<><>");
-    EXPECT_EQ(read.options.lpFormat, nullptr);
-    EXPECT_EQ(read.options.lpParms, nullptr);
+    EXPECT_TRUE(!read.options.lpFormat && !read.options.lpParms);
     EXPECT_EQ(read.options.cbFormat + read.options.cbParms, 0u);
 }
 
@@ -84,8 +78,7 @@ TEST(AviPreferences, WrittenAndReadBackAreTheSame) {
     ASSERT_TRUE(back.read("VORN_AVI_1=x 1F:x0xfF:+7: 6500:4294967295:x8:0:0:-1:\t15:62767rest"));
     EXPECT_EQ(written(back), "VORN_AVI_1=x1f:xff:7:6500:-1:x8:0:0:-1:15:62767<><>");
     EXPECT_EQ(back.options.dwInterleaveEvery, 0xFFFFFFFFu);
-    EXPECT_EQ(back.options.lpFormat, nullptr);
-    EXPECT_EQ(back.options.lpParms, nullptr);
+    EXPECT_TRUE(!back.options.lpFormat && !back.options.lpParms);
 }
 
 TEST(AviPreferences, BadHeadersGiveTheDefaultsAndSayWhyInTheLog) {
@@ -123,8 +116,7 @@ TEST(AviPreferences, BlocksThatTheTextDoesntHaveKeepTheirCounts) {
     for (const char* rest : {"", "<", ">", "><", ">0A0B<", "<0A0B"}) {
         Preferences read;
         EXPECT_TRUE(read.read(header("2", "4294967295") + rest)) << rest;
-        EXPECT_EQ(read.options.lpFormat, nullptr);
-        EXPECT_EQ(read.options.lpParms, nullptr);
+        EXPECT_TRUE(!read.options.lpFormat && !read.options.lpParms);
         EXPECT_EQ(read.options.cbFormat, 2u);
         EXPECT_EQ(read.options.cbParms, 0xFFFFFFFFu);
         EXPECT_EQ(read.rate, 25);

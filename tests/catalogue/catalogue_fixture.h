@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "tests/scratch_home.h"
+#include "tests/support/string_list.h"
 
 class CatalogueTest : public testing::Test {
   protected:
@@ -25,13 +26,3 @@ class CatalogueTest : public testing::Test {
 
     ScratchHome home_;
 };
-
-// Takes a string list over.
-inline std::vector<std::string> taken(char** list) {
-    std::vector<std::string> strings;
-    for (char** entry = list; entry != nullptr && *entry != nullptr; ++entry) {
-        strings.emplace_back(*entry);
-    }
-    VORN_H_FreeStringList(list);
-    return strings;
-}

@@ -93,11 +93,4 @@ TEST_F(LoaderChoice, NamesAreLimited) {
     });
 }
 
-TEST_F(LoaderChoice, FileMustBeReadable) {
-    home_.remove("picture");
-    EXPECT_FALSE(choose("", "png"));
-    EXPECT_EQ(error_, 20);
-    EXPECT_EQ(subcode_, ENOENT);
-}
-
 }  // namespace

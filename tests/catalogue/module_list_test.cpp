@@ -5,7 +5,6 @@
 namespace {
 
 using ModuleList = CatalogueTest;
-using Strings = std::vector<std::string>;
 
 int32_t count(int32_t type) {
     int32_t modules = -1;

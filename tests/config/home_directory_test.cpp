@@ -70,18 +70,14 @@ TEST_F(HomeDirectory, MessageNamesTheMissingEntry) {
     ScratchHome home;
     const std::string tail =
         " in VORN directory '" + home.path() + "'.  Consult\nyour user manual for details.";
-    home.remove("Savers");
-    EXPECT_EQ(initialize(), "");
-    EXPECT_EQ(lastMessage, "Can't find 'Savers' directory" + tail);
-    home.remove("Loaders");
-    home.write("Loaders", "a file");
-    EXPECT_EQ(initialize(), "");
-    EXPECT_EQ(lastMessage, "Can't find 'Loaders' directory" + tail);
-    home.remove("Errors");
-    home.makeDirectory("Errors");
-    EXPECT_EQ(initialize(), "");
-    EXPECT_EQ(lastMessage, "Can't find 'Errors' file" + tail);
-
+    for (const char* name : {"Savers", "Loaders", "Errors"}) {
+        const bool isFile = name == std::string("Errors");
+        home.remove(name);
+        isFile ? home.makeDirectory(name) : home.write(name, "a file");
+        EXPECT_EQ(initialize(), "");
+        EXPECT_EQ(lastMessage,
+                  "Can't find '" + std::string(name) + (isFile ? "' file" : "' directory") + tail);
+    }
     lastMessage.clear();
     EXPECT_EQ(initialize(true), "");
     EXPECT_EQ(lastMessage, "");

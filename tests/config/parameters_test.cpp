@@ -49,11 +49,10 @@ TEST_F(Parameters, LinesAreStoredWithCommas) {
     EXPECT_EQ(fetch("Sample"), "a=1\nb=2\n");
     EXPECT_TRUE(store("Sample", "x=1,2"));
     EXPECT_EQ(fetch("Sample"), "x=1\n2");
-    EXPECT_TRUE(store("Sample", ""));
-    EXPECT_EQ(fetch("Sample"), "");
-    const std::string longText(100000, 'v');
-    EXPECT_TRUE(store("Sample", longText));
-    EXPECT_EQ(fetch("Sample"), longText);
+    for (const std::string& text : {std::string(), std::string(100000, 'v')}) {
+        EXPECT_TRUE(store("Sample", text));
+        EXPECT_EQ(fetch("Sample"), text);
+    }
     VORN_H_ModuleFreeParameters(nullptr);
 }
 
@@ -130,28 +129,11 @@ TEST_F(Parameters, LieInTheHomeDirectoryUnlessTheVariableNamesAnAbsolutePath) {
 
 TEST_F(Parameters, NoNameLeavesTheStoreOrMeetsAnother) {
     user_.write("config/evil.txt", "untouched");
-    const char* const modules[] = {"",
-                                   ".",
-                                   "..",
-                                   "../evil",
-                                   "../../../evil",
-                                   "/etc/passwd",
-                                   "a/b",
-                                   "a//b",
-                                   "a\\b",
-                                   "a",
-                                   "a.txt",
-                                   "a%2e",
-                                   "a.",
-                                   "%",
-                                   "%2e",
-                                   "\x01\n\x7f",
-                                   " ",
-                                   "a ",
-                                   "-",
-                                   "~",
-                                   "savers",
-                                   "\xc3\xa9"};
+    const char* const modules[] = {
+        "",      ".",    "..",   "../evil", "../../../evil", "/etc/passwd",
+        "a/b",   "a//b", "a\\b", "a",  //
+        "a.txt", "a%2e", "a.",   "%",       "%2e",           "\x01\n\x7f",
+        " ",     "a ",   "-",    "~",       "savers",        "\xc3\xa9"};
     const std::string applications[] = {"..", "Savers", "/a/b"};
     for (const std::string& application : applications) {
         VORN_H_RegisterAppName(application.c_str());

@@ -14,12 +14,7 @@ fs::path choose(const fs::path& program) {
 }
 
 void install(const std::string& name, const char* built) {
-    const std::string target = moduleHome().path(name);
-    if (fs::exists(target)) return;
-    const fs::path program = choose(built);
-    std::error_code error;
-    fs::create_hard_link(program, target, error);
-    if (error) fs::copy_file(program, target);
+    moduleHome().install(name, choose(built));
 }
 
 }  // namespace

@@ -37,11 +37,8 @@ TEST_F(ErrorText, LinesWithoutNumberCountOn) {
     EXPECT_EQ(text(5), "Text  ");
     EXPECT_EQ(text(6), "");
     EXPECT_EQ(text(1), "Code #1,0 (Unknown error type)");
-}
-
-TEST_F(ErrorText, FirstTextOfANumberCounts) {
     load("one=4\ntwo=4\nthree=3\nfour");
-    EXPECT_EQ(text(4), "one");
+    EXPECT_EQ(text(4), "one") << "the first text of a number counts";
     EXPECT_EQ(text(3), "three");
 }
 

@@ -6,6 +6,13 @@
 #include <string>
 #include <vector>
 
+using Arguments = std::vector<std::string>;
+
+inline Arguments joined(Arguments arguments, const Arguments& more) {
+    arguments.insert(arguments.end(), more.begin(), more.end());
+    return arguments;
+}
+
 struct Ended {
     int status = 0;  // the exit status, or 128 + the signal that ended it
     std::string out;

@@ -1,25 +1,14 @@
+#include "tests/support/string_list.h"
+
 #include <gtest/gtest.h>
 #include <vorn/host.h>
 #include <vorn/library.h>
-
-#include <string>
-#include <vector>
 
 #include "support/memory.h"
 
 namespace {
 
-std::vector<std::string> fields(const std::string& text) {
-    std::vector<std::string> result;
-    char** list = VORN_L_StringToStringList(text.c_str());
-    for (char** entry = list; entry != nullptr && *entry != nullptr; ++entry) {
-        result.emplace_back(*entry);
-    }
-    VORN_H_FreeStringList(list);
-    return result;
-}
-
-using Strings = std::vector<std::string>;
+Strings fields(const std::string& text) { return taken(VORN_L_StringToStringList(text.c_str())); }
 
 TEST(StringList, TextIsSplitAtCommas) {
     EXPECT_EQ(fields("RGB,CMYK,Gray"), (Strings{"RGB", "CMYK", "Gray"}));
@@ -40,17 +29,11 @@ TEST(StringList, CopiesItsStrings) {
     char first[] = "one";
     const char* const strings[] = {first, "two"};
     char** list = VORN_H_CreateStringList(strings, 2);
-    ASSERT_NE(list, nullptr);
     first[0] = 'X';
-    EXPECT_STREQ(list[0], "one");
-    EXPECT_STREQ(list[1], "two");
-    EXPECT_EQ(list[2], nullptr);
-    VORN_H_FreeStringList(list);
-
+    EXPECT_EQ(taken(list), (Strings{"one", "two"}));
     char** empty = VORN_H_CreateStringList(nullptr, 0);
     ASSERT_NE(empty, nullptr);
-    EXPECT_EQ(empty[0], nullptr);
-    VORN_H_FreeStringList(empty);
+    EXPECT_EQ(taken(empty), Strings());
 }
 
 // The leak checker sees what a failure leaves behind.

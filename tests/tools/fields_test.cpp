@@ -25,15 +25,10 @@ class FieldsOfPictures : public testing::Test {
 
 TEST_F(FieldsOfPictures, AreSetOnTheCommandLineAndReadBack) {
     const json image = shownAsJson({"info", png_})[0];
-    const json expected = {{"fields", {{"Artist", "Me and you"}, {"Description", "a=b"}}},
-                           {"xDpi", 300},
-                           {"yDpi", 150},
-                           {"width", 2},
-                           {"height", 1},
-                           {"depth", 8},
-                           {"colorSpace", "Gray"},
-                           {"alpha", false},
-                           {"loader", "png"}};
+    const json expected = json::parse(R"({
+        "fields": {"Artist": "Me and you", "Description": "a=b"}, "xDpi": 300, "yDpi": 150,
+        "width": 2, "height": 1, "depth": 8, "colorSpace": "Gray", "alpha": false, "loader": "png"
+    })");
     for (const auto& [name, value] : expected.items()) EXPECT_EQ(image[name], value) << name;
 }
 

@@ -15,34 +15,20 @@ const ScratchDirectory& home() {
     return directory;
 }
 
-// Under another name, and as a file of its own: a test module's orders are in its name.
-void install(const std::string& name, const std::filesystem::path& program) {
-    const std::string target = home().path(name);
-    if (std::filesystem::exists(target)) {
-        return;
-    }
-    std::filesystem::create_directories(std::filesystem::path(target).parent_path());
-    std::error_code error;
-    std::filesystem::create_hard_link(program, target, error);
-    if (error) {
-        std::filesystem::copy_file(program, target);
-    }
-}
-
 class Streaming : public testing::Test {
   protected:
     Streaming() {
         const std::filesystem::path built = VORN_BUILT_HOME;
         for (const char* name : {"Errors", "Savers/pnm", "Savers/pnm.cap"}) {
-            install(name, built / name);
+            home().install(name, built / name);
         }
-        install("Savers/small", built / "Savers/png");
-        install("Loaders/loader", VORN_TEST_LOADER);
-        install("Loaders/kill-at-block", VORN_MISBEHAVE);
+        home().install("Savers/small", built / "Savers/png");
+        home().install("Loaders/loader", VORN_TEST_LOADER);
+        home().install("Loaders/kill-at-block", VORN_MISBEHAVE);
         for (const char* name : {"saver", "saver-2"}) {
-            install(std::string("Savers/") + name, VORN_TEST_SAVER);
+            home().install(std::string("Savers/") + name, VORN_TEST_SAVER);
         }
-        install("Savers/dying", VORN_INJECTED_SAVER);
+        home().install("Savers/dying", VORN_INJECTED_SAVER);
     }
 
     // An empty file whose path is a list of wishes to the loader.

@@ -4,11 +4,6 @@
 
 #include <algorithm>
 
-Arguments joined(Arguments arguments, const Arguments& more) {
-    arguments.insert(arguments.end(), more.begin(), more.end());
-    return arguments;
-}
-
 Ended vorn(Arguments arguments, const ProgramOptions& options) {
     return run(joined({VORN_TOOL}, arguments), options);
 }

@@ -9,9 +9,6 @@
 #include "tests/support/program.h"
 
 using nlohmann::json;
-using Arguments = std::vector<std::string>;
-
-Arguments joined(Arguments arguments, const Arguments& more);
 
 Ended vorn(Arguments arguments, const ProgramOptions& options = {});
 

@@ -36,34 +36,29 @@ TEST(Numbers, OnlyPlusReversesBytes) {
         EXPECT_EQ(XD_ConvertWord(0x1122, order), 0x1122u);
     }
     uint32_t value = 0x80000001;
-    XDP_ConvertLong(&value, '+');
-    EXPECT_EQ(value, 0x01000080u);
-    XDP_ConvertLong(&value, '-');
-    EXPECT_EQ(value, 0x01000080u);
     uint16_t word = 0x8001;
-    XDP_ConvertWord(&word, '+');
-    EXPECT_EQ(word, 0x0180u);
-    XDP_ConvertWord(&word, '-');
-    EXPECT_EQ(word, 0x0180u);
+    for (const char order : {'+', '-'}) {
+        XDP_ConvertLong(&value, order);
+        EXPECT_EQ(value, 0x01000080u);
+        XDP_ConvertWord(&word, order);
+        EXPECT_EQ(word, 0x0180u);
+    }
 }
 
 TEST(Numbers, IntegersLieInTheAskedOrder) {
-    const Bytes bytes = shifted({0x80, 0x01, 0xFE, 0x7F});
-    EXPECT_EQ(XD_ReadByte(&bytes[1]), 0x80);
-    EXPECT_EQ(XD_ReadWord(&bytes[1], '+'), 0x8001);
-    EXPECT_EQ(XD_ReadWord(&bytes[1], '-'), 0x0180);
-    EXPECT_EQ(XD_ReadLong(&bytes[1], '+'), 0x8001FE7Fu);
-    EXPECT_EQ(XD_ReadLong(&bytes[1], '-'), 0x7FFE0180u);
-
     EXPECT_EQ(written([](uint8_t* at) { return XD_WriteByte(at, 0x80); }), Bytes{0x80});
-    EXPECT_EQ(written([](uint8_t* at) { return XD_WriteWord(at, 0x8001, '+'); }),
-              (Bytes{0x80, 0x01}));
-    EXPECT_EQ(written([](uint8_t* at) { return XD_WriteWord(at, 0x8001, '-'); }),
-              (Bytes{0x01, 0x80}));
-    EXPECT_EQ(written([](uint8_t* at) { return XD_WriteLong(at, 0x8001FE7F, '+'); }),
-              (Bytes{0x80, 0x01, 0xFE, 0x7F}));
-    EXPECT_EQ(written([](uint8_t* at) { return XD_WriteLong(at, 0x8001FE7F, '-'); }),
-              (Bytes{0x7F, 0xFE, 0x01, 0x80}));
+    EXPECT_EQ(XD_ReadByte(&shifted({0x80})[1]), 0x80);
+    const struct {
+        char order;
+        Bytes word, longWord;
+    } orders[] = {{'+', {0x80, 0x01}, {0x80, 0x01, 0xFE, 0x7F}},
+                  {'-', {0x01, 0x80}, {0x7F, 0xFE, 0x01, 0x80}}};
+    for (const auto& [o, word, longWord] : orders) {
+        EXPECT_EQ(XD_ReadWord(&shifted(word)[1], o), 0x8001);
+        EXPECT_EQ(XD_ReadLong(&shifted(longWord)[1], o), 0x8001FE7Fu);
+        EXPECT_EQ(written([=](uint8_t* at) { return XD_WriteWord(at, 0x8001, o); }), word);
+        EXPECT_EQ(written([=](uint8_t* at) { return XD_WriteLong(at, 0x8001FE7F, o); }), longWord);
+    }
 }
 
 TEST(Numbers, DoublesBeginWithTheirLowHalf) {
