@@ -6,33 +6,19 @@
 #include <cstring>
 
 #include "tests/lies/truth.h"
+#include "tests/pixels/picture.h"
 
 namespace {
+
+using vorn::test::Picture;
 
 constexpr int64_t kMostPixels = 4096;
 
 // Samples of memory that is exactly as large as they are.
-struct HostPicture {
-    HostPicture(int32_t width, int32_t height, int32_t channels, int32_t bytes) {
-        VORN_ChunkyBuffer& record = buffer.chunky;
-        record.layout = bytes == 1 ? DF_LineInterleaved8 : DF_LineInterleaved16;
-        record.width = width;
-        record.height = height;
-        record.channels = channels;
-        memory.assign(static_cast<size_t>(width * height * channels * bytes), 0xA5);
-        record.channelPlace[0] = memory.data();
-        VORN_L_ChunkyBufferMacroSetup(&record);
-    }
-    int32_t get(int32_t channel, int32_t x, int32_t y) const {
-        const VORN_ChunkyBuffer& record = buffer.chunky;
-        const uint8_t* sample = record.channelPlace[channel] + record.lineStep[channel] * y +
-                                record.pixelStep[channel] * x;
-        return record.bytesPerChannel == 2 ? sample[0] + 256 * sample[1] : sample[0];
-    }
-
-    Bytes memory;
-    VORN_ImageBuffer buffer{VORN_BUFFER_CHUNKY, {}};
-};
+Picture hostPicture(int width, int height, int channels, int bytes) {
+    return Picture::standard(bytes == 1 ? DF_LineInterleaved8 : DF_LineInterleaved16, width, height,
+                             channels, 0);
+}
 
 int32_t converted(int32_t sample, int32_t from, int32_t to) {
     return from == to ? sample : from < to ? sample * 257 : sample / 256;
@@ -106,7 +92,7 @@ class Talk {
     }
 
     // The host's wishes, and memory of the size that it was told, or of another one.
-    HostPicture target() {
+    Picture target() {
         if (chance(random_, 4))
             VORN_H_ImageVaSetTags(image_, ITAG_ColorSpace, VORN_Word(pick(random_, 0, 7)), TAG_End);
         if (chance(random_, 4))
@@ -119,22 +105,22 @@ class Talk {
             width = static_cast<int32_t>(pick(random_, 1, 20));
             height = static_cast<int32_t>(pick(random_, 1, 20));
         }
-        return {width, height, static_cast<int32_t>(pick(random_, 1, 4)),
-                static_cast<int32_t>(pick(random_, 1, 2))};
+        const auto channels = static_cast<int32_t>(pick(random_, 1, 4));
+        return hostPicture(width, height, channels, static_cast<int32_t>(pick(random_, 1, 2)));
     }
 
     void load() {
-        const HostPicture picture = target();
+        const Picture picture = target();
+        const VORN_ImageBuffer buffer{VORN_BUFFER_CHUNKY, picture.record};
         const size_t before = module_.heard().size();
         int32_t calls = 0;
         const bool aborts = chance(random_, 8);
         if (aborts) calls = static_cast<int32_t>(pick(random_, 1, 5));
         const bool metered = chance(random_, 4);
-        const bool read =
-            VORN_H_ImageVaReadData(image_, &picture.buffer, ITAG_MeterCallback,
-                                   VORN_Word(metered ? &noteProgress : nullptr), ITAG_AbortCallback,
-                                   VORN_Word(aborts ? &wantsNoMore : nullptr),
-                                   ITAG_AbortCallbackUserData, VORN_Word(&calls), TAG_End);
+        const bool read = VORN_H_ImageVaReadData(
+            image_, &buffer, ITAG_MeterCallback, VORN_Word(metered ? &noteProgress : nullptr),
+            ITAG_AbortCallback, VORN_Word(aborts ? &wantsNoMore : nullptr),
+            ITAG_AbortCallbackUserData, VORN_Word(&calls), TAG_End);
         note("the read", read);
         result_.aborted = result_.aborted || (aborts && calls <= 0);
         if (!read) return;
@@ -143,7 +129,7 @@ class Talk {
     }
 
     // Every sample must be the one that the module's messages hold.
-    void judge(const HostPicture& picture, std::span<const Bytes> heard) {
+    void judge(const Picture& picture, std::span<const Bytes> heard) {
         VORN_DataFormat format;
         void* announced = nullptr;
         VORN_L_ImageVaModuleGetTags(image_, ITAG_DataFormat, VORN_Word(&announced), TAG_End);
@@ -151,7 +137,7 @@ class Talk {
         FreeMemory(announced);
         const bool plain =
             image_->colorConversion == 0 && !image_->orientation && !image_->sizeDiffers;
-        const int32_t lines = image_->sizeDiffers ? format.height : picture.buffer.chunky.height;
+        const int32_t lines = image_->sizeDiffers ? format.height : picture.record.height;
         size_t next = 1;  // behind the sign to go on
         SentBlock block;
         int32_t first = 0;
@@ -169,12 +155,12 @@ class Talk {
         }
     }
 
-    void judgeLine(const HostPicture& picture,
+    void judgeLine(const Picture& picture,
                    const SentBlock& block,
                    const VORN_DataFormat& format,
                    int32_t blockLine,
                    int32_t y) {
-        const VORN_ChunkyBuffer& record = picture.buffer.chunky;
+        const VORN_ChunkyBuffer& record = picture.record;
         for (int32_t c = 0; c < format.channels; ++c) {
             for (int32_t x = 0; x < record.width; ++x) {
                 const auto sample = sampleOf(block, format, c, x, blockLine);
@@ -193,15 +179,17 @@ class Talk {
 
     void save() {
         const VORN_DataFormat& format = stream_.picture.format;
-        HostPicture picture(format.width, format.height, format.channels, format.bytesPerChannel);
+        Picture picture =
+            hostPicture(format.width, format.height, format.channels, format.bytesPerChannel);
         for (uint8_t& byte : picture.memory) byte = static_cast<uint8_t>(random_());
         VORN_H_ImageVaSetTags(image_, ITAG_Width, VORN_Word(format.width), ITAG_Height,
                               VORN_Word(format.height), ITAG_Channels, VORN_Word(format.channels),
                               ITAG_ImageChannelSize, VORN_Word(format.bytesPerChannel),
                               ITAG_Orientation, VORN_Word(0), TAG_End);
+        const VORN_ImageBuffer buffer{VORN_BUFFER_CHUNKY, picture.record};
         const size_t before = module_.taken().size();
         const int32_t ticks = stream_.picture.meterTicks;
-        const bool written = VORN_H_ImageVaWriteData(image_, &picture.buffer, ITAG_MeterCallback,
+        const bool written = VORN_H_ImageVaWriteData(image_, &buffer, ITAG_MeterCallback,
                                                      VORN_Word(ticks ? &noteProgress : nullptr),
                                                      ITAG_MeterTicks, VORN_Word(ticks), TAG_End);
         note("the write", written,
@@ -212,20 +200,20 @@ class Talk {
     }
 
     // Whatever the script took, in the order in which it came, must be the host's lines.
-    void judgeSaved(const HostPicture& picture, std::span<const Bytes> taken) {
+    void judgeSaved(const Picture& picture, std::span<const Bytes> taken) {
         int32_t y = 0;
         for (const Bytes& area : taken) {
             const auto block = blockIn(area);
             for (int32_t line = 0; block && line < block->lines; ++line, ++y) {
-                for (int32_t c = 0; c < picture.buffer.chunky.channels; ++c) {
-                    for (int32_t x = 0; x < picture.buffer.chunky.width; ++x) {
+                for (int32_t c = 0; c < picture.record.channels; ++c) {
+                    for (int32_t x = 0; x < picture.record.width; ++x) {
                         if (sampleOf(*block, block->format, c, x, line) != picture.get(c, x, y))
                             result_.mistake = "a sample was not written as it was";
                     }
                 }
             }
         }
-        if (y != picture.buffer.chunky.height) result_.mistake = "not all lines were written";
+        if (y != picture.record.height) result_.mistake = "not all lines were written";
     }
 
     Random& random_;

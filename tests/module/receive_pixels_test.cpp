@@ -10,21 +10,18 @@ namespace {
 constexpr int32_t kWidth = 3;
 
 VORN_DataFormat grayFormat(int32_t height) {
-    VORN_DataFormat format{DF_LineInterleaved8, kWidth, height, 1, 0, 0, {}, {}, {}, {}};
-    VORN_L_DataFormatMacroSetup(&format);
-    return format;
+    return formatOf(DF_LineInterleaved8, kWidth, height, 1);
 }
 
 // A block of lines whose samples are ten times the line's number and the column.
 Bytes block(int32_t first, int32_t lines) {
-    const VORN_DataFormat format = grayFormat(lines);
     Bytes samples;
     for (int32_t line = first; line < first + lines; ++line) {
         for (int32_t x = 0; x < kWidth; ++x) samples.push_back(static_cast<uint8_t>(line * 10 + x));
     }
     return MessageBytes()
         .number(ITAG_ReadLineNo, first)
-        .data(ITAG_DataFormat, &format, sizeof format)
+        .format(grayFormat(lines))
         .data(ITAG_Data, samples.data(), samples.size())
         .end();
 }
@@ -82,7 +79,7 @@ TEST(GetImageData, EndsAtAMessageThatIsNoBlock) {
     const VORN_DataFormat format = grayFormat(1);
     const Bytes messages[] = {
         MessageBytes().number(ITAG_ReadLineNo, 0).data(ITAG_Data, "abcd", 4).end(),
-        MessageBytes().data(ITAG_DataFormat, &format, sizeof format).end(),
+        MessageBytes().format(format).end(),
         MessageBytes().data(ITAG_DataFormat, &format, 124).data(ITAG_Data, "abcd", 4).end(),
     };
     for (const Bytes& message : messages) {
@@ -119,14 +116,13 @@ TEST(GetImageData, WithoutMemoryForItsStateIsErrorSeventeen) {
 
 constexpr int32_t kEntries = 2;
 
-Bytes paletteMessage(int32_t colorSpace, size_t entryBytes = kEntries * 3) {
-    VORN_DataFormat format{DF_Chunky3x8, kEntries, 1, 3, 0, 0, {}, {}, {}, {}};
-    VORN_L_DataFormatMacroSetup(&format);
-    Bytes data(4 + sizeof format);
-    std::memcpy(data.data(), &colorSpace, 4);
-    std::memcpy(data.data() + 4, &format, sizeof format);
-    for (size_t i = 0; i < entryBytes; ++i) data.push_back(i < 3 ? 255 : static_cast<uint8_t>(i));
-    return MessageBytes().number(ITAG_Width, 1).data(ITAG_Palette, data.data(), data.size()).end();
+Bytes paletteMessage(size_t entryBytes = kEntries * 3) {
+    Bytes entries{255, 255, 255, 3, 4, 5};
+    entries.resize(entryBytes);
+    return MessageBytes()
+        .number(ITAG_Width, 1)
+        .palette(formatOf(DF_Chunky3x8, kEntries, 1, 3), entries)
+        .end();
 }
 
 struct Entries {
@@ -145,11 +141,11 @@ struct Entries {
 
 TEST(GetPalette, FillsTheEntriesInTheAskedColorSpaceAndTellsTheirNumber) {
     Entries entries;
-    EXPECT_TRUE(entries.take(paletteMessage(VORN_CS_RGB), VORN_CS_RGB));
+    EXPECT_TRUE(entries.take(paletteMessage(), VORN_CS_RGB));
     EXPECT_EQ(entries.buffer.width, kEntries);
     const uint8_t expected[] = {255, 255, 255, 3, 4, 5, 9};
     EXPECT_EQ(std::memcmp(entries.samples, expected, sizeof expected), 0);
-    EXPECT_TRUE(entries.take(paletteMessage(VORN_CS_RGB), VORN_CS_YUV601));
+    EXPECT_TRUE(entries.take(paletteMessage(), VORN_CS_YUV601));
     EXPECT_EQ(entries.samples[0], 235);
     EXPECT_EQ(entries.samples[1], 128);
 }
@@ -164,12 +160,12 @@ TEST(GetPalette, LeavesTheBufferAloneWhenItDoesNotSuit) {
         EXPECT_EQ(std::memcmp(&before, &entries.buffer, sizeof before), 0);
         EXPECT_EQ(entries.samples[0], 9);
     };
-    const Bytes palette = paletteMessage(VORN_CS_RGB);
+    const Bytes palette = paletteMessage();
     refused(palette, &VORN_ChunkyBuffer::width, 1);
     refused(palette, &VORN_ChunkyBuffer::channels, 4);
     refused(palette, &VORN_ChunkyBuffer::bytesPerChannel, 2);
     refused(MessageBytes().number(ITAG_Width, 1).end(), &VORN_ChunkyBuffer::width, 4);
-    refused(paletteMessage(VORN_CS_RGB, 4), &VORN_ChunkyBuffer::width, 4);  // fewer bytes than told
+    refused(paletteMessage(4), &VORN_ChunkyBuffer::width, 4);  // fewer bytes than told
     refused(MessageBytes().data(ITAG_Palette, "abcd", 4).end(), &VORN_ChunkyBuffer::width, 4);
 }
 

@@ -24,15 +24,10 @@ TEST(ImageInfo, IsSentAsATagListWithoutWhatCannotTravel) {
 }
 
 TEST(ImageInfo, CompletesTheDataFormat) {
-    struct {
-        uint32_t byteCount = sizeof(VORN_DataFormat);
-        VORN_DataFormat format{DF_Chunky3x16, 10, 2, 3, 0, 0, {}, {}, {}, {}};
-    } value;
-    VORN_DataFormat whole = value.format;
-    VORN_L_DataFormatMacroSetup(&whole);
+    const FormatTag tag{.format = {DF_Chunky3x16, 10, 2, 3, 0, 0, {}, {}, {}, {}}};
     expectSent(
-        {MessageBytes().data(ITAG_DataFormat, &whole, sizeof whole).end(), acknowledgementOf(2)},
-        [&] { return VORN_M_SetVaImageInfo(ITAG_DataFormat, VORN_Word(&value), TAG_End); });
+        {MessageBytes().format(formatOf(DF_Chunky3x16, 10, 2, 3)).end(), acknowledgementOf(2)},
+        [&] { return VORN_M_SetVaImageInfo(ITAG_DataFormat, VORN_Word(&tag), TAG_End); });
 }
 
 TEST(ImageInfo, LargerThanTheAreaIsNotSent) {

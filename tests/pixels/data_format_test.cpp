@@ -95,28 +95,26 @@ TEST(DataFormat, ChecksSizes) {
     for (const auto& r : refused) EXPECT_FALSE(passes(r[0], r[1], r[2], r[3])) << &r - refused;
 }
 
-TEST(LinesInside, CountsTheLastSampleAndNotOneMore) {
-    VORN_DataFormat made = format(DF_LineInterleaved16, 10, 2);
-    VORN_L_DataFormatMacroSetup(&made);
-    EXPECT_TRUE(linesInside(made, 3, 120));
-    EXPECT_FALSE(linesInside(made, 3, 119));
-    EXPECT_FALSE(linesInside(made, 4, 120));
-    EXPECT_TRUE(linesInside(made, 0, 0));
-    EXPECT_FALSE(linesInside(made, -1, 120));
-    made.bytesPerChannel = 9;
-    EXPECT_FALSE(linesInside(made, 1, 120));
-}
-
-TEST(LinesInside, FollowsNegativeStepsBelowTheBlock) {
-    VORN_DataFormat made = format(0, 10, 1);
-    made.pixelStep[0] = -1;
-    made.lineStep[0] = -10;
-    made.channelPlace[0] = 29;
-    EXPECT_TRUE(linesInside(made, 3, 30));
-    EXPECT_FALSE(linesInside(made, 4, 30));
-    EXPECT_FALSE(linesInside(made, 3, 29));
-    made.channelPlace[0] = 28;
-    EXPECT_FALSE(linesInside(made, 3, 30));
+TEST(LinesInside, CountsTheLastSampleAndNotOneMoreAlsoWithNegativeSteps) {
+    VORN_DataFormat runs = format(DF_LineInterleaved16, 10, 2), backwards = format(0, 10, 1);
+    VORN_L_DataFormatMacroSetup(&runs);
+    backwards.pixelStep[0] = -1;
+    backwards.lineStep[0] = -10;
+    backwards.channelPlace[0] = 29;
+    VORN_DataFormat below = backwards, wide = runs;
+    below.channelPlace[0] = 28;
+    wide.bytesPerChannel = 9;
+    const struct {
+        const VORN_DataFormat& format;
+        int lines;
+        uint64_t bytes;
+        bool inside;
+    } cases[] = {{runs, 3, 120, true},     {runs, 3, 119, false},     {runs, 4, 120, false},
+                 {runs, 0, 0, true},       {runs, -1, 120, false},    {wide, 1, 120, false},
+                 {backwards, 3, 30, true}, {backwards, 4, 30, false}, {backwards, 3, 29, false},
+                 {below, 3, 30, false}};
+    for (const auto& c : cases)
+        EXPECT_EQ(linesInside(c.format, c.lines, c.bytes), c.inside) << &c - cases;
 }
 
 TEST(LinesInside, SurvivesStepsThatWouldOverflow) {

@@ -6,8 +6,6 @@
 namespace vorn::test {
 namespace {
 
-constexpr size_t kGuard = 64;
-
 VORN_DataFormat header(const Shape& shape, int layout = DF_Explicit) {
     return {layout, shape.width, shape.height, shape.channels, shape.bytes, 0, {}, {}, {}, {}};
 }
@@ -33,19 +31,21 @@ void turnAtRandom(Random& random, VORN_DataFormat& format, int first, int channe
 
 }  // namespace
 
-Picture::Picture(const VORN_DataFormat& format, size_t size) : memory(size + 2 * kGuard, 0xA5) {
+Picture::Picture(const VORN_DataFormat& format, size_t size, size_t guard)
+    : memory(size + 2 * guard, kUntouched) {
     VORN_L_InitChunkyBufferFromDataFormat(&record, &format);
     for (int c = 0; c < format.channels; c++) {
         record.pixelStep[c] = format.pixelStep[c];
         record.lineStep[c] = format.lineStep[c];
-        record.channelPlace[c] = memory.data() + kGuard + format.channelPlace[c];
+        record.channelPlace[c] = memory.data() + guard + format.channelPlace[c];
     }
 }
 
-Picture Picture::standard(int layout, int width, int height, int channels) {
+Picture Picture::standard(int layout, int width, int height, int channels, size_t guard) {
     VORN_DataFormat format = header({width, height, channels, 1}, layout);
     VORN_L_DataFormatMacroSetup(&format);
-    return Picture(format, static_cast<size_t>(format.lineStep[0]) * static_cast<size_t>(height));
+    const auto lineBytes = static_cast<size_t>(format.lineStep[0]);
+    return Picture(format, lineBytes * static_cast<size_t>(height), guard);
 }
 
 Picture Picture::interleaved(Random& random, const Shape& shape) {
@@ -115,6 +115,14 @@ Picture Picture::clone() const {
     return copy;
 }
 
+bool Picture::hasIntactGaps() {
+    for (int c = 0; c < record.channels; ++c) {
+        for (int i = 0; has(c) && i < record.width * record.height; ++i)
+            set(c, i % record.width, i / record.width, kUntouched * 257);
+    }
+    return std::all_of(memory.begin(), memory.end(), [](uint8_t b) { return b == kUntouched; });
+}
+
 uint8_t* Picture::at(int channel, int x, int y) const {
     return record.channelPlace[channel] + int64_t{y} * record.lineStep[channel] +
            int64_t{x} * record.pixelStep[channel];
@@ -129,7 +137,7 @@ void Picture::set(int channel, int x, int y, int value) {
     uint8_t* sample = at(channel, x, y);
     sample[0] = static_cast<uint8_t>(value);
     if (record.bytesPerChannel == 2) {
-        sample[1] = static_cast<uint8_t>(value / 256);
+        sample[1] = static_cast<uint8_t>(value >> 8);
     }
 }
 

@@ -24,11 +24,14 @@ struct Shape {
 
 class Picture {
   public:
-    // Memory for a record whose places are offsets into it; `size` bytes hold all samples.
-    Picture(const VORN_DataFormat& format, size_t size);
+    static constexpr uint8_t kUntouched = 0xA5;  // what guards and gaps hold
+
+    // Memory for a record whose places are offsets into it; `size` bytes hold all samples. Without
+    // a guard, a checker of addresses sees the first byte too much.
+    Picture(const VORN_DataFormat& format, size_t size, size_t guard = 64);
 
     // A standard layout.
-    static Picture standard(int layout, int width, int height, int channels);
+    static Picture standard(int layout, int width, int height, int channels, size_t guard = 64);
     // Cells with the channels in any order, gaps, negative steps.
     static Picture interleaved(Random& random, const Shape& shape);
     // Every channel for itself, with steps of its own.
@@ -41,6 +44,9 @@ class Picture {
 
     // A copy whose record looks at the copy's memory.
     Picture clone() const;
+
+    // Puts the untouched value over every sample; whether everything holds it then.
+    bool hasIntactGaps();
 
     int get(int channel, int x, int y) const;
     void set(int channel, int x, int y, int value);

@@ -10,20 +10,10 @@
 namespace vorn::test {
 namespace {
 
-VORN_DataFormat rgbEntries(int count) {
-    VORN_DataFormat format{DF_Chunky3x8, count, 1, 3, 0, 0, {}, {}, {}, {}};
-    VORN_L_DataFormatMacroSetup(&format);
-    return format;
-}
+VORN_DataFormat rgbEntries(int count) { return formatOf(DF_Chunky3x8, count, 1, 3); }
 
-// An ITAG_Palette item: colour space, record, entries.
 Bytes paletteItem(const VORN_DataFormat& format, const Bytes& entries) {
-    const int32_t colorSpace = VORN_CS_RGB;
-    Bytes data(132);
-    std::memcpy(data.data(), &colorSpace, 4);
-    std::memcpy(data.data() + 4, &format, sizeof format);
-    data.insert(data.end(), entries.begin(), entries.end());
-    return MessageBytes().data(ITAG_Palette, data.data(), data.size()).unfinished();
+    return MessageBytes().palette(format, entries).unfinished();
 }
 
 Owned<VORN_ChunkyBuffer> convert(const Bytes& item, int bytes, int channels, int target) {
@@ -54,11 +44,12 @@ TEST(ConvertedPalette, RefusesItemsThatAreNotInOrder) {
     };
     EXPECT_FALSE(refused([](auto&) {}));
     EXPECT_TRUE(refused([](auto&) {}, 4)) << "entries are cut off";
-    EXPECT_TRUE(refused([](auto& format) { format.width = 65536; }));
-    EXPECT_TRUE(refused([](auto& format) { format.channels = 9; }));
-    EXPECT_TRUE(refused([](auto& format) { format.pixelStep[2] = -3; }));
-    EXPECT_TRUE(refused([](auto& format) { format.channelPlace[0] = 0xFFFFFFF0u; }));
-    EXPECT_TRUE(refused([](auto& format) { format.bytesPerChannel = 0; }));
+    const std::function<void(VORN_DataFormat&)> spoils[] = {
+        [](auto& format) { format.width = 65536; }, [](auto& format) { format.channels = 9; },
+        [](auto& format) { format.pixelStep[2] = -3; },
+        [](auto& format) { format.channelPlace[0] = 0xFFFFFFF0u; },
+        [](auto& format) { format.bytesPerChannel = 0; }};
+    for (const auto& spoil : spoils) EXPECT_TRUE(refused(spoil)) << &spoil - spoils;
     const Bytes shortItem = MessageBytes().data(ITAG_Palette, Bytes(128).data(), 128).unfinished();
     EXPECT_EQ(convert(shortItem, 1, 3, VORN_CS_RGB), nullptr);
     EXPECT_EQ(VORN_L_ConvertPalette(nullptr, 1, 3, 0, VORN_CS_RGB), nullptr);
@@ -174,11 +165,7 @@ TEST(ReadImage, BelievesNoBlockThatBreaksTheProtocol) {
         {"a short error", block(4, 32).item(MTAG_ErrorCode, 8).end(), 6},
         {"a list without an end", block(4, 32).item(ITAG_Width, 7).unfinished(), 5},
     };
-    struct {
-        uint32_t byteCount = sizeof(VORN_DataFormat);
-        VORN_DataFormat format{DF_LineInterleaved8, 8, 4, 1, 0, 0, {}, {}, {}, {}};
-    } announced;
-    VORN_L_DataFormatMacroSetup(&announced.format);
+    const FormatTag announced{.format = formatOf(DF_LineInterleaved8, 8, 4, 1)};
     for (const auto& c : cases) {
         Picture host = Picture::standard(DF_LineInterleaved8, 8, 4, 1);
         const Picture untouched = host.clone();

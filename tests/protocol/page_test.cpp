@@ -30,15 +30,13 @@ std::map<std::string, Bytes> examplesOfPage() {
 
 constexpr uint8_t kPixels[] = {0xFF, 0, 0, 0, 0xFF, 0, 0, 0, 0xFF, 0xFF, 0xFF, 0xFF};
 
-struct FormatTag {
-    uint32_t byteCount = sizeof(VORN_DataFormat);
-    VORN_DataFormat format{DF_Chunky3x8, 2, 2, 3, 1, 0, {}, {}, {}, {}};
-};
-
 using Sent = std::map<std::string, Bytes>;
 
-Bytes takenFrom(ScriptedPeer& peer, const std::function<void()>& host) {
+// The host's message in an exchange that is answered so.
+template <class Host>
+Bytes takenFrom(ScriptedPeer& peer, const std::vector<Bytes>& answers, Host host) {
     peer.takes();
+    for (const Bytes& answer : answers) peer.sends(answer);
     peer.play([&] {
         host();
         return true;
@@ -55,22 +53,15 @@ Sent hostToLoader() {
     ScriptedPeer peer;
     VORN_Image* image = peer.image();
     addTags(peer, {ITAG_Filename, VORN_Word("a.ppm"), TAG_End});
-    peer.takes().sends(acknowledgement());
-    peer.play([&] { return VORN_L_WaitForInfo(image); });
-    sent["load-info"] = peer.taken().back();
-    peer.takes().sends(emptyMessage());
-    peer.play([&] { return VORN_L_StartReadingImage(image); });
-    sent["load-data"] = peer.taken().back();
-    peer.takes().sends(acknowledgement()).sends(acknowledgement());
-    peer.play([&] { return VORN_L_SendCMDAbort(image); });
-    sent["abort"] = peer.taken().back();
-    peer.takes().sends(emptyMessage()).sends(acknowledgement());
-    VORN_L_TagFreeData(peer.play([&] {
-        return VORN_H_ModuleVaSendCommand(image, CMD_Module, ITAG_PageNumber, VORN_Word(5),
-                                          TAG_End);
-    }));
-    sent["module-command"] = peer.taken().back();
-    sent["terminate"] = takenFrom(peer, [&] { VORN_L_SendCMDTerminate(image); });
+    const Bytes done = acknowledgement(), empty = emptyMessage();
+    sent["load-info"] = takenFrom(peer, {done}, [&] { VORN_L_WaitForInfo(image); });
+    sent["load-data"] = takenFrom(peer, {empty}, [&] { VORN_L_StartReadingImage(image); });
+    sent["abort"] = takenFrom(peer, {done, done}, [&] { VORN_L_SendCMDAbort(image); });
+    sent["module-command"] = takenFrom(peer, {empty, done}, [&] {
+        VORN_L_TagFreeData(
+            VORN_H_ModuleVaSendCommand(image, CMD_Module, ITAG_PageNumber, VORN_Word(5), TAG_End));
+    });
+    sent["terminate"] = takenFrom(peer, {}, [&] { VORN_L_SendCMDTerminate(image); });
     return sent;
 }
 
@@ -80,21 +71,19 @@ Sent hostToSaver() {
     VORN_Image* image = peer.image();
     image->hasProcess = true;
     addTags(peer, {ITAG_Filename, VORN_Word("b.ppm"), TAG_End});
-    peer.takes().sends(emptyMessage()).sends(acknowledgement());
-    peer.play([&] { return VORN_L_WaitForInfo(image); });
-    sent["save-info"] = peer.taken().back();
+    sent["save-info"] =
+        takenFrom(peer, {emptyMessage(), acknowledgement()}, [&] { VORN_L_WaitForInfo(image); });
     VORN_H_ImageVaSetTags(image, ITAG_Width, VORN_Word(2), ITAG_Height, VORN_Word(2), ITAG_Channels,
                           VORN_Word(3), ITAG_ImageChannelSize, VORN_Word(1), ITAG_ColorSpace,
                           VORN_Word(VORN_CS_RGB), TAG_End);
-    peer.takes().sends(emptyMessage());
-    peer.play([&] { return VORN_L_StartWritingImage(image); });
-    sent["save-data"] = peer.taken().back();
+    sent["save-data"] = takenFrom(peer, {emptyMessage()}, [&] { VORN_L_StartWritingImage(image); });
 
     Bytes pixels(std::begin(kPixels), std::end(kPixels));
     VORN_ChunkyBuffer lines{DF_Chunky3x8, 2, 2, 3, 1, 0, {3, 3, 3}, {6, 6, 6}, {}, {}};
     for (int c = 0; c < 3; ++c) lines.channelPlace[c] = pixels.data() + c;
     VORN_WriteState* state = VORN_L_ImageWriteChunkyBegin(image, &lines, nullptr, 0, nullptr);
-    sent["saver-block"] = takenFrom(peer, [&] { VORN_L_ImageWriteLineChunky(state, &lines, 0); });
+    sent["saver-block"] =
+        takenFrom(peer, {}, [&] { VORN_L_ImageWriteLineChunky(state, &lines, 0); });
     VORN_L_ImageWriteChunkyEnd(state);
     return sent;
 }
@@ -102,7 +91,7 @@ Sent hostToSaver() {
 Sent loaderToHost() {
     Callbacks callbacks = plainLoader();
     callbacks.loaderBegin = [] {
-        const FormatTag format;
+        const FormatTag format{.format = {DF_Chunky3x8, 2, 2, 3, 1, 0, {}, {}, {}, {}}};
         VORN_M_SetVaImageInfo(ITAG_DataFormat, VORN_Word(&format), ITAG_ColorSpace,
                               VORN_Word(VORN_CS_RGB), TAG_End);
         VORN_M_SetErrorCode(2002, 7);

@@ -20,9 +20,9 @@ using ScalerPointer = std::unique_ptr<VORN_Scaler, Free>;
 ScalerPointer allocate(const char* name) { return ScalerPointer(VORN_S_AllocScaler(name)); }
 
 int32_t init(const ScalerPointer& scaler,
-             Band& source,
+             Picture& source,
              int32_t srcLines,
-             Band& destination,
+             Picture& destination,
              int32_t dstLines,
              VORN_LineCallback callback = nullptr,
              void* data = nullptr) {
@@ -30,8 +30,12 @@ int32_t init(const ScalerPointer& scaler,
                             callback, data);
 }
 
-Band plainBand(int32_t width, int32_t lines, int32_t channels = 3, int32_t bytes = 1) {
-    return Band(Layout::Interleaved, width, lines, channels, bytes, 0xFF, 0);
+Picture plainBand(int32_t width, int32_t lines, int32_t channels = 3, int32_t bytes = 1) {
+    return bandOf(Layout::Interleaved, {width, lines, channels, bytes});
+}
+
+void fill(Picture& band, uint8_t value) {
+    std::fill(band.memory.begin(), band.memory.end(), value);
 }
 
 std::string codesOf(const char* method,
@@ -58,18 +62,18 @@ TEST(BandProtocol, AsksForBandsAndHandsLinesOutBeforeItFinishes) {
 
 TEST(BandProtocol, StopsWhenTheLineCallbackSaysSo) {
     for (const char* name : kNames) {
-        Band source = plainBand(4, 8), destination = plainBand(4, 8);
+        Picture source = plainBand(4, 8), destination = plainBand(4, 8);
         ScalerPointer scaler = allocate(name);
         int32_t calls = 0;
         const VORN_LineCallback stop = [](void* data) { return ++*static_cast<int32_t*>(data); };
         ASSERT_EQ(VORN_S_READY, init(scaler, source, 8, destination, 8, stop, &calls));
-        destination.fill(Band::kGuard);
+        fill(destination, Picture::kUntouched);
         ASSERT_EQ(VORN_S_FILL_SOURCE, VORN_S_SendData(scaler.get()));
-        source.fill(1);
+        fill(source, 1);
         EXPECT_EQ(VORN_S_STOPPED, VORN_S_SendData(scaler.get())) << name;
         EXPECT_EQ(1, calls);
-        EXPECT_EQ(1, destination.get(3, 0, 2)) << name;
-        EXPECT_EQ(Band::kGuard, destination.get(0, 1, 0)) << name;
+        EXPECT_EQ(1, destination.get(2, 3, 0)) << name;
+        EXPECT_EQ(Picture::kUntouched, destination.get(0, 0, 1)) << name;
     }
 }
 
@@ -87,7 +91,7 @@ TEST(BandProtocol, TakesTheSourceRecordsHeightAsTheBandsLines) {
         whole.sourceBand = 23, whole.destinationBand = 31;
         const Image expected = scaleThrough(image, whole);
 
-        Band source = plainBand(3, 8, 1), destination = plainBand(3, 31, 1);
+        Picture source = plainBand(3, 8, 1), destination = plainBand(3, 31, 1);
         ScalerPointer scaler = allocate(name);
         ASSERT_EQ(VORN_S_READY, init(scaler, source, 23, destination, 31));
         int32_t read = 0, code = 0;
@@ -102,14 +106,14 @@ TEST(BandProtocol, TakesTheSourceRecordsHeightAsTheBandsLines) {
         }
         for (int32_t y = 0; y < 31; ++y) {
             for (int32_t x = 0; x < 3; ++x) {
-                ASSERT_EQ(expected.at(x, y, 0), destination.get(x, y, 0)) << name << " line " << y;
+                ASSERT_EQ(expected.at(x, y, 0), destination.get(0, x, y)) << name << " line " << y;
             }
         }
     }
 }
 
 int32_t initNew(
-    const char* name, Band& source, int32_t srcLines, Band& destination, int32_t dstLines) {
+    const char* name, Picture& source, int32_t srcLines, Picture& destination, int32_t dstLines) {
     const ScalerPointer scaler = allocate(name);
     const int32_t result = init(scaler, source, srcLines, destination, dstLines);
     if (result < 0) {
@@ -119,8 +123,8 @@ int32_t initNew(
 }
 
 TEST(InitScale, RefusesRecordsThatDontFitEachOther) {
-    Band rgb = plainBand(4, 4), rgba = plainBand(4, 4, 4), deep = plainBand(4, 4, 3, 2);
-    Band none = plainBand(4, 4), nine = plainBand(4, 4), triple = plainBand(4, 4);
+    Picture rgb = plainBand(4, 4), rgba = plainBand(4, 4, 4), deep = plainBand(4, 4, 3, 2);
+    Picture none = plainBand(4, 4), nine = plainBand(4, 4), triple = plainBand(4, 4);
     none.record.channels = 0;
     nine.record.channels = 9;
     triple.record.bytesPerChannel = 3;
@@ -135,8 +139,8 @@ TEST(InitScale, RefusesRecordsThatDontFitEachOther) {
 }
 
 TEST(InitScale, RefusesSizesOutOfTheScalersRange) {
-    Band band = plainBand(4, 4, 1), narrow = plainBand(1, 4, 1), wide = plainBand(16001, 1, 1);
-    Band empty = plainBand(4, 4, 1), tooWide = plainBand(65537, 1, 1);
+    Picture band = plainBand(4, 4, 1), narrow = plainBand(1, 4, 1), wide = plainBand(16001, 1, 1);
+    Picture empty = plainBand(4, 4, 1), tooWide = plainBand(65537, 1, 1);
     for (const char* name : kNames) {
         const bool cubic = std::string(name) == "bestup";
         const int32_t outer = cubic ? VORN_S_BAD_SIZE : VORN_S_READY;
@@ -157,7 +161,7 @@ TEST(InitScale, RefusesSizesOutOfTheScalersRange) {
 }
 
 TEST(FrontEnd, SurvivesNullAndScalersThatAreNotSetUp) {
-    Band band = plainBand(4, 4);
+    Picture band = plainBand(4, 4);
     VORN_S_FreeScaler(nullptr);
     VORN_S_EndScale(nullptr);
     EXPECT_EQ(VORN_S_CANT_GO_ON, VORN_S_SendData(nullptr));
@@ -178,23 +182,23 @@ TEST(FrontEnd, SurvivesNullAndScalersThatAreNotSetUp) {
 // A scaler is set up again in the middle of an image, for one that needs larger buffers.
 TEST(InitScale, EndsTheImageBefore) {
     for (const char* name : kNames) {
-        Band small = plainBand(4, 4, 1), source = plainBand(9, 9, 1),
-             destination = plainBand(5, 5, 1);
+        Picture small = plainBand(4, 4, 1), source = plainBand(9, 9, 1),
+                destination = plainBand(5, 5, 1);
         ScalerPointer scaler = allocate(name);
         ASSERT_EQ(VORN_S_READY, init(scaler, small, 40, small, 40));
         EXPECT_EQ(VORN_S_FILL_SOURCE, VORN_S_SendData(scaler.get()));
         ASSERT_EQ(VORN_S_READY, init(scaler, source, 9, destination, 5));
         EXPECT_EQ(VORN_S_FILL_SOURCE, VORN_S_SendData(scaler.get()));
-        source.fill(77);
+        fill(source, 77);
         EXPECT_EQ(VORN_S_TAKE_DESTINATION, VORN_S_SendData(scaler.get()));
         EXPECT_EQ(VORN_S_FINISHED, VORN_S_SendData(scaler.get()));
-        EXPECT_EQ(77, destination.get(4, 4, 0)) << name;
+        EXPECT_EQ(77, destination.get(0, 4, 4)) << name;
     }
 }
 
 TEST(InitScale, LeavesNothingBehindWhenAnyAllocationFails) {
-    Band source(Layout::Cells, 7, 3, 3, 2, 0xFF, 0),
-        destination(Layout::Planar, 9, 3, 3, 2, 0xFF, 0);
+    Picture source = bandOf(Layout::Cells, {7, 3, 3, 2});
+    Picture destination = bandOf(Layout::Planar, {9, 3, 3, 2});
     const auto setUp = [&](const ScalerPointer& scaler) {
         return init(scaler, source, 7, destination, 9);
     };

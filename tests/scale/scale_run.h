@@ -35,22 +35,24 @@ inline int32_t countLine(void* count) {
 }
 
 // Fills the band's next lines. What it held before is overwritten: a scaler may not need it.
-inline void fillBand(Band& band, const Image& image, int32_t& next) {
-    band.fill(0x3C);
+inline void fillBand(Picture& band, const Image& image, int32_t& next) {
+    std::fill(band.memory.begin(), band.memory.end(), uint8_t{0x3C});
     for (int32_t line = 0; line < band.record.height && next < image.lines; ++line, ++next) {
         for (int32_t c = 0; c < image.channels; ++c) {
-            if (!band.record.channelPlace[c]) continue;
-            for (int32_t x = 0; x < image.width; ++x) band.put(x, line, c, image.at(x, next, c));
+            for (int32_t x = 0; band.has(c) && x < image.width; ++x)
+                band.set(c, x, line, image.at(x, next, c));
         }
     }
 }
 
 // Scales a whole image. Channels that are absent stay 0 in the result.
 inline Image scaleThrough(const Image& image, ScaleRun& run) {
-    Band source(run.sourceLayout, image.width, run.sourceBand, image.channels, image.bytes,
-                run.sourceMask, 0);
-    Band destination(run.destinationLayout, run.width, run.destinationBand, image.channels,
-                     image.bytes, run.destinationMask, 64);
+    Picture source =
+        bandOf(run.sourceLayout, {image.width, run.sourceBand, image.channels, image.bytes},
+               run.sourceMask);
+    Picture destination =
+        bandOf(run.destinationLayout, {run.width, run.destinationBand, image.channels, image.bytes},
+               run.destinationMask, 64);
     Image result(run.width, run.lines, image.channels, image.bytes);
     int32_t read = 0, made = 0, taken = 0;
     VORN_Scaler* scaler = VORN_S_AllocScaler(run.method);
@@ -76,7 +78,7 @@ inline Image scaleThrough(const Image& image, ScaleRun& run) {
             for (int32_t c = 0; c < image.channels; ++c) {
                 if (!((present >> c) & 1)) continue;
                 for (int32_t x = 0; x < run.width; ++x) {
-                    result.at(x, taken, c) = destination.get(x, taken % run.destinationBand, c);
+                    result.at(x, taken, c) = destination.get(c, x, taken % run.destinationBand);
                 }
             }
         }
@@ -84,9 +86,9 @@ inline Image scaleThrough(const Image& image, ScaleRun& run) {
     VORN_S_FreeScaler(scaler);
     EXPECT_EQ(run.lines, taken);
     for (int32_t c = 0; c < image.channels; ++c) {  // what has no source must be left alone
-        if (!((present >> c) & 1)) destination.record.channelPlace[c] = nullptr;
+        if (!((present >> c) & 1)) destination.drop(c);
     }
-    EXPECT_TRUE(destination.guardsIntact());
+    EXPECT_TRUE(destination.hasIntactGaps());
     return result;
 }
 

@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include "tags/gathered_words.h"
 #include "tests/tags/tag_builder.h"
 
 namespace {
@@ -88,6 +89,43 @@ TEST(UserTags, SearchComparesTheLowHalfOfAnId) {
                                    1, TAG_End};
         EXPECT_TRUE(VORN_L_FindAPILongTag(words, ITAG_Width, nullptr, 0));
     }
+}
+
+using vorn::GatheredWords;
+using Check = void (*)(const GatheredWords&);
+
+void gather(Check check, ...) {
+    va_list arguments;
+    va_start(arguments, check);
+    const GatheredWords words(arguments);
+    va_end(arguments);
+    check(words);
+}
+
+#define TWO_TAGS \
+    ITAG_Width, VORN_Word{7}, ITAG_Height, VORN_Word { 8 }
+#define TEN_TAGS TWO_TAGS, TWO_TAGS, TWO_TAGS, TWO_TAGS, TWO_TAGS
+#define FORTY_TAGS TEN_TAGS, TEN_TAGS, TEN_TAGS, TEN_TAGS
+
+TEST(GatheredWords, GrowBeyondTheirOwnRoom) {
+    gather(
+        [](const GatheredWords& words) {
+            ASSERT_NE(words.data(), nullptr);
+            for (VORN_Word tag = 0; tag < 40; ++tag) {
+                EXPECT_EQ(words.data()[2 * tag], tag % 2 ? ITAG_Height : ITAG_Width);
+                EXPECT_EQ(words.data()[2 * tag + 1], 7 + tag % 2);
+            }
+            EXPECT_EQ(words.data()[80], TAG_End);
+        },
+        FORTY_TAGS, TAG_End);
+    vorn::failAllocation(1);
+    gather(
+        [](const GatheredWords& words) {
+            EXPECT_EQ(words.data(), nullptr);
+            EXPECT_EQ(words.rest(), nullptr);
+        },
+        FORTY_TAGS, TAG_End);
+    vorn::failAllocation(0);
 }
 
 }  // namespace

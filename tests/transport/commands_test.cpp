@@ -94,10 +94,6 @@ TEST(Terminate, NeverChangesTheHandlesError) {
     EXPECT_EQ(peer.errorCode(), 27);
 }
 
-VORN_DataFormat format(int32_t layout, int32_t width, int32_t height, int32_t channels) {
-    return {layout, width, height, channels, 0, 0, {}, {}, {}, {}};
-}
-
 bool openWith(ScriptedPeer& peer, const Bytes& answer, const Bytes& second = acknowledgement()) {
     peer.takes().sends(answer);
     if (!second.empty()) peer.sends(second);
@@ -107,11 +103,11 @@ bool openWith(ScriptedPeer& peer, const Bytes& answer, const Bytes& second = ack
 TEST(ImageInfo, IsMergedAndCompleted) {
     ScriptedPeer peer;
     VORN_H_ImageVaSetTags(peer.image(), ITAG_PageNumber, VORN_Word(4), TAG_End);
-    auto announced = format(DF_Chunky3x16, 10, 20, 3);
+    VORN_DataFormat announced{DF_Chunky3x16, 10, 20, 3, 0, 0, {}, {}, {}, {}};
     announced.bitsPerChannel[1] = 12;
     EXPECT_TRUE(openWith(peer, MessageBytes()
                                    .number(ITAG_Width, 1)
-                                   .data(ITAG_DataFormat, &announced, sizeof announced)
+                                   .format(announced)
                                    .number(ITAG_XAspect, 4)
                                    .number(ITAG_YAspect, 3)
                                    .end()));
@@ -156,18 +152,15 @@ TEST(ImageInfo, DerivesTheAspectThatIsMissing) {
 }
 
 TEST(ImageInfo, RefusesFormatsThatAreNone) {
-    auto huge = format(DF_Chunky3x8, 65537, 1, 3);
-    auto many = format(DF_LineInterleaved8, 1, 1, 9);
-    auto endless = format(DF_LineInterleaved16, 1, 1, 0x7FFFFFFF);
-    for (const auto* wrong : {&huge, &many, &endless}) {
+    const auto huge = formatOf(DF_Chunky3x8, 65537, 1, 3);
+    for (const Bytes& wrong :
+         {MessageBytes().format(huge).end(), MessageBytes().data(ITAG_DataFormat, &huge, 124).end(),
+          MessageBytes().format(formatOf(DF_LineInterleaved8, 1, 1, 9)).end(),
+          MessageBytes().format(formatOf(DF_LineInterleaved16, 1, 1, 0x7FFFFFFF)).end()}) {
         ScriptedPeer peer;
-        EXPECT_FALSE(
-            openWith(peer, MessageBytes().data(ITAG_DataFormat, wrong, sizeof *wrong).end()));
+        EXPECT_FALSE(openWith(peer, wrong));
         EXPECT_EQ(peer.errorCode(), 31);
     }
-    ScriptedPeer peer;
-    EXPECT_FALSE(openWith(peer, MessageBytes().data(ITAG_DataFormat, &huge, 124).end()));
-    EXPECT_EQ(peer.errorCode(), 31);
 }
 
 TEST(ImageInfo, NeedsAnAnswerAndThenAnAcknowledgement) {

@@ -23,6 +23,19 @@
 
 using Bytes = std::vector<uint8_t>;
 
+// A data format with its steps filled in.
+inline VORN_DataFormat formatOf(int32_t layout, int32_t width, int32_t height, int32_t channels) {
+    VORN_DataFormat format{layout, width, height, channels, 0, 0, {}, {}, {}, {}};
+    VORN_L_DataFormatMacroSetup(&format);
+    return format;
+}
+
+// The value of ITAG_DataFormat in a user tag list.
+struct FormatTag {
+    uint32_t byteCount = sizeof(VORN_DataFormat);
+    VORN_DataFormat format;
+};
+
 // A message as its bytes, written item by item or wrong on purpose.
 class MessageBytes {
   public:
@@ -50,6 +63,16 @@ class MessageBytes {
     MessageBytes& error(int32_t code, int32_t subcode) {
         const int32_t pair[2] = {code, subcode};
         return data(MTAG_ErrorCode, pair, sizeof pair);
+    }
+    MessageBytes& format(const VORN_DataFormat& format) {
+        return data(ITAG_DataFormat, &format, sizeof format);
+    }
+    MessageBytes& palette(const VORN_DataFormat& format, const Bytes& entries) {
+        Bytes value(4 + sizeof format);
+        value[0] = VORN_CS_RGB;
+        std::memcpy(value.data() + 4, &format, sizeof format);
+        value.insert(value.end(), entries.begin(), entries.end());
+        return data(ITAG_Palette, value.data(), value.size());
     }
     MessageBytes& word(uint32_t value) {
         for (int shift = 0; shift < 32; shift += 8)
