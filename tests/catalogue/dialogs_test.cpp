@@ -27,19 +27,15 @@ class Dialogs : public CatalogueTest {
 
     void expectNoDialog(const char* module, int32_t type) {
         messages.clear();
-        VORN_L_SetErrorCode(nullptr, 0, 0);
-        EXPECT_FALSE(
-            VORN_H_ImageVaModuleActivateGUI(module, type, MTAG_ParentWindow, window(), TAG_End));
-        EXPECT_EQ(errorCode(), 73);
-        ASSERT_EQ(messages.size(), 1u);
-        EXPECT_EQ(messages[0].text, "Parameters: No Parameters for this saver.");
-        EXPECT_EQ(messages[0].parentWindow, window());
-
-        VORN_L_SetErrorCode(nullptr, 0, 0);
-        EXPECT_FALSE(VORN_H_ImageVaModuleActivateGUI(module, type, MTAG_ParentWindow, window(),
-                                                     MTAG_Quiet, VORN_Word{1}, TAG_End));
-        EXPECT_EQ(errorCode(), 73);
-        EXPECT_EQ(messages.size(), 1u);
+        for (const VORN_Word quiet : {0, 1}) {
+            VORN_L_SetErrorCode(nullptr, 0, 0);
+            EXPECT_FALSE(VORN_H_ImageVaModuleActivateGUI(module, type, MTAG_ParentWindow, window(),
+                                                         MTAG_Quiet, quiet, TAG_End));
+            EXPECT_EQ(errorCode(), 73);
+            ASSERT_EQ(messages.size(), 1u);
+            EXPECT_EQ(messages[0].text, "Parameters: No Parameters for this saver.");
+            EXPECT_EQ(messages[0].parentWindow, window());
+        }
     }
 
     DialogRecord record_;

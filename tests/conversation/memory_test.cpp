@@ -4,6 +4,7 @@
 #include "tests/conversation/host.h"
 #include "tests/conversation/saved.h"
 #include "tests/support/failing_memory.h"
+#include "tests/support/string_list.h"
 #include "transport/image.h"
 
 namespace {
@@ -143,49 +144,38 @@ TEST_F(OutOfMemory, InAnyCallOfASaversHostIsErrorSeventeenAndThePictureAfterItIs
     }
 }
 
+void failInEachAllocation(const std::function<bool()>& call, bool hasError = true) {
+    failAtEachAllocation([&](auto withFailure) {
+        VORN_L_SetErrorCode(nullptr, 0, 0);
+        const auto [result, failed] = withFailure(call);
+        EXPECT_TRUE(result || failed);
+        if (!result && hasError) {
+            EXPECT_EQ(VORN_ErrorPairCode(VORN_H_ImageGetError(nullptr)), 17);
+        }
+    });
+}
+
 TEST_F(OutOfMemory, InACallWithoutAHandleIsErrorSeventeen) {
     installLoader("loader");
-    const std::string file = moduleHome().write("file", "");
-    const struct {
-        const char* name;
-        std::function<bool()> call;
-        bool hasError = true;
-    } calls[] = {
-        {"list",
-         [] {
-             char** list = nullptr;
-             const bool made = VORN_H_ImageVaQueryModuleHandler(VORN_LOADER, MTAG_ModuleList,
-                                                                VORN_Word(&list), TAG_End);
-             EXPECT_EQ(made, list != nullptr);
-             VORN_H_FreeStringList(list);
-             return made;
-         }},
-        {"question",
-         [] {
-             char** list = nullptr;
-             EXPECT_TRUE(VORN_H_ImageVaQueryModule("loader", VORN_LOADER, MTAG_ColorSpaces,
-                                                   VORN_Word(&list), TAG_End));
-             VORN_H_FreeStringList(list);
-             return list != nullptr;
-         },
-         false},
-        {"choice",
-         [&] {
-             char name[80];
-             return VORN_H_ImageGetLoaderName(file.c_str(), "loader", name, sizeof name) != 0;
-         }},
+    failInEachAllocation([] {
+        char** list = nullptr;
+        const bool made = VORN_H_ImageVaQueryModuleHandler(VORN_LOADER, MTAG_ModuleList,
+                                                           VORN_Word(&list), TAG_End);
+        EXPECT_NE(taken(list).empty(), made);
+        return made;
+    });
+    const auto question = [] {
+        char** list = nullptr;
+        EXPECT_TRUE(VORN_H_ImageVaQueryModule("loader", VORN_LOADER, MTAG_ColorSpaces,
+                                              VORN_Word(&list), TAG_End));
+        return !taken(list).empty();
     };
-    for (const auto& c : calls) {
-        SCOPED_TRACE(c.name);
-        failAtEachAllocation([&](auto withFailure) {
-            VORN_L_SetErrorCode(nullptr, 0, 0);
-            const auto [result, failed] = withFailure(c.call);
-            EXPECT_TRUE(result || failed);
-            if (!result && c.hasError) {
-                EXPECT_EQ(VORN_ErrorPairCode(VORN_H_ImageGetError(nullptr)), 17);
-            }
-        });
-    }
+    failInEachAllocation(question, false);
+    const std::string file = moduleHome().write("file", "");
+    failInEachAllocation([&] {
+        char name[80];
+        return VORN_H_ImageGetLoaderName(file.c_str(), "loader", name, sizeof name) != 0;
+    });
 }
 
 TEST_F(OutOfMemory, WhileAModuleIsChosenOrClosedLeavesNothing) {

@@ -26,6 +26,21 @@ Picture scaled(const Picture& source, int width, int height, const char* method)
     return target;
 }
 
+void expectScaled(
+    Loader& loader, const char* name, int width, int height, const char* method, const char* wish) {
+    const Picture expected = scaled(loadersPicture(name), width, height, method);
+    const Picture target = plainPicture(shapeOf(expected));
+    ASSERT_TRUE(loader.open(name));
+    if (wish) {
+        VORN_H_ImageVaSetTags(loader, ITAG_ScalerName, VORN_Word(wish), ITAG_Width,
+                              VORN_Word(width), ITAG_Height, VORN_Word(height), TAG_End);
+        EXPECT_EQ(loader.number(ITAG_Width), width);
+    }
+    ASSERT_TRUE(loader.read(target)) << name << ": " << loader.code();
+    EXPECT_TRUE(same(target, expected)) << name << ' ' << method;
+    loader.closeImage();
+}
+
 TEST_F(ScaledReading, TakesTheMethodThatSuitsTheSizes) {
     const struct {
         const char* name;
@@ -44,31 +59,13 @@ TEST_F(ScaledReading, TakesTheMethodThatSuitsTheSizes) {
         {"w=33,h=20,c=8", 34, 21, "bestup"},
     };
     Loader loader;
-    for (const auto& c : cases) {
-        const Picture source = loadersPicture(c.name);
-        const Picture expected = scaled(source, c.width, c.height, c.method);
-        const Picture target = plainPicture(shapeOf(expected));
-        ASSERT_TRUE(loader.open(c.name));
-        ASSERT_TRUE(loader.read(target)) << c.name << ": " << loader.code();
-        EXPECT_TRUE(same(target, expected)) << c.name;
-        loader.closeImage();
-    }
+    for (const auto& c : cases) expectScaled(loader, c.name, c.width, c.height, c.method, nullptr);
 }
 
 TEST_F(ScaledReading, TakesTheMethodThatTheHostNames) {
-    const char* name = "w=50,h=40,c=3";
     Loader loader;
-    for (const char* method : {"qdscale", "avscale", "blscale", "bcscale", "unheard-of"}) {
-        ASSERT_TRUE(loader.open(name));
-        VORN_H_ImageVaSetTags(loader, ITAG_ScalerName, VORN_Word(method), ITAG_Width, VORN_Word(31),
-                              ITAG_Height, VORN_Word(29), TAG_End);
-        EXPECT_EQ(loader.number(ITAG_Width), 31);
-        const Picture expected = scaled(loadersPicture(name), 31, 29, method);
-        const Picture target = plainPicture(shapeOf(expected));
-        ASSERT_TRUE(loader.read(target));
-        EXPECT_TRUE(same(target, expected)) << method;
-        loader.closeImage();
-    }
+    for (const char* method : {"qdscale", "avscale", "blscale", "bcscale", "unheard-of"})
+        expectScaled(loader, "w=50,h=40,c=3", 31, 29, method, method);
 }
 
 TEST_F(ScaledReading, TurnsWhatItScales) {

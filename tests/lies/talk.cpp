@@ -52,7 +52,6 @@ class Talk {
     bool note(const char* call, bool success, bool needsReason = true) {
         if (success) return true;
         ++result_.failures;
-        result_.code = module_.errorCode();
         const auto& heard = module_.heard();
         if (needsReason && module_.errorCode() == 0 &&
             std::none_of(heard.begin(), heard.end(), mentionsError)) {
@@ -122,7 +121,6 @@ class Talk {
             ITAG_AbortCallback, VORN_Word(aborts ? &wantsNoMore : nullptr),
             ITAG_AbortCallbackUserData, VORN_Word(&calls), TAG_End);
         note("the read", read);
-        result_.aborted = result_.aborted || (aborts && calls <= 0);
         if (!read) return;
         ++result_.pictures;
         judge(picture, std::span(module_.heard()).subspan(before));

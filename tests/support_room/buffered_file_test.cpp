@@ -24,6 +24,18 @@ std::string longText(size_t size = 300'007) {
     return text;
 }
 
+class File {
+  public:
+    File(const std::string& path, int32_t mode) : file_(BOpenFile(path.c_str(), mode)) {}
+    ~File() { BClose(file_); }
+    File(const File&) = delete;
+    File& operator=(const File&) = delete;
+    operator VORN_File*() const { return file_; }
+
+  private:
+    VORN_File* file_;
+};
+
 std::string readPart(VORN_File* file, size_t count) {
     std::string part(count, '?');
     part.resize(static_cast<size_t>(BRead(file, part.data(), static_cast<int32_t>(count))));
@@ -37,8 +49,7 @@ TEST(BufferedFile, GivesTheSameBytesInPartsOfAnySize) {
     const std::string path = scratch.write("file", text);
     for (const size_t part : {size_t{1000}, size_t{65535}, size_t{65536}, size_t{65537},
                               size_t{200'000}, size_t{400'000}}) {
-        VORN_File* file = BOpenFile(path.c_str(), BFILE_Read);
-        ASSERT_NE(file, nullptr);
+        const File file(path, BFILE_Read);
         EXPECT_EQ(BFileSize(file), static_cast<int64_t>(text.size()));
         std::string all = readPart(file, 3);
         for (std::string got = readPart(file, part); !got.empty(); got = readPart(file, part)) {
@@ -47,14 +58,13 @@ TEST(BufferedFile, GivesTheSameBytesInPartsOfAnySize) {
         EXPECT_EQ(all, text) << part;
         EXPECT_EQ(readPart(file, 1), "");
         EXPECT_EQ(BSeek(file, 0, 1), static_cast<int64_t>(text.size()));
-        BClose(file);
     }
 }
 
 TEST(BufferedFile, SeeksInsideAndOutsideOfItsBuffer) {
     const ScratchDirectory scratch;
     const std::string text = longText();
-    VORN_File* file = BOpenFile(scratch.write("file", text).c_str(), BFILE_Read);
+    const File file(scratch.write("file", text), BFILE_Read);
     readPart(file, 100);
     const auto size = static_cast<int64_t>(text.size());
     int64_t position = 100;
@@ -72,12 +82,11 @@ TEST(BufferedFile, SeeksInsideAndOutsideOfItsBuffer) {
         ASSERT_EQ(readPart(file, 20), expected) << position;
         position += static_cast<int64_t>(expected.size());
     }
-    BClose(file);
 }
 
 TEST(BufferedFile, RefusesASeekAndStays) {
     const ScratchDirectory scratch;
-    VORN_File* file = BOpenFile(scratch.write("file", "0123456789").c_str(), BFILE_Read);
+    const File file(scratch.write("file", "0123456789"), BFILE_Read);
     EXPECT_EQ(readPart(file, 4), "0123");
     for (const auto& [offset, origin] : std::vector<std::pair<int64_t, int32_t>>{
              {-1, 0}, {-5, 1}, {0, 2}, {0, -1}, {INT64_MAX, 1}, {INT64_MIN, 1}}) {
@@ -85,7 +94,6 @@ TEST(BufferedFile, RefusesASeekAndStays) {
         EXPECT_EQ(BGetErrorCode(), EINVAL);
     }
     EXPECT_EQ(readPart(file, 2), "45");
-    BClose(file);
 }
 
 TEST(BufferedFile, WritesWhatItIsGivenWhereItIsToldTo) {
@@ -116,12 +124,11 @@ TEST(BufferedFile, WritesWhatItIsGivenWhereItIsToldTo) {
 
 TEST(BufferedFile, LeavesGapsThatASeekMadeAsZeros) {
     const ScratchDirectory scratch;
-    VORN_File* file = BOpenFile(scratch.path("file").c_str(), BFILE_Write);
+    const File file(scratch.path("file"), BFILE_Write);
     BWrite(file, "a", 1);
     EXPECT_EQ(BSeek(file, 3, 0), 3);
     BWrite(file, "b", 1);
     EXPECT_TRUE(BCommit(file));
-    BClose(file);
     EXPECT_EQ(scratch.read("file"), std::string("a\0\0b", 4));
 }
 
@@ -196,11 +203,10 @@ TEST(BufferedFile, FindsNoRoomAtTheLatestWhenItIsCommitted) {
     }
     BClose(file);
     EXPECT_EQ(scratch.read("file"), "old");
-    VORN_File* full = BOpenFile("/dev/full", BFILE_Write);
+    const File full("/dev/full", BFILE_Write);
     EXPECT_EQ(BWrite(full, "x", 1), 1);
     EXPECT_FALSE(BCommit(full));
     EXPECT_EQ(BGetErrorCode(), ENOSPC);
-    BClose(full);
 }
 
 }  // namespace

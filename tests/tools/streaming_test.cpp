@@ -5,6 +5,7 @@
 
 #include "tests/modules/saved_picture.h"
 #include "tests/modules/wished_picture.h"
+#include "tests/support/module_image.h"
 #include "tests/tools/tool.h"
 
 namespace {
@@ -59,42 +60,27 @@ struct Case {
 
 class WholePictures {
   public:
-    WholePictures() : loader_(VORN_H_ModuleVaOpen("loader", VORN_LOADER, TAG_End)) {}
-    ~WholePictures() { VORN_H_ModuleClose(loader_); }
-
     // The samples of a picture as a host gets them that reads it whole, in the order of a PNM file.
     // A width above 0 is that of a scaled picture, as the file has it.
     std::string read(const Case& picture, int from, int to, int32_t width, int32_t height) {
-        const std::string name = std::string(picture.picture) + ",orient=" + std::to_string(from);
-        EXPECT_TRUE(VORN_H_ImageVaOpen(loader_, ITAG_Filename, name.c_str(), TAG_End));
-        VORN_H_ImageVaSetTags(loader_, ITAG_Orientation, VORN_Word(to), ITAG_ColorSpace,
+        EXPECT_TRUE(loader_.open(std::string(picture.picture) + ",orient=" + std::to_string(from)));
+        VORN_H_ImageVaSetTags(loader_.get(), ITAG_Orientation, VORN_Word(to), ITAG_ColorSpace,
                               VORN_Word(picture.colorSpace), TAG_End);
         int32_t own[2] = {};
-        VORN_H_ImageVaGetTags(loader_, ITAG_Width, &own[0], ITAG_Height, &own[1], TAG_End);
-        VORN_ImageBuffer buffer{};
-        buffer.type = VORN_BUFFER_CHUNKY;
-        VORN_ChunkyBuffer& chunky = buffer.chunky;
-        chunky.width = width > 0 ? width : own[0];
-        chunky.height = width > 0 ? height : own[1];
-        chunky.channels = picture.channels;
-        chunky.bytesPerChannel = picture.bytes;
-        const int32_t step = picture.channels * picture.bytes;
-        std::string pixels(size_t(chunky.width) * size_t(chunky.height) * size_t(step), '\0');
-        for (int32_t c = 0; c < picture.channels; ++c) {
-            chunky.pixelStep[c] = step;
-            chunky.lineStep[c] = step * chunky.width;
-            chunky.channelPlace[c] = reinterpret_cast<uint8_t*>(&pixels[size_t(c * picture.bytes)]);
+        VORN_H_ImageVaGetTags(loader_.get(), ITAG_Width, &own[0], ITAG_Height, &own[1], TAG_End);
+        const Pixels pixels(width > 0 ? width : own[0], width > 0 ? height : own[1],
+                            picture.channels, picture.bytes);
+        EXPECT_TRUE(VORN_H_ImageVaReadData(loader_.get(), &pixels.buffer, TAG_End));
+        loader_.close();
+        std::string samples(pixels.samples.begin(), pixels.samples.end());
+        for (size_t i = 0; picture.bytes == 2 && i < samples.size(); i += 2) {
+            std::swap(samples[i], samples[i + 1]);  // in the file, the high byte comes first
         }
-        EXPECT_TRUE(VORN_H_ImageVaReadData(loader_, &buffer, TAG_End));
-        VORN_H_ImageClose(loader_);
-        for (size_t i = 0; picture.bytes == 2 && i < pixels.size(); i += 2) {
-            std::swap(pixels[i], pixels[i + 1]);  // in the file, the high byte comes first
-        }
-        return pixels;
+        return samples;
     }
 
   private:
-    VORN_Image* loader_;
+    const Image loader_{"loader", VORN_LOADER};
 };
 
 // Small pictures for the many pairs, wide ones that take several blocks in some of them.

@@ -80,21 +80,6 @@ bool attach(SharedStuff& stuff, std::vector<std::string> words) {
                                    const_cast<char**>(arguments.data()));
 }
 
-TEST(Attach, SeesTheHostsAreasFromTheOtherSide) {
-    ScriptedPeer peer;
-    const SharedStuff& host = peer.image()->stuff;
-    SharedStuff module{};
-    ASSERT_TRUE(attach(module, commandLineOf(host)));
-    host.writePointer[5] = 42;
-    EXPECT_EQ(module.readPointer[5], 42);
-    EXPECT_EQ(module.readSize, host.writeSize);
-    EXPECT_EQ(module.writePointer - module.base, host.readOffset);
-    EXPECT_EQ(module.semaphores->peerThread, vorn::platform::currentThreadId());
-    vorn::SharedStuffDetach(module);
-    EXPECT_EQ(module.base, nullptr);
-    EXPECT_TRUE(module.linkDown);
-}
-
 TEST(Attach, RefusesAWrongCommandLine) {
     ScriptedPeer peer;
     const auto with = [&](size_t index, const std::string& word) {
