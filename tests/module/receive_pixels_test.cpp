@@ -92,13 +92,6 @@ TEST(GetImageData, EndsAtAMessageThatIsNoBlock) {
     }
 }
 
-TEST(GetImageData, DrainsTheHostsBlocksWhenASaverStopsEarly) {
-    writeWith({block(0, 4), block(4, 4), block(8, 4)}, [](auto* state) {
-        Lines one(1);
-        EXPECT_EQ(VORN_M_GetImageData(&one.buffer, state), 1);
-    });
-}
-
 TEST(GetImageData, WithoutMemoryForItsStateIsErrorSeventeen) {
     Callbacks callbacks = plainSaver();
     callbacks.saverWrite = [] {

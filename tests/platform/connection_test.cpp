@@ -5,7 +5,6 @@
 
 #include <cstring>
 #include <limits>
-#include <thread>
 
 #include "tests/platform/started.h"
 
@@ -34,15 +33,6 @@ TEST(Semaphores, PostedBeforeTheEndOfThePeerStillCount) {
     EXPECT_TRUE(waitFor(semaphore, peer.process.watch, kNoDescriptor));
     EXPECT_TRUE(waitFor(semaphore, peer.process.watch, kNoDescriptor));
     EXPECT_FALSE(waitFor(semaphore, peer.process.watch, kNoDescriptor));
-}
-
-TEST(Semaphores, WaitEndsWithThePeer) {
-    const Semaphore semaphore;
-    const Started peer("answer");
-    std::thread waiter(
-        [&] { EXPECT_FALSE(waitFor(semaphore, peer.process.watch, kNoDescriptor)); });
-    platform::killProcess(peer.process);
-    waiter.join();
 }
 
 // A peer holds the same open file and can do with it what it likes.

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdint>
 #include <cstring>
@@ -14,10 +15,7 @@ namespace {
 
 bool isClear(const void* block, size_t size) {
     const auto* bytes = static_cast<const uint8_t*>(block);
-    for (size_t i = 0; i < size; ++i) {
-        if (bytes[i] != 0) return false;
-    }
-    return true;
+    return std::all_of(bytes, bytes + size, [](uint8_t byte) { return byte == 0; });
 }
 
 TEST(Memory, IsClearedWhenAskedAndNeverNullForNothing) {
