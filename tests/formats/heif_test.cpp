@@ -6,6 +6,7 @@
 #include "formats/heif/heif_loader.h"
 #include "formats/heif/heif_saver.h"
 #include "tests/formats/format_files.h"
+#include "tests/formats/heif_files.h"
 #ifdef VORN_HAS_PNG
 #include "formats/png/png_loader.h"
 #endif
@@ -216,17 +217,6 @@ TEST_F(Heif, TurnsOnceAndOpensTheWantedPageMainOneFirst) {
     EXPECT_EQ(failureOf([&] { load<HeifLoader>(path_, {.page = 3}); }), formats::kNoSuchPage);
 }
 
-// The size that stands in the file's boxes, wherever the picture's own is.
-std::string withSize(std::string file, uint32_t width, uint32_t height) {
-    for (size_t at = 0; (at = file.find("ispe", at)) != std::string::npos; ++at) {
-        for (int i = 0; i < 4; ++i) {
-            file[at + 8 + static_cast<size_t>(i)] = static_cast<char>(width >> (24 - 8 * i));
-            file[at + 12 + static_cast<size_t>(i)] = static_cast<char>(height >> (24 - 8 * i));
-        }
-    }
-    return file;
-}
-
 TEST_F(Heif, RefusesWhatIsNotRight) {
     for (const char* other : {"", "ftypheic", "0000moovheic",
                               "\0\0\0\x10"
@@ -242,6 +232,14 @@ TEST_F(Heif, RefusesWhatIsNotRight) {
         EXPECT_EQ(open(65536, 65536), formats::kOutOfMemory);
         EXPECT_EQ(open(65535, 16385), formats::kOutOfMemory);
         EXPECT_EQ(open(60, 64), formats::kDamaged);
+        // The head of the compressed data, of which decoders like to complain.
+        testing::internal::CaptureStderr();
+        for (size_t i = file.find("mdat") + 4; i < file.find("mdat") + 40; ++i) {
+            std::string broken = file;
+            broken[i] = static_cast<char>(~broken[i]);
+            loadFailure<HeifLoader>(files_.write("b", broken));
+        }
+        EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
         for (const auto& [channels, colorSpace] :
              {std::pair{4, VORN_CS_CMYK}, {1, VORN_CS_CMAPPED}})
             EXPECT_EQ(
