@@ -5,6 +5,7 @@
 
 #include "formats/heif/heif_loader.h"
 #include "formats/heif/heif_saver.h"
+#include "formats/heif/hevc_size.h"
 #include "tests/formats/format_files.h"
 #include "tests/formats/heif_files.h"
 #ifdef VORN_HAS_PNG
@@ -215,6 +216,33 @@ TEST_F(Heif, TurnsOnceAndOpensTheWantedPageMainOneFirst) {
     EXPECT_EQ(other.image.width, 64);
     EXPECT_NEAR(other.samples[2], 255, 3);
     EXPECT_EQ(failureOf([&] { load<HeifLoader>(path_, {.page = 3}); }), formats::kNoSuchPage);
+}
+
+// With the bytes between zeros and what might be taken for the start of a unit.
+std::vector<uint8_t> unitOf(const std::string& bits) {
+    std::vector<uint8_t> bytes;
+    for (size_t at = 0; at + 8 <= bits.size(); at += 8) {
+        const auto byte = static_cast<uint8_t>(std::stoi(bits.substr(at, 8), nullptr, 2));
+        const size_t n = bytes.size();
+        if (n >= 2 && bytes[n - 1] == 0 && bytes[n - 2] == 0 && byte < 4) bytes.push_back(3);
+        bytes.push_back(byte);
+    }
+    return bytes;
+}
+
+TEST(HevcSize, IsFoundBehindWhateverStandsInFrontOfIt) {
+    const std::string head = "01000010000000010000";
+    const std::string profile(88, '0');
+    const std::string level = "01011010";
+    const std::string rest(12, '0');
+    const std::string size = "000000100000100000110001" + std::string(8, '1');
+    const std::string heads[] = {
+        "0000" + profile + level + "1010", "0000" + profile + level + "1001000",
+        "0100" + profile + level + "1101" + rest + profile + level + level + "00101010"};
+    for (const std::string& each : heads)
+        EXPECT_EQ(heif::codedPixels(unitOf(head + each + size)), 64 * 48);
+    EXPECT_EQ(heif::codedPixels(unitOf("01000000" + heads[0] + size)), 0);
+    EXPECT_EQ(heif::codedPixels({}), 0);
 }
 
 TEST_F(Heif, RefusesWhatIsNotRight) {
