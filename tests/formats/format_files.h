@@ -104,9 +104,9 @@ inline std::vector<VORN_Word> imageWords(VORN_Word width,
 class PaletteTag {
   public:
     PaletteTag(Bytes entries,
-                        int32_t channels = 3,
-                        int32_t bytes = 1,
-                        int32_t colorSpace = VORN_CS_RGB) {
+               int32_t channels = 3,
+               int32_t bytes = 1,
+               int32_t colorSpace = VORN_CS_RGB) {
         const auto count = static_cast<int32_t>(entries.size()) / (channels * bytes);
         const VORN_ChunkyBuffer line =
             formats::interleavedBuffer(entries.data(), count, 1, channels, bytes);
