@@ -33,7 +33,7 @@ formats::Exif exifOf(const Session& session) {
     return formats::readExif(block, size);
 }
 
-void describeResolution(const Session& session, formats::Exif& notes, formats::InfoTags& tags) {
+void describeResolution(const Session& session, formats::Exif& notes) {
     png_uint_32 x = 0;
     png_uint_32 y = 0;
     int unit = PNG_RESOLUTION_UNKNOWN;
@@ -42,10 +42,8 @@ void describeResolution(const Session& session, formats::Exif& notes, formats::I
         if (dotsPerInch(x) == 0 || dotsPerInch(y) == 0) return;
         notes.xDpi = dotsPerInch(x);
         notes.yDpi = dotsPerInch(y);
-    } else if (x != y) {
-        // More pixels to a length means narrower pixels.
-        tags.number(ITAG_XAspect, static_cast<int32_t>(y));
-        tags.number(ITAG_YAspect, static_cast<int32_t>(x));
+    } else {
+        setAspect(notes, x, y);
     }
 }
 
@@ -81,11 +79,6 @@ void describeTexts(const std::vector<png_text>& texts, formats::Exif& notes) {
     }
 }
 
-// A value above 0, or 0.
-int32_t positive(const formats::ImageToSave& image, uint32_t id) {
-    return std::max(image.number(id).value_or(0), 0);
-}
-
 void putText(Session& session, const char* keyword, std::string value) {
     png_text text{};
     std::string latin1;
@@ -112,28 +105,20 @@ void describe(const Session& session, const Session* behind, formats::Descriptio
         if (png_get_valid(behind->png(), behind->info(), PNG_INFO_eXIf)) notes = exifOf(*behind);
         collectTexts(*behind, texts);
     }
-    describeResolution(session, notes, image.tags);
+    describeResolution(session, notes);
     describeTexts(texts, notes);
     formats::describe(notes, image);
 }
 
 void putResolution(Session& session, const formats::ImageToSave& image) {
-    int32_t x = positive(image, ITAG_XDPI);
-    int32_t y = positive(image, ITAG_YDPI);
-    const bool inInches = x > 0 || y > 0;
-    if (inInches) {
-        x = x > 0 ? x : y;
-        y = y > 0 ? y : x;
-    } else {
-        x = positive(image, ITAG_YAspect);
-        y = positive(image, ITAG_XAspect);
-    }
-    if (x == 0 || y == 0) return;
+    const formats::Resolution dpi = formats::resolutionOf(image);
+    const formats::Resolution density = formats::densityOf(image);
+    if (dpi.x == 0 && density.x == 0) return;
     session.run([&] {
         png_set_pHYs(session.png(), session.info(),
-                     inInches ? dotsPerMetre(x) : static_cast<png_uint_32>(x),
-                     inInches ? dotsPerMetre(y) : static_cast<png_uint_32>(y),
-                     inInches ? PNG_RESOLUTION_METER : PNG_RESOLUTION_UNKNOWN);
+                     dpi.x > 0 ? dotsPerMetre(dpi.x) : static_cast<png_uint_32>(density.x),
+                     dpi.x > 0 ? dotsPerMetre(dpi.y) : static_cast<png_uint_32>(density.y),
+                     dpi.x > 0 ? PNG_RESOLUTION_METER : PNG_RESOLUTION_UNKNOWN);
     });
 }
 

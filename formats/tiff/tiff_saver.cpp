@@ -114,10 +114,11 @@ void TiffSaver::putTags(const ImageToSave& image) {
     TIFFSetField(tiff, TIFFTAG_ORIENTATION,
                  formats::exifFromOrientation(image.number(ITAG_Orientation).value_or(0)));
     const formats::Resolution dpi = formats::resolutionOf(image);
-    if (dpi.x > 0) {
-        TIFFSetField(tiff, TIFFTAG_XRESOLUTION, static_cast<double>(dpi.x));
-        TIFFSetField(tiff, TIFFTAG_YRESOLUTION, static_cast<double>(dpi.y));
-        TIFFSetField(tiff, TIFFTAG_RESOLUTIONUNIT, RESUNIT_INCH);
+    const formats::Resolution noted = dpi.x > 0 ? dpi : formats::densityOf(image);
+    if (noted.x > 0) {
+        TIFFSetField(tiff, TIFFTAG_XRESOLUTION, static_cast<double>(noted.x));
+        TIFFSetField(tiff, TIFFTAG_YRESOLUTION, static_cast<double>(noted.y));
+        TIFFSetField(tiff, TIFFTAG_RESOLUTIONUNIT, dpi.x > 0 ? RESUNIT_INCH : RESUNIT_NONE);
     }
     for (const formats::TiffTextField& field : formats::kTiffTextFields) {
         const std::string text = image.text(field.id);
