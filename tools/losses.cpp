@@ -37,6 +37,9 @@ std::string lossesOf(const ImageDescription& image,
         losses.push_back(std::string(colorSpaceName(image.colorSpace)) + " (it becomes " +
                          colorSpaceName(plan.colorSpace) + ")");
     }
+    if (!wishes.onePage && image.pages > 1) {
+        losses.push_back("more than the first of " + std::to_string(image.pages) + " pages");
+    }
     return losses.empty() ? "" : "The saver " + saver.name + " can't hold " + joined(losses, ", ");
 }
 
