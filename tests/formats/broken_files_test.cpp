@@ -30,7 +30,7 @@ std::vector<Format> installedFormats(const std::string& home) {
         {"tga", {"RunLength=false"}},
         {"png", {"Interlace=true"}},
         {"jpeg", {"Progressive=true", "Subsampling=422"}},
-        {"tiff", {"Compression=deflate", "Compression=none", "Tiles=64"}},
+        {"tiff", {"Compression=deflate", "Compression=none", "Compression=jpeg", "Tiles=64"}},
         {"webp", {"Lossless=true"}},
         {"gif", {}},
         {"jxl", {"Lossless=true"}},
