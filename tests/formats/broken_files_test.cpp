@@ -193,6 +193,8 @@ int32_t outcome(const Image& loader, const std::string& path) {
 
 TEST_F(Modules, DontBelieveASmallFileThatClaimsAHugePicture) {
     const std::string tgaSizes = little(65535, 2) + little(65535, 2);
+    const std::string side = big(65536, 4);
+    const std::string origin = big(0, 8);
     const std::tuple<const char*, int32_t, std::string> bombs[] = {
         {"pnm", formats::kDamaged, "P5\n65536 65536\n255\n"},
         {"bmp", formats::kDamaged,
@@ -215,7 +217,15 @@ TEST_F(Modules, DontBelieveASmallFileThatClaimsAHugePicture) {
         {"gif", formats::kDamaged,
          "GIF89a" + little(65535, 2) + little(65535, 2) + std::string("\xF0\0\0", 3) +
              std::string(6, '\7') + "," + std::string(4, '\0') + little(65535, 2) +
-             little(65535, 2) + std::string(1, '\0') + "\2\2\x44\1" + std::string(1, '\0') + ";"}};
+             little(65535, 2) + std::string(1, '\0') + "\2\2\x44\1" + std::string(1, '\0') + ";"},
+        {"jxl", formats::kOutOfMemory,
+         "\xFF\x0A" + little(0x3FFFF00007FFFE, 7) + little(0x3000, 2) + std::string(7, '\0')},
+        {"jpeg2000", formats::kOutOfMemory,
+         "\xFF\x4F\xFF\x51" + big(41, 2) + big(0, 2) + side + side + origin + side + side + origin +
+             big(1, 2) + big(0x070101, 3) + "\xFF\x52" + big(12, 2) + big(0x100, 5) +
+             big(0x0004040001, 5) + "\xFF\x5C" + big(4, 2) + big(0x4040, 2) + "\xFF\x90" +
+             big(10, 2) + big(0, 2) + big(0, 4) + big(1, 2) + "\xFF\x93" + std::string(99, 'x') +
+             "\xFF\xD9"}};
     for (const auto& [format, wanted, content] : bombs) {
         if (!std::filesystem::exists(home() + "/Loaders/" + format + ".cap")) continue;
         const Image loader(format, VORN_LOADER);

@@ -48,6 +48,11 @@ TEST(ConversionPlan, TakesTheRichestColorSpaceThatCanBeMade) {
     EXPECT_EQ(planned(image(VORN_CS_CMAPPED, 1), saver({"Gray", "RGB"})), VORN_CS_RGB);
     EXPECT_EQ(planned(image(VORN_CS_RGB, 3), saver({"CMAPPED"})), -1);
     EXPECT_EQ(planned(image(VORN_CS_CMYK, 4), saver({"RGB"})), -1);
+    ImageDescription greys = image(VORN_CS_CMAPPED, 1);
+    greys.greyPalette = true;
+    EXPECT_EQ(planned(greys, saver({"RGB", "Gray"})), VORN_CS_GRAY);
+    EXPECT_EQ(planned(greys, saver({"RGB"})), VORN_CS_RGB);
+    EXPECT_EQ(planned(greys, saver({"RGB", "Gray", "CMAPPED"})), VORN_CS_CMAPPED);
 }
 
 TEST(ConversionPlan, RefusesAWishThatCanNotBeMet) {
