@@ -61,9 +61,9 @@ formats::LineLayout TiffSaver::open(const ImageToSave& image, formats::OutputFil
     int photometric = photometricOf(image);
     const settings::ModuleSettings set("tiff", VORN_SAVER, kTiffCapabilities);
     const uint16_t compression = set.choice("Compression", kCompressions);
-    const bool jpeg = compression == COMPRESSION_JPEG;
-    if (jpeg && !isForJpeg(image)) throw Failure{formats::kCannotSave};
-    if (jpeg && photometric == PHOTOMETRIC_RGB) photometric = PHOTOMETRIC_YCBCR;
+    lossy_ = compression == COMPRESSION_JPEG;
+    if (lossy_ && !isForJpeg(image)) throw Failure{formats::kCannotSave};
+    if (lossy_ && photometric == PHOTOMETRIC_RGB) photometric = PHOTOMETRIC_YCBCR;
     tile_ = set.choice("Tiles", kTiles);
     height_ = static_cast<uint32_t>(image.height);
     const int32_t pixelBytes = image.channels * image.bytesPerChannel;
@@ -89,7 +89,7 @@ formats::LineLayout TiffSaver::open(const ImageToSave& image, formats::OutputFil
                      photometric == PHOTOMETRIC_PALETTE ? PREDICTOR_NONE : PREDICTOR_HORIZONTAL);
     if (compression == COMPRESSION_ADOBE_DEFLATE)
         TIFFSetField(tiff, TIFFTAG_ZIPQUALITY, set.number("Level"));
-    if (jpeg) putQuality(set.number("Quality"));
+    if (lossy_) putQuality(set.number("Quality"));
     putColors(image);
     putTags(image);
     if (tile_) {
@@ -157,24 +157,25 @@ void TiffSaver::writeLine(const uint8_t* line) {
     for (size_t at = 0; at < lineBytes_; at += tileLineBytes_, to += tile_ * tileLineBytes_) {
         const size_t part = std::min(tileLineBytes_, lineBytes_ - at);
         std::copy_n(line + at, part, to);
-        for (size_t beyond = part; beyond < tileLineBytes_; beyond += pixelBytes_)
+        for (size_t beyond = part; lossy_ && beyond < tileLineBytes_; beyond += pixelBytes_)
             std::copy_n(to + beyond - pixelBytes_, pixelBytes_, to + beyond);
     }
     ++line_;
     if (line_ % tile_ == 0 || line_ == height_) writeTiles();
 }
 
-// The tiles of one row, which lie one behind the other. Beyond its edges the picture goes on as it
-// ends: what stands there shows inside where there is loss.
+// The tiles of one row, which lie one behind the other. Beyond the picture's edges are zeros,
+// or what stands at the edges: where there is loss it shows inside.
 void TiffSaver::writeTiles() {
     const size_t bytes = tile_ * tileLineBytes_;
     uint32_t x = 0;
     for (size_t at = 0; at < out_.size(); at += bytes, x += tile_) {
         uint8_t* to = &out_[at] + ((line_ - 1) % tile_ + 1) * tileLineBytes_;
-        for (; to < &out_[at] + bytes; to += tileLineBytes_)
+        for (; lossy_ && to < &out_[at] + bytes; to += tileLineBytes_)
             std::copy_n(to - tileLineBytes_, tileLineBytes_, to);
         file_->check(TIFFWriteTile(file_->get(), &out_[at], x, line_ - 1, 0, 0) >= 0);
     }
+    std::fill(out_.begin(), out_.end(), uint8_t{0});
 }
 
 void TiffSaver::finish() {
