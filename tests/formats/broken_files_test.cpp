@@ -21,6 +21,8 @@ struct Format {
     const char* saver;
     std::vector<const char*> settings;  // each makes a file of its own
     const char* loader = saver;
+
+    friend void PrintTo(const Format& format, std::ostream* out) { *out << format.saver; }
 };
 
 std::vector<Format> installedFormats(const std::string& home) {
