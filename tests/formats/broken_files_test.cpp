@@ -7,7 +7,9 @@
 #include <tuple>
 
 #include "tests/formats/format_files.h"
+#include "tests/formats/heif_files.h"
 #include "tests/formats/module_host.h"
+#include "tests/soak/amounts.h"
 
 namespace {
 
@@ -232,6 +234,23 @@ TEST_F(Modules, DontBelieveASmallFileThatClaimsAHugePicture) {
         if (!std::filesystem::exists(home() + "/Loaders/" + format + ".cap")) continue;
         const Image loader(format, VORN_LOADER);
         EXPECT_EQ(outcome(loader, files_.write("a", content)), wanted) << format;
+    }
+}
+
+// Some kilobytes, and pictures whose decoding takes more than the limit: when the boxes say so, the
+// limit is what is wrong. What the boxes hide is not decoded.
+TEST_F(Modules, TellAPictureLargerThanItsBoxesClaimFromAWantOfMemory) {
+    if (isSanitized()) GTEST_SKIP() << "a sanitizer takes more memory than the limit";
+    const ScopedVariable limit{"VORN_MEMORY_LIMIT", "64M"};
+    const Image loader("heif", VORN_LOADER);
+    const Pixels flat(2100, 2100, 1, 1);
+    for (const char* name : {"avif", "heif"}) {
+        if (!std::filesystem::exists(home() + "/Savers/" + name + ".cap")) continue;
+        const Image saver(name, VORN_SAVER);
+        ASSERT_TRUE(save(saver, files_.path("a"), flat, VORN_CS_GRAY)) << saver.error();
+        const std::string content = contentOf(files_.path("a"));
+        EXPECT_EQ(outcome(loader, files_.path("a")), 76);
+        EXPECT_EQ(outcome(loader, files_.write("a", withSize(content, 64, 64))), formats::kDamaged);
     }
 }
 
