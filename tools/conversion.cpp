@@ -75,13 +75,15 @@ class Conversion {
         int32_t stored = VORN_CS_NONE;
         const unsigned id = ITAG_ColorSpace;
         VORN_L_ImageVaModuleGetTags(loader_.image(), id, &stored, TAG_End);
-        const bool inks =
-            stored == VORN_CS_CMYK && !saverAbilities_.handlesColorSpace(VORN_CS_CMYK);
-        if (!reduces && !inks) {
+        const int32_t target = VORN_L_FindColorSpace(request_.colorSpace.c_str());
+        const bool kept = target == VORN_CS_CMYK || target == VORN_CS_NONE;
+        paintsInks_ =
+            stored == VORN_CS_CMYK && !(kept && saverAbilities_.handlesColorSpace(VORN_CS_CMYK));
+        if (!reduces && !paintsInks_) {
             return;
         }
         VORN_H_ImageClose(loader_.image());
-        openLoader(reduces ? wanted : Size{}, inks ? VORN_CS_RGB : VORN_CS_NONE);
+        openLoader(reduces ? wanted : Size{}, paintsInks_ ? VORN_CS_RGB : VORN_CS_NONE);
     }
 
     void wish(unsigned id, VORN_Word value) {
@@ -123,6 +125,7 @@ class Conversion {
 
     void makePlan() {
         wishes_.mixesColors = request_.isScaled();
+        wishes_.onePage = request_.page > 0;
         if (!request_.colorSpace.empty()) {
             wishes_.colorSpace = VORN_L_FindColorSpace(request_.colorSpace.c_str());
         }
@@ -139,7 +142,11 @@ class Conversion {
     }
 
     void tellLosses() const {
-        const std::string losses = lossesOf(image_, saverAbilities_, wishes_, plan_);
+        ImageDescription stored = image_;
+        if (paintsInks_) {
+            stored.colorSpace = VORN_CS_CMYK;
+        }
+        const std::string losses = lossesOf(stored, saverAbilities_, wishes_, plan_);
         if (losses.empty()) {
             return;
         }
@@ -217,6 +224,7 @@ class Conversion {
     Capabilities saverAbilities_;
     Connection loader_;
     Connection saver_;
+    bool paintsInks_ = false;  // RGB is asked of the loader for a picture in CMYK
     ImageDescription image_;
     ConversionWishes wishes_;
     ConversionPlan plan_;

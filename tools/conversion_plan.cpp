@@ -56,6 +56,9 @@ std::optional<int32_t> bestColorSpace(const ImageDescription& image,
         (!indexed || (keepsIndices(image, saver, wishes) && !wishes.mixesColors))) {
         return image.colorSpace;
     }
+    if (indexed && image.greyPalette && saver.handlesColorSpace(VORN_CS_GRAY)) {
+        return VORN_CS_GRAY;
+    }
     for (const int32_t target : kBySuperiority) {
         if (saver.handlesColorSpace(target) && canBecome(image.colorSpace, target)) {
             return target;

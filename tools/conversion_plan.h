@@ -16,6 +16,7 @@ struct ConversionWishes {
     std::optional<int32_t> colorSpace = std::nullopt;
     std::optional<int32_t> depth = std::nullopt;  // 8 or 16
     bool mixesColors = false;  // a scaled picture has colours that its palette doesn't have
+    bool onePage = false;      // of a file that holds several
 };
 
 struct ConversionPlan {

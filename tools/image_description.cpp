@@ -31,6 +31,28 @@ int32_t significantBits(VORN_Image* image, int32_t bytesPerChannel) {
     return bits == 0 ? 8 * bytesPerChannel : bits;
 }
 
+bool isGrey(const PaletteView& palette) {
+    const VORN_DataFormat& format = palette.format;
+    const int64_t size = int64_t{palette.byteCount} - kPaletteHead;
+    const auto sample = [&](int32_t channel, int32_t entry) {
+        const int64_t place =
+            format.channelPlace[channel] + int64_t{entry} * format.pixelStep[channel];
+        uint16_t value = 0;
+        if (place >= 0 && place + format.bytesPerChannel <= size) {
+            std::memcpy(&value, palette.bytes + kPaletteHead + place,
+                        static_cast<size_t>(format.bytesPerChannel));
+        }
+        return value;
+    };
+    for (int32_t i = 0; format.channels == 3 && i < format.width; ++i) {
+        if (sample(0, i) != sample(1, i) || sample(0, i) != sample(2, i)) {
+            return false;
+        }
+    }
+    return palette.colorSpace == VORN_CS_GRAY ||
+           (palette.colorSpace == VORN_CS_RGB && format.channels == 3);
+}
+
 }  // namespace
 
 ImageDescription describe(VORN_Image* image, const std::string& file, const std::string& loader) {
@@ -56,6 +78,7 @@ ImageDescription describe(VORN_Image* image, const std::string& file, const std:
     PaletteView palette;
     if (findPalette(image, palette)) {
         description.paletteEntries = palette.format.width;
+        description.greyPalette = isGrey(palette);
     }
     description.pages = longTag(image, ITAG_PageCount).value_or(1);
     description.fields = fieldsOf(image);

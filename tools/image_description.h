@@ -22,7 +22,8 @@ struct ImageDescription {
     int32_t colorSpace = VORN_CS_NONE;
     std::optional<int32_t> orientation;
     std::optional<int32_t> paletteEntries;
-    int32_t pages = 1;  // or frames, in the file
+    bool greyPalette = false;  // all entries are greys
+    int32_t pages = 1;         // or frames, in the file
     Fields fields;
     std::string loader;
 };

@@ -33,9 +33,13 @@ std::string lossesOf(const ImageDescription& image,
         losses.push_back(std::to_string(image.bitsPerChannel) + " bits per channel (" +
                          std::to_string(bits) + " are kept)");
     }
-    if (!wishes.colorSpace && losesColors(image.colorSpace, plan.colorSpace)) {
+    const bool greys = image.greyPalette && plan.colorSpace == VORN_CS_GRAY;
+    if (!wishes.colorSpace && !greys && losesColors(image.colorSpace, plan.colorSpace)) {
         losses.push_back(std::string(colorSpaceName(image.colorSpace)) + " (it becomes " +
                          colorSpaceName(plan.colorSpace) + ")");
+    }
+    if (!wishes.onePage && image.pages > 1) {
+        losses.push_back("more than the first of " + std::to_string(image.pages) + " pages");
     }
     return losses.empty() ? "" : "The saver " + saver.name + " can't hold " + joined(losses, ", ");
 }

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstring>
+#include <numeric>
 #include <optional>
 
 #include "formats/common/utf8.h"
@@ -25,10 +26,11 @@ constexpr uint16_t kOrientationTag = 274;
 constexpr uint16_t kXResolutionTag = 282;
 constexpr uint16_t kYResolutionTag = 283;
 constexpr uint16_t kUnitTag = 296;
+constexpr uint32_t kNoUnit = 1;
 constexpr uint32_t kCentimetres = 3;
 constexpr double kCentimetresPerInch = 2.54;
 
-enum Type : uint16_t { kAscii = 2, kShort = 3, kLong = 4, kRational = 5 };
+enum Type : uint16_t { kAscii = 2, kShort = 3, kLong = 4, kRational = 5, kSignedLong = 9 };
 
 constexpr size_t kHeadSize = 8;
 constexpr size_t kEntrySize = 12;
@@ -49,11 +51,13 @@ class Block {
         if (!entry) return std::nullopt;
         const uint32_t type = number(*entry + 2, 2);
         if (type == kShort) return number(*entry + 8, 2);
-        if (type == kLong) return number(*entry + 8, 4);
+        if (type == kLong || type == kSignedLong) return number(*entry + 8, 4);
         return std::nullopt;
     }
 
+    // Some programs write whole numbers where fractions belong.
     double rational(uint16_t tag) const {
+        if (const auto whole = integer(tag)) return *whole;
         const auto entry = find(tag);
         if (!entry || number(*entry + 2, 2) != kRational) return 0;
         const size_t place = number(*entry + 8, 4);
@@ -186,8 +190,12 @@ Exif readExif(const uint8_t* bytes, size_t size) {
     Exif exif;
     exif.orientation =
         orientationFromExif(static_cast<int32_t>(block.integer(kOrientationTag).value_or(1)));
-    exif.xDpi = dotsPerInch(block, kXResolutionTag);
-    exif.yDpi = dotsPerInch(block, kYResolutionTag);
+    if (block.integer(kUnitTag) == kNoUnit) {
+        setAspect(exif, block.rational(kXResolutionTag), block.rational(kYResolutionTag));
+    } else {
+        exif.xDpi = dotsPerInch(block, kXResolutionTag);
+        exif.yDpi = dotsPerInch(block, kYResolutionTag);
+    }
     for (const TiffTextField& field : kTiffTextFields) {
         std::string text = utf8FromUnknown(block.text(field.tag));
         if (!text.empty()) exif.texts.emplace_back(field.id, std::move(text));
@@ -195,11 +203,26 @@ Exif readExif(const uint8_t* bytes, size_t size) {
     return exif;
 }
 
+void setAspect(Exif& exif, double across, double down) {
+    constexpr double kMost = 1e5;
+    constexpr double kParts = 1000;
+    if (!(across > 0 && down > 0 && across < kMost && down < kMost) || across == down) return;
+    const bool whole = across == std::floor(across) && down == std::floor(down);
+    const auto width = static_cast<int32_t>(std::lround(down * (whole ? 1 : kParts)));
+    const auto height = static_cast<int32_t>(std::lround(across * (whole ? 1 : kParts)));
+    const int32_t part = std::max(std::gcd(width, height), 1);
+    exif.xAspect = width / part;
+    exif.yAspect = height / part;
+}
+
 void describe(const Exif& exif, Description& description) {
     description.orientation = exif.orientation;
     if (exif.xDpi > 0 && exif.yDpi > 0) {
         description.tags.number(ITAG_XDPI, exif.xDpi);
         description.tags.number(ITAG_YDPI, exif.yDpi);
+    } else if (exif.xAspect > 0 && exif.yAspect > 0) {
+        description.tags.number(ITAG_XAspect, exif.xAspect);
+        description.tags.number(ITAG_YAspect, exif.yAspect);
     }
     for (const auto& [id, text] : exif.texts) description.tags.text(id, text);
 }
@@ -208,6 +231,12 @@ Resolution resolutionOf(const ImageToSave& image) {
     const int32_t x = std::max(image.number(ITAG_XDPI).value_or(0), 0);
     const int32_t y = std::max(image.number(ITAG_YDPI).value_or(0), 0);
     return {x > 0 ? x : y, y > 0 ? y : x};
+}
+
+Resolution densityOf(const ImageToSave& image) {
+    const int32_t x = image.number(ITAG_XAspect).value_or(0);
+    const int32_t y = image.number(ITAG_YAspect).value_or(0);
+    return x > 0 && y > 0 ? Resolution{y, x} : Resolution{};
 }
 
 std::vector<uint8_t> exifBlock(const ImageToSave& image, const ExifParts& parts) {

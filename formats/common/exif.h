@@ -30,6 +30,8 @@ struct Exif {
     int32_t orientation = 0;  // as ITAG_Orientation
     int32_t xDpi = 0;         // 0: none
     int32_t yDpi = 0;
+    int32_t xAspect = 0;  // ITAG_XAspect, of pixels that are no squares; 0: none
+    int32_t yAspect = 0;
     std::vector<std::pair<uint32_t, std::string>> texts;
 };
 
@@ -37,7 +39,11 @@ struct Exif {
 // picture is not lost because a camera's notes are.
 Exif readExif(const uint8_t* block, size_t size);
 
-// Adds what the block says to a description.
+// The aspect of pixels of which so many are in a length across and down: more are narrower. None
+// where they are squares.
+void setAspect(Exif& exif, double across, double down);
+
+// Adds what the block says to a description. Resolution comes before aspect.
 void describe(const Exif& exif, Description& description);
 
 // A block with what the image says, or nothing when it says nothing. Where a format has a place of
@@ -55,5 +61,8 @@ struct Resolution {
     int32_t y = 0;
 };
 Resolution resolutionOf(const ImageToSave& image);
+
+// Pixels in a length across and down, in no unit, as the image's pixel aspect has it. 0: none.
+Resolution densityOf(const ImageToSave& image);
 
 }  // namespace formats

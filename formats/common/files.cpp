@@ -46,6 +46,8 @@ void InputFile::readExactly(void* destination, size_t count) {
 
 void InputFile::seek(int64_t position) {
     start_ = end_ = 0;
+    const int64_t end = size();  // 0 of a pipe
+    if (position < 0 || (end > 0 && position > end)) throw Failure{kDamaged};
     if (VORN_M_BSeek(file_.get(), position, 0) < 0) throw kAlreadyNoted;
 }
 

@@ -28,7 +28,8 @@ class InputFile {
     // Throws kDamaged when the file ends before `count` bytes.
     void readExactly(void* destination, size_t count);
 
-    // For formats whose parts refer to each other by their places in the file.
+    // For formats whose parts refer to each other by their places in the file. Throws kDamaged for
+    // places that it doesn't have.
     void seek(int64_t position);
     int64_t size() const;
 

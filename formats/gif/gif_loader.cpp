@@ -4,6 +4,7 @@
 #include <cstring>
 #include <utility>
 
+#include "formats/common/exif.h"
 #include "formats/common/picture_limit.h"
 #include "formats/common/utf8.h"
 
@@ -13,6 +14,8 @@ namespace {
 using formats::Failure;
 
 constexpr size_t kHeadSize = 6;
+constexpr int kAspectOffset = 15;  // a pixel is (byte + 15) / 64 times as wide as high
+constexpr int kAspectParts = 64;
 
 }  // namespace
 
@@ -48,10 +51,14 @@ formats::Description GifLoader::open(formats::InputFile file) {
         image.tags.palette(frame_.colors);
         if (frame_.interlaced) indices_ = readFrame();
     } else {
-        image.channels = 4;
-        image.alpha = true;
         paintPages();
+        image.alpha = isSeeThrough();
+        image.channels = image.alpha ? 4 : 3;
+        channels_ = static_cast<size_t>(image.channels);
     }
+    formats::Exif notes;
+    if (gif_->AspectByte != 0) setAspect(notes, kAspectParts, gif_->AspectByte + kAspectOffset);
+    describe(notes, image);
     if (!comment_.empty()) image.tags.text(ITAG_Description, comment_);
     return image;
 }
@@ -208,6 +215,13 @@ void GifLoader::paintPages() {
     }
 }
 
+bool GifLoader::isSeeThrough() const {
+    for (size_t at = 3; at < canvas_.size(); at += 4) {
+        if (canvas_[at] == 0) return true;
+    }
+    return false;
+}
+
 void GifLoader::drawFrame() {
     const std::vector<uint8_t> indices = readFrame();
     const size_t colors = frame_.colors.size() / 3;
@@ -233,7 +247,8 @@ void GifLoader::disposeOfFrame() {
 void GifLoader::readLine(uint8_t* line) {
     const size_t at = line_++;
     if (!canvas_.empty())
-        std::copy_n(&canvas_[at * width_ * 4], width_ * 4, line);
+        for (size_t x = 0; x < width_; ++x)
+            std::copy_n(&canvas_[(at * width_ + x) * 4], channels_, line + x * channels_);
     else if (!indices_.empty())
         std::copy_n(&indices_[at * width_], width_, line);
     else

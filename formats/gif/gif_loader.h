@@ -48,6 +48,7 @@ class GifLoader final : public formats::Loader {
     void drawFrame();
     void disposeOfFrame();
     void paintPages();
+    bool isSeeThrough() const;
 
     formats::InputFile file_;
     formats::Failure failure_{formats::kDamaged};
@@ -59,6 +60,7 @@ class GifLoader final : public formats::Loader {
     Frame frame_;
     std::string comment_;
     size_t line_ = 0;               // the next to deliver
+    size_t channels_ = 4;           // of the canvas that are delivered
     std::vector<uint8_t> indices_;  // of an interlaced frame
     std::vector<uint8_t> canvas_;   // red, green, blue, alpha; empty when indices are handed on
     std::vector<uint8_t> before_;   // the canvas before a frame that is to vanish

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "formats/common/exif.h"
 #include "formats/common/picture_limit.h"
 #include "formats/gif/palette_maker.h"
 
@@ -30,6 +31,13 @@ formats::LineLayout GifSaver::open(const ImageToSave& image, formats::OutputFile
     height_ = image.height;
     channels_ = static_cast<size_t>(image.channels);
     comment_ = image.text(ITAG_Description);
+    const formats::Resolution density = formats::densityOf(image);
+    // A pixel is (byte + 15) / 64 times as wide as high.
+    if (density.x > 0 && density.x != density.y)
+        aspect_ =
+            static_cast<uint8_t>(std::clamp((int64_t{density.y} * 64 + density.x / 2) / density.x,
+                                            int64_t{16}, int64_t{270}) -
+                                 15);
     const bool grey = image.colorSpace == VORN_CS_GRAY;
     if (image.colorSpace == VORN_CS_CMAPPED && channels_ == 1 && image.bytesPerChannel == 1) {
         const std::vector<uint8_t> rgb = image.palette();
@@ -75,6 +83,7 @@ void GifSaver::writeHead(const std::vector<uint8_t>& rgb, int transparent) {
     if (!gif_) throw Failure{formats::kOutOfMemory};
     GifFileType* gif = gif_.get();
     EGifSetGifVersion(gif, true);
+    gif->AspectByte = aspect_;
     check(EGifPutScreenDesc(gif, width_, height_, 8, 0, map.get()) == GIF_OK);
     if (!comment_.empty()) check(EGifPutComment(gif, comment_.c_str()) == GIF_OK);
     if (transparent != NO_TRANSPARENT_COLOR) {

@@ -33,6 +33,7 @@ class GifSaver final : public formats::Saver {
     int32_t height_ = 0;
     size_t channels_ = 0;
     std::string comment_;
+    uint8_t aspect_ = 0;  // as the file has it
     std::unique_ptr<GifFileType, Closer> gif_;
     std::vector<uint8_t> line_;     // giflib changes what it is given
     bool collecting_ = false;       // colours, of which the palette is made at the end

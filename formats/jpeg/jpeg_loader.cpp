@@ -167,11 +167,8 @@ void JpegLoader::describeMarkers(formats::Description& image) {
     if (codec.saw_JFIF_marker && codec.density_unit != 0 && codec.X_density && codec.Y_density) {
         exif.xDpi = static_cast<int32_t>(std::lround(codec.X_density * scale));
         exif.yDpi = static_cast<int32_t>(std::lround(codec.Y_density * scale));
-    } else if (codec.saw_JFIF_marker && codec.density_unit == 0 &&
-               codec.X_density != codec.Y_density && codec.X_density && codec.Y_density) {
-        // More pixels to a length means narrower pixels.
-        image.tags.number(ITAG_XAspect, codec.Y_density);
-        image.tags.number(ITAG_YAspect, codec.X_density);
+    } else if (codec.saw_JFIF_marker && codec.density_unit == 0) {
+        setAspect(exif, codec.X_density, codec.Y_density);
     }
     describe(exif, image);
     bool described = comment.empty();

@@ -130,17 +130,16 @@ formats::LineLayout JpegSaver::open(const ImageToSave& image, formats::OutputFil
 void JpegSaver::putResolution(const ImageToSave& image) {
     jpeg_compress_struct& codec = encoder_->codec;
     const formats::Resolution dpi = formats::resolutionOf(image);
-    const int32_t xAspect = image.number(ITAG_XAspect).value_or(0);
-    const int32_t yAspect = image.number(ITAG_YAspect).value_or(0);
+    const formats::Resolution density = formats::densityOf(image);
     constexpr int32_t kMost = 65535;
     if (dpi.x > 0) {
         codec.density_unit = 1;
         codec.X_density = static_cast<UINT16>(std::min(dpi.x, kMost));
         codec.Y_density = static_cast<UINT16>(std::min(dpi.y, kMost));
-    } else if (xAspect > 0 && yAspect > 0 && xAspect <= kMost && yAspect <= kMost) {
+    } else if (density.x > 0 && density.x <= kMost && density.y <= kMost) {
         codec.density_unit = 0;
-        codec.X_density = static_cast<UINT16>(yAspect);
-        codec.Y_density = static_cast<UINT16>(xAspect);
+        codec.X_density = static_cast<UINT16>(density.x);
+        codec.Y_density = static_cast<UINT16>(density.y);
     }
 }
 

@@ -5,7 +5,9 @@
 #include <cmath>
 #include <cstring>
 #include <string>
+#include <vector>
 
+#include "formats/common/exif.h"
 #include "formats/png/png_text.h"
 
 namespace png {
@@ -24,25 +26,37 @@ png_uint_32 dotsPerMetre(int32_t dotsPerInch) {
         std::lround(std::min(dotsPerInch / kMetresPerInch, kLargestResolution)));
 }
 
-void describeResolution(const Session& session, formats::InfoTags& tags) {
+formats::Exif exifOf(const Session& session) {
+    png_uint_32 size = 0;
+    png_bytep block = nullptr;
+    if (!png_get_eXIf_1(session.png(), session.info(), &size, &block)) return {};
+    return formats::readExif(block, size);
+}
+
+void describeResolution(const Session& session, formats::Exif& notes) {
     png_uint_32 x = 0;
     png_uint_32 y = 0;
     int unit = PNG_RESOLUTION_UNKNOWN;
     if (!png_get_pHYs(session.png(), session.info(), &x, &y, &unit) || x == 0 || y == 0) return;
     if (unit == PNG_RESOLUTION_METER) {
         if (dotsPerInch(x) == 0 || dotsPerInch(y) == 0) return;
-        tags.number(ITAG_XDPI, dotsPerInch(x));
-        tags.number(ITAG_YDPI, dotsPerInch(y));
-    } else if (x != y) {
-        // More pixels to a length means narrower pixels.
-        tags.number(ITAG_XAspect, static_cast<int32_t>(y));
-        tags.number(ITAG_YAspect, static_cast<int32_t>(x));
+        notes.xDpi = dotsPerInch(x);
+        notes.yDpi = dotsPerInch(y);
+    } else {
+        setAspect(notes, x, y);
     }
 }
 
-const png_text* findText(const png_text* texts, int count, const char* keyword) {
-    for (int i = 0; keyword && i < count; ++i) {
-        if (std::strcmp(texts[i].key, keyword) == 0 && texts[i].text) return &texts[i];
+void collectTexts(const Session& session, std::vector<png_text>& all) {
+    png_textp texts = nullptr;
+    int count = 0;
+    png_get_text(session.png(), session.info(), &texts, &count);
+    all.insert(all.end(), texts, texts + count);
+}
+
+const png_text* findText(const std::vector<png_text>& texts, const char* keyword) {
+    for (const png_text& text : texts) {
+        if (keyword && std::strcmp(text.key, keyword) == 0 && text.text) return &text;
     }
     return nullptr;
 }
@@ -52,23 +66,17 @@ std::string utf8Of(const png_text& text) {
     return international ? std::string(text.text) : utf8FromLatin1(text.text);
 }
 
-void describeTexts(const Session& session, formats::InfoTags& tags) {
-    png_textp texts = nullptr;
-    int count = 0;
-    png_get_text(session.png(), session.info(), &texts, &count);
+void describeTexts(const std::vector<png_text>& texts, formats::Exif& notes) {
     for (const TextField& field : kTextFields) {
-        const png_text* text = findText(texts, count, field.keyword);
-        if (!text) text = findText(texts, count, field.alsoKnownAs);
+        const png_text* text = findText(texts, field.keyword);
+        if (!text) text = findText(texts, field.alsoKnownAs);
         if (!text) continue;
         std::string value = utf8Of(*text);
         cutUtf8(value, formats::kLongestText);
-        if (!value.empty()) tags.text(field.id, std::move(value));
+        if (value.empty()) continue;
+        std::erase_if(notes.texts, [&](const auto& known) { return known.first == field.id; });
+        notes.texts.emplace_back(field.id, std::move(value));
     }
-}
-
-// A value above 0, or 0.
-int32_t positive(const formats::ImageToSave& image, uint32_t id) {
-    return std::max(image.number(id).value_or(0), 0);
 }
 
 void putText(Session& session, const char* keyword, std::string value) {
@@ -88,28 +96,29 @@ void putText(Session& session, const char* keyword, std::string value) {
 
 }  // namespace
 
-void describe(const Session& session, formats::InfoTags& tags) {
-    describeResolution(session, tags);
-    describeTexts(session, tags);
+// What PNG itself has a place for counts more than EXIF.
+void describe(const Session& session, const Session* behind, formats::Description& image) {
+    formats::Exif notes = exifOf(session);
+    std::vector<png_text> texts;
+    collectTexts(session, texts);
+    if (behind) {
+        if (png_get_valid(behind->png(), behind->info(), PNG_INFO_eXIf)) notes = exifOf(*behind);
+        collectTexts(*behind, texts);
+    }
+    describeResolution(session, notes);
+    describeTexts(texts, notes);
+    formats::describe(notes, image);
 }
 
 void putResolution(Session& session, const formats::ImageToSave& image) {
-    int32_t x = positive(image, ITAG_XDPI);
-    int32_t y = positive(image, ITAG_YDPI);
-    const bool inInches = x > 0 || y > 0;
-    if (inInches) {
-        x = x > 0 ? x : y;
-        y = y > 0 ? y : x;
-    } else {
-        x = positive(image, ITAG_YAspect);
-        y = positive(image, ITAG_XAspect);
-    }
-    if (x == 0 || y == 0) return;
+    const formats::Resolution dpi = formats::resolutionOf(image);
+    const formats::Resolution density = formats::densityOf(image);
+    if (dpi.x == 0 && density.x == 0) return;
     session.run([&] {
         png_set_pHYs(session.png(), session.info(),
-                     inInches ? dotsPerMetre(x) : static_cast<png_uint_32>(x),
-                     inInches ? dotsPerMetre(y) : static_cast<png_uint_32>(y),
-                     inInches ? PNG_RESOLUTION_METER : PNG_RESOLUTION_UNKNOWN);
+                     dpi.x > 0 ? dotsPerMetre(dpi.x) : static_cast<png_uint_32>(density.x),
+                     dpi.x > 0 ? dotsPerMetre(dpi.y) : static_cast<png_uint_32>(density.y),
+                     dpi.x > 0 ? PNG_RESOLUTION_METER : PNG_RESOLUTION_UNKNOWN);
     });
 }
 

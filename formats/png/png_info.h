@@ -9,8 +9,9 @@
 
 namespace png {
 
-// Adds resolution and text fields of a file that was read to its description.
-void describe(const Session& session, formats::InfoTags& tags);
+// Adds orientation, resolution and text fields of a file that was read to its description.
+// `behind` has read the chunks behind the pixels, or is null.
+void describe(const Session& session, const Session* behind, formats::Description& image);
 
 // Puts the resolution and the text fields of an image into the file that is being written.
 void putResolution(Session& session, const formats::ImageToSave& image);

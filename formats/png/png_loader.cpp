@@ -2,9 +2,11 @@
 
 #include <algorithm>
 #include <cstring>
+#include <span>
 #include <utility>
 
 #include "formats/png/png_info.h"
+#include "formats/png/png_tail.h"
 
 namespace png {
 namespace {
@@ -15,6 +17,18 @@ constexpr size_t kSignatureBytes = 8;
 
 // Texts and profiles, as they are told to be and unpacked: a small file can claim huge ones.
 constexpr size_t kLargestChunk = size_t{64} << 20;
+
+constexpr uint8_t kHeadOfNoPicture[] = {0x89, 'P', 'N', 'G', '\r', '\n', 0x1A, '\n', 0,   0, 0, 13,
+                                        'I',  'H', 'D', 'R', 0,    0,    0,    1,    0,   0, 0, 1,
+                                        8,    0,   0,   0,   0,    0x3A, 0x7E, 0x9B, 0x55};
+constexpr uint8_t kStartOfPixels[] = {0, 0, 0, 0, 'I', 'D', 'A', 'T'};
+
+void takeBytes(png_structp png, png_bytep bytes, size_t count) {
+    auto& left = *static_cast<std::span<const uint8_t>*>(png_get_io_ptr(png));
+    if (count > left.size()) png_error(png, "the chunks behind the pixels end too early");
+    std::copy_n(left.begin(), count, bytes);
+    left = left.subspan(count);
+}
 
 std::vector<uint8_t> paletteOf(const Session& session) {
     png_colorp colors = nullptr;
@@ -36,6 +50,8 @@ formats::Description PngLoader::open(formats::InputFile file) {
         png_sig_cmp(signature, 0, sizeof signature) != 0)
         throw Failure{formats::kNotThisFormat};
 
+    readBehindPixels();
+    file_.seek(kSignatureBytes);
     session_.emplace(Session::Direction::kRead, Failure{formats::kDamaged});
     readHead();
     // An image with see-through palette entries has no palette to the host, but alpha.
@@ -55,6 +71,27 @@ formats::Description PngLoader::open(formats::InputFile file) {
 void PngLoader::readBytes(png_structp png, png_bytep bytes, size_t count) {
     auto* loader = static_cast<PngLoader*>(png_get_io_ptr(png));
     Session::callback(png, [&] { loader->file_.readExactly(bytes, count); });
+}
+
+// libpng reads no further than to the first pixels, so what stands behind them is shown to it
+// between the head of a picture and its pixels. Where it is broken the description goes without:
+// that the file is damaged shows when its pixels are read.
+void PngLoader::readBehindPixels() {
+    std::vector<uint8_t> bytes = chunksBehindPixels(file_);
+    if (bytes.empty()) return;
+    bytes.insert(bytes.begin(), std::begin(kHeadOfNoPicture), std::end(kHeadOfNoPicture));
+    bytes.insert(bytes.end(), std::begin(kStartOfPixels), std::end(kStartOfPixels));
+    std::span<const uint8_t> left(bytes);
+    try {
+        Session& session = behind_.emplace(Session::Direction::kRead, Failure{formats::kDamaged});
+        session.run([&] {
+            png_set_read_fn(session.png(), &left, &takeBytes);
+            png_set_chunk_malloc_max(session.png(), kLargestChunk);
+            png_read_info(session.png(), session.info());
+        });
+    } catch (const Failure&) {
+        behind_.reset();
+    }
 }
 
 // A broken checksum is damage wherever it stands: nothing that follows it can be believed.
@@ -86,7 +123,8 @@ formats::Description PngLoader::describeImage(bool indexed) {
     image.colorSpace = indexed ? VORN_CS_CMAPPED : color ? VORN_CS_RGB : VORN_CS_GRAY;
     image.significantBits = expanded ? 8 : png_get_bit_depth(session_->png(), session_->info());
     if (indexed) image.tags.palette(paletteOf(*session_));
-    describe(*session_, image.tags);
+    describe(*session_, behind_ ? &*behind_ : nullptr, image);
+    behind_.reset();
     height_ = image.height;
     return image;
 }

@@ -16,12 +16,14 @@ class PngLoader final : public formats::Loader {
 
   private:
     static void readBytes(png_structp png, png_bytep bytes, size_t count);
+    void readBehindPixels();
     void readHead();
     void setTransformations(bool indexed);
     formats::Description describeImage(bool indexed);
     void readWholePicture();
 
     formats::InputFile file_;
+    std::optional<Session> behind_;  // what stands there, until the picture is described
     std::optional<Session> session_;
     bool interlaced_ = false;
     size_t lineBytes_ = 0;

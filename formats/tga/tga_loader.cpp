@@ -5,8 +5,10 @@
 #include <string>
 #include <utility>
 
+#include "formats/common/divide_by_alpha.h"
 #include "formats/common/little_endian.h"
 #include "formats/common/utf8.h"
+#include "formats/tga/tga_extension.h"
 
 namespace tga {
 namespace {
@@ -78,8 +80,8 @@ formats::Description TgaLoader::open(formats::InputFile file) {
 
     std::string note(head[0], '\0');
     file_.readExactly(note.data(), note.size());
-    note = formats::utf8FromUnknown(note.substr(0, note.find('\0')));
-    if (!note.empty()) image.tags.text(ITAG_Description, note);
+    describeNotes(formats::utf8FromUnknown(note.substr(0, note.find('\0'))), image);
+    file_.seek(static_cast<int64_t>(kHeadSize + note.size()));
     if (head[1] == 1) readMap(head);
     chooseColors(image);
     if (upward_) {
@@ -88,6 +90,20 @@ formats::Description TgaLoader::open(formats::InputFile file) {
                      static_cast<size_t>(image.height));
     }
     return image;
+}
+
+// The note in the head counts more than the comments behind the pixels.
+void TgaLoader::describeNotes(const std::string& note, formats::Description& image) {
+    const int32_t orientation = image.orientation;
+    Extension extension = readExtension(file_);
+    auto& texts = extension.notes.texts;
+    if (!note.empty()) {
+        std::erase_if(texts, [](const auto& text) { return text.first == ITAG_Description; });
+        texts.emplace_back(ITAG_Description, note);
+    }
+    extension.notes.orientation = orientation;
+    describe(extension.notes, image);
+    multiplied_ = extension.multiplied;
 }
 
 void TgaLoader::readMap(const uint8_t* head) {
@@ -130,6 +146,7 @@ void TgaLoader::chooseColors(formats::Description& image) {
 
 void TgaLoader::readLine(uint8_t* line) {
     const uint8_t* raw = upward_ ? lines_.next() : nullptr;
+    uint8_t* const start = line;
     for (size_t x = 0; x < width_; ++x) {
         if (runLength_)
             readRunPixel();
@@ -139,6 +156,7 @@ void TgaLoader::readLine(uint8_t* line) {
             readPixel();
         store(line);
     }
+    if (multiplied_ && channels_ % 2 == 0) formats::divideByAlpha(start, width_, channels_, 1);
 }
 
 void TgaLoader::readPixel() {

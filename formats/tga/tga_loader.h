@@ -1,6 +1,7 @@
 // Reads TGA files.
 #pragma once
 
+#include <string>
 #include <vector>
 
 #include "formats/common/loader.h"
@@ -14,6 +15,7 @@ class TgaLoader final : public formats::Loader {
     void readLine(uint8_t* line) override;
 
   private:
+    void describeNotes(const std::string& note, formats::Description& image);
     void readMap(const uint8_t* head);
     void chooseColors(formats::Description& image);
     size_t pixelBytes() const { return (bits_ + 7) / 8; }
@@ -30,6 +32,7 @@ class TgaLoader final : public formats::Loader {
     formats::UpwardLines lines_;  // where they are
     size_t width_ = 0;
     size_t channels_ = 0;
+    bool multiplied_ = false;   // the colours, by alpha
     bool indexed_ = false;      // indices are handed on, not colours
     std::vector<uint8_t> map_;  // red, green, blue, alpha of each entry
     bool mapAlpha_ = false;

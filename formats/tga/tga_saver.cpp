@@ -5,7 +5,9 @@
 #include <string>
 
 #include "formats/common/little_endian.h"
+#include "formats/common/utf8.h"
 #include "formats/settings/module_settings.h"
+#include "formats/tga/tga_extension.h"
 #include "tga_capabilities.h"
 
 namespace tga {
@@ -19,7 +21,6 @@ constexpr int32_t kLargestSize = 65535;
 constexpr size_t kMostEntries = 256;
 constexpr size_t kLongestRun = 128;
 constexpr size_t kLongestNote = 255;
-constexpr char kFooter[] = "\0\0\0\0\0\0\0\0TRUEVISION-XFILE.";  // no extensions; ends with a 0
 
 bool storedRunLength() {
     return settings::ModuleSettings("tga", VORN_SAVER, kTgaCapabilities).isOn("RunLength");
@@ -52,7 +53,8 @@ formats::LineLayout TgaSaver::open(const ImageToSave& image, formats::OutputFile
     pixels_.resize(width_ * pixelBytes_);
 
     std::string note = image.text(ITAG_Description);
-    note.resize(std::min(note.size(), kLongestNote));
+    formats::cutUtf8(note, kLongestNote);
+    extension_ = extensionOf(image);
     std::vector<uint8_t> head{static_cast<uint8_t>(note.size()), static_cast<uint8_t>(kind == 1),
                               static_cast<uint8_t>(kind + (runLength_ ? 8 : 0))};
     putLittleEndian(head, 0, 2);
@@ -66,7 +68,7 @@ formats::LineLayout TgaSaver::open(const ImageToSave& image, formats::OutputFile
     head.insert(head.end(), note.begin(), note.end());
     for (size_t i = 0; i < palette.size(); i += 3)
         head.insert(head.end(), {palette[i + 2], palette[i + 1], palette[i]});
-    file.write(head.data(), head.size());
+    write(head);
     return {image.channels, 1};
 }
 
@@ -90,7 +92,7 @@ void TgaSaver::writeLine(const uint8_t* line) {
     if (runLength_)
         writeRuns();
     else
-        file_->write(pixels_.data(), pixels_.size());
+        write(pixels_);
 }
 
 // Runs of equal pixels, and between them runs of pixels as they are; none crosses a line's end.
@@ -118,9 +120,20 @@ void TgaSaver::writeRuns() {
         }
         x += count;
     }
-    file_->write(runs_.data(), runs_.size());
+    write(runs_);
 }
 
-void TgaSaver::finish() { file_->write(kFooter, sizeof kFooter); }
+void TgaSaver::write(const std::vector<uint8_t>& bytes) {
+    file_->write(bytes.data(), bytes.size());
+    written_ += bytes.size();
+}
+
+// The place of the extension is a 32-bit number: a larger file goes without.
+void TgaSaver::finish() {
+    if (written_ > UINT32_MAX) extension_.clear();
+    const uint32_t place = extension_.empty() ? 0 : static_cast<uint32_t>(written_);
+    write(extension_);
+    write(footer(place));
+}
 
 }  // namespace tga

@@ -16,6 +16,7 @@ class TgaSaver final : public formats::Saver {
   private:
     void arrange(const uint8_t* line);
     void writeRuns();
+    void write(const std::vector<uint8_t>& bytes);
 
     formats::OutputFile* file_ = nullptr;
     size_t width_ = 0;
@@ -24,6 +25,8 @@ class TgaSaver final : public formats::Saver {
     bool runLength_ = false;
     std::vector<uint8_t> pixels_;
     std::vector<uint8_t> runs_;
+    std::vector<uint8_t> extension_;  // behind the pixels
+    uint64_t written_ = 0;
 };
 
 }  // namespace tga

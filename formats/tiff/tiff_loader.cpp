@@ -173,8 +173,11 @@ void TiffLoader::describeTags(formats::Description& image) {
     float y = 0;
     const uint16_t unit = field(TIFFTAG_RESOLUTIONUNIT);
     const double scale = unit == RESUNIT_CENTIMETER ? kCentimetresPerInch : 1;
-    if (TIFFGetField(tiff, TIFFTAG_XRESOLUTION, &x) && unit != RESUNIT_NONE &&
-        TIFFGetField(tiff, TIFFTAG_YRESOLUTION, &y) && x > 0 && y > 0 && x < 1e6F && y < 1e6F) {
+    TIFFGetField(tiff, TIFFTAG_XRESOLUTION, &x);
+    TIFFGetField(tiff, TIFFTAG_YRESOLUTION, &y);
+    if (unit == RESUNIT_NONE) {
+        setAspect(exif, x, y);
+    } else if (x > 0 && y > 0 && x < 1e6F && y < 1e6F) {
         exif.xDpi = static_cast<int32_t>(std::lround(x * scale));
         exif.yDpi = static_cast<int32_t>(std::lround(y * scale));
     }
@@ -189,9 +192,9 @@ void TiffLoader::describeTags(formats::Description& image) {
 void TiffLoader::readWholePicture(formats::Description& image) {
     char reason[1024] = "";
     if (!TIFFRGBAImageOK(file_->get(), reason)) throw Failure{formats::kUnsupported};
-    image.channels = 4;
-    image.alpha = true;
+    image.channels = 3;
     image.colorSpace = VORN_CS_RGB;
+    chooseAlpha(image);
     image.bytesPerChannel = 1;
     image.significantBits = 8;
     const size_t bytes = formats::heldBytes(height_, int64_t{width_} * 4);
@@ -200,9 +203,9 @@ void TiffLoader::readWholePicture(formats::Description& image) {
     const int orientation = field(TIFFTAG_ORIENTATION);
     file_->check(TIFFReadRGBAImageOriented(file_->get(), width_, height_, picture_.data(),
                                            orientation, 1) != 0);
-    multiplied_ = true;
+    multiplied_ = image.alpha;  // by libtiff, if not in the file
     bytes_ = 1;
-    channels_ = 4;
+    channels_ = static_cast<size_t>(image.channels);
 }
 
 void TiffLoader::preparePieces() {
@@ -293,7 +296,8 @@ void TiffLoader::readLine(uint8_t* line) {
     uint8_t* const samples = inks_.empty() ? line : inks_.data();
     const auto row = static_cast<uint32_t>(line_);
     if (!picture_.empty()) {
-        std::memcpy(line, &picture_[size_t{row} * width_], size_t{width_} * 4);
+        for (size_t x = 0; x < width_; ++x)
+            std::memcpy(line + x * channels_, &picture_[size_t{row} * width_ + x], channels_);
     } else {
         if (row % pieceHeight_ == 0) readPieces();
         const uint8_t* piece = pieces_.data() + row % pieceHeight_ * pieceLine_;

@@ -38,7 +38,15 @@ int photometricOf(const ImageToSave& image) {
 constexpr settings::Choice<uint16_t> kCompressions[] = {{"none", COMPRESSION_NONE},
                                                         {"lzw", COMPRESSION_LZW},
                                                         {"deflate", COMPRESSION_ADOBE_DEFLATE},
-                                                        {"packbits", COMPRESSION_PACKBITS}};
+                                                        {"packbits", COMPRESSION_PACKBITS},
+                                                        {"jpeg", COMPRESSION_JPEG}};
+
+constexpr int kFullChromaQuality = 90;
+
+bool isForJpeg(const ImageToSave& image) {
+    return image.bytesPerChannel == 1 && !image.alpha &&
+           (image.colorSpace == VORN_CS_GRAY || image.colorSpace == VORN_CS_RGB);
+}
 
 constexpr settings::Choice<uint32_t> kTiles[] = {{"none", 0},  {"64", 64},   {"128", 128},
                                                  {"256", 256}, {"512", 512}, {"1024", 1024}};
@@ -50,13 +58,17 @@ uint32_t roundedUp(int32_t count, uint32_t step) {
 }  // namespace
 
 formats::LineLayout TiffSaver::open(const ImageToSave& image, formats::OutputFile& file) {
-    const int photometric = photometricOf(image);
+    int photometric = photometricOf(image);
     const settings::ModuleSettings set("tiff", VORN_SAVER, kTiffCapabilities);
     const uint16_t compression = set.choice("Compression", kCompressions);
+    lossy_ = compression == COMPRESSION_JPEG;
+    if (lossy_ && !isForJpeg(image)) throw Failure{formats::kCannotSave};
+    if (lossy_ && photometric == PHOTOMETRIC_RGB) photometric = PHOTOMETRIC_YCBCR;
     tile_ = set.choice("Tiles", kTiles);
     height_ = static_cast<uint32_t>(image.height);
     const int32_t pixelBytes = image.channels * image.bytesPerChannel;
-    lineBytes_ = static_cast<size_t>(image.width) * static_cast<size_t>(pixelBytes);
+    pixelBytes_ = static_cast<size_t>(pixelBytes);
+    lineBytes_ = static_cast<size_t>(image.width) * pixelBytes_;
     tileLineBytes_ = size_t{tile_} * static_cast<size_t>(pixelBytes);
     // What lies beyond the picture's edges is in the tiles too.
     const int64_t stored =
@@ -77,6 +89,7 @@ formats::LineLayout TiffSaver::open(const ImageToSave& image, formats::OutputFil
                      photometric == PHOTOMETRIC_PALETTE ? PREDICTOR_NONE : PREDICTOR_HORIZONTAL);
     if (compression == COMPRESSION_ADOBE_DEFLATE)
         TIFFSetField(tiff, TIFFTAG_ZIPQUALITY, set.number("Level"));
+    if (lossy_) putQuality(set.number("Quality"));
     putColors(image);
     putTags(image);
     if (tile_) {
@@ -88,6 +101,14 @@ formats::LineLayout TiffSaver::open(const ImageToSave& image, formats::OutputFil
         out_.resize(lineBytes_);
     }
     return {image.channels, image.bytesPerChannel};
+}
+
+// The JPEG library makes YCbCr of RGB.
+void TiffSaver::putQuality(int quality) {
+    const int chroma = quality >= kFullChromaQuality ? 1 : 2;
+    TIFFSetField(file_->get(), TIFFTAG_YCBCRSUBSAMPLING, chroma, chroma);
+    TIFFSetField(file_->get(), TIFFTAG_JPEGQUALITY, quality);
+    TIFFSetField(file_->get(), TIFFTAG_JPEGCOLORMODE, JPEGCOLORMODE_RGB);
 }
 
 void TiffSaver::putColors(const ImageToSave& image) {
@@ -114,10 +135,11 @@ void TiffSaver::putTags(const ImageToSave& image) {
     TIFFSetField(tiff, TIFFTAG_ORIENTATION,
                  formats::exifFromOrientation(image.number(ITAG_Orientation).value_or(0)));
     const formats::Resolution dpi = formats::resolutionOf(image);
-    if (dpi.x > 0) {
-        TIFFSetField(tiff, TIFFTAG_XRESOLUTION, static_cast<double>(dpi.x));
-        TIFFSetField(tiff, TIFFTAG_YRESOLUTION, static_cast<double>(dpi.y));
-        TIFFSetField(tiff, TIFFTAG_RESOLUTIONUNIT, RESUNIT_INCH);
+    const formats::Resolution noted = dpi.x > 0 ? dpi : formats::densityOf(image);
+    if (noted.x > 0) {
+        TIFFSetField(tiff, TIFFTAG_XRESOLUTION, static_cast<double>(noted.x));
+        TIFFSetField(tiff, TIFFTAG_YRESOLUTION, static_cast<double>(noted.y));
+        TIFFSetField(tiff, TIFFTAG_RESOLUTIONUNIT, dpi.x > 0 ? RESUNIT_INCH : RESUNIT_NONE);
     }
     for (const formats::TiffTextField& field : formats::kTiffTextFields) {
         const std::string text = image.text(field.id);
@@ -132,19 +154,28 @@ void TiffSaver::writeLine(const uint8_t* line) {
         return;
     }
     uint8_t* to = out_.data() + line_ % tile_ * tileLineBytes_;
-    for (size_t at = 0; at < lineBytes_; at += tileLineBytes_, to += tile_ * tileLineBytes_)
-        std::copy_n(line + at, std::min(tileLineBytes_, lineBytes_ - at), to);
+    for (size_t at = 0; at < lineBytes_; at += tileLineBytes_, to += tile_ * tileLineBytes_) {
+        const size_t part = std::min(tileLineBytes_, lineBytes_ - at);
+        std::copy_n(line + at, part, to);
+        for (size_t beyond = part; lossy_ && beyond < tileLineBytes_; beyond += pixelBytes_)
+            std::copy_n(to + beyond - pixelBytes_, pixelBytes_, to + beyond);
+    }
     ++line_;
     if (line_ % tile_ == 0 || line_ == height_) writeTiles();
 }
 
-// The tiles of one row, which lie one behind the other.
+// The tiles of one row, which lie one behind the other. Beyond the picture's edges are zeros,
+// or what stands at the edges: where there is loss it shows inside.
 void TiffSaver::writeTiles() {
     const size_t bytes = tile_ * tileLineBytes_;
     uint32_t x = 0;
-    for (size_t at = 0; at < out_.size(); at += bytes, x += tile_)
+    for (size_t at = 0; at < out_.size(); at += bytes, x += tile_) {
+        uint8_t* to = &out_[at] + ((line_ - 1) % tile_ + 1) * tileLineBytes_;
+        for (; lossy_ && to < &out_[at] + bytes; to += tileLineBytes_)
+            std::copy_n(to - tileLineBytes_, tileLineBytes_, to);
         file_->check(TIFFWriteTile(file_->get(), &out_[at], x, line_ - 1, 0, 0) >= 0);
-    std::fill(out_.begin(), out_.end(), uint8_t{0});  // beyond the edges
+    }
+    std::fill(out_.begin(), out_.end(), uint8_t{0});
 }
 
 void TiffSaver::finish() {

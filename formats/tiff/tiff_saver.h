@@ -18,12 +18,15 @@ class TiffSaver final : public formats::Saver {
   private:
     void putColors(const formats::ImageToSave& image);
     void putPalette(const formats::ImageToSave& image);
+    void putQuality(int quality);
     void putTags(const formats::ImageToSave& image);
     void writeTiles();
 
     std::optional<TiffFile> file_;
     std::vector<uint8_t> out_;  // a line, or a row of tiles; libtiff's predictor works in place
+    size_t pixelBytes_ = 0;
     size_t lineBytes_ = 0;
+    bool lossy_ = false;
     uint32_t height_ = 0;
     uint32_t tile_ = 0;         // lines and columns of a tile; 0: the file has strips
     size_t tileLineBytes_ = 0;  // of one line of it

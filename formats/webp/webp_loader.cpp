@@ -63,10 +63,28 @@ formats::Description WebpLoader::open(formats::InputFile file) {
     formats::Description image;
     image.width = width_;
     image.height = height_;
+    describeChunks(image);
+    // Frames without alpha can leave parts of the picture free.
+    if (animated_ && !features.has_alpha) {
+        decode();
+        if (isOpaque()) leaveOutAlpha();
+    }
     image.channels = channels_;
     image.alpha = channels_ == 4;
-    describeChunks(image);
     return image;
+}
+
+bool WebpLoader::isOpaque() const {
+    for (size_t at = 3; at < picture_.size(); at += 4) {
+        if (picture_[at] != 255) return false;
+    }
+    return true;
+}
+
+void WebpLoader::leaveOutAlpha() {
+    for (size_t from = 0, to = 0; from < picture_.size(); from += 4, to += 3)
+        std::copy_n(&picture_[from], 3, &picture_[to]);
+    channels_ = 3;
 }
 
 void WebpLoader::describeChunks(formats::Description& image) {
@@ -91,16 +109,18 @@ void WebpLoader::describeChunks(formats::Description& image) {
 }
 
 void WebpLoader::readLine(uint8_t* line) {
-    if (picture_.empty()) {
-        picture_.resize(formats::heldBytes(height_, int64_t{width_} * channels_));
-        if (animated_)
-            decodeFrame();
-        else
-            decodeStill();
-    }
+    if (picture_.empty()) decode();
     const auto lineBytes = static_cast<size_t>(width_ * channels_);
     std::copy_n(&picture_[sent_], lineBytes, line);
     sent_ += lineBytes;
+}
+
+void WebpLoader::decode() {
+    picture_.resize(formats::heldBytes(height_, int64_t{width_} * channels_));
+    if (animated_)
+        decodeFrame();
+    else
+        decodeStill();
 }
 
 void WebpLoader::decodeStill() {

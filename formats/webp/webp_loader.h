@@ -14,8 +14,11 @@ class WebpLoader final : public formats::Loader {
 
   private:
     void describeChunks(formats::Description& image);
+    void decode();
     void decodeStill();
     void decodeFrame();
+    bool isOpaque() const;
+    void leaveOutAlpha();
 
     std::vector<uint8_t> file_;
     int32_t width_ = 0;

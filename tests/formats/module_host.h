@@ -28,13 +28,14 @@ inline bool save(const Image& image,
 }
 
 class Modules : public testing::Test {
-  protected:
+  public:
     // The modules of another build may be spoken to instead.
     static std::string home() {
         const char* other = std::getenv("VORN_TEST_HOME");
         return other ? other : VORN_BUILT_HOME;
     }
 
+  protected:
     ScopedVariable home_{"VORN", home()};
     ScratchDirectory files_;
 };

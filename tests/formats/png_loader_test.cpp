@@ -107,7 +107,8 @@ png_text text(int compression, const char* keyword, const char* value) {
     return made;
 }
 
-TEST(PngLoader, ReadsTextsOfAllThreeKinds) {
+// Texts of PNG's own come before those in EXIF.
+TEST(PngLoader, ReadsTextsAndExifBeforeAndBehindThePixels) {
     const ScratchDirectory files;
     const std::string longText(5000, 'x');
     PngFile file;
@@ -119,14 +120,24 @@ TEST(PngLoader, ReadsTextsOfAllThreeKinds) {
                   text(PNG_TEXT_COMPRESSION_NONE, "Source", "a camera"),
                   text(PNG_TEXT_COMPRESSION_NONE, "Software", ""),
                   text(PNG_TEXT_COMPRESSION_NONE, "Creation Time", "yesterday")};
-    const auto image = load<PngLoader>(files.write("a", file.bytes())).image;
-    EXPECT_EQ(textOf(image, ITAG_Artist), "Andr\xC3\xA9");
-    EXPECT_EQ(textOf(image, ITAG_Description), longText.substr(0, 4096));
-    EXPECT_EQ(textOf(image, ITAG_DocumentName), "\xE7\x8C\xAB");
-    EXPECT_EQ(textOf(image, ITAG_PageName), "p\xC3\xA9");
-    EXPECT_EQ(textOf(image, ITAG_Model), "a camera");
-    EXPECT_EQ(textOf(image, ITAG_Software), "(none)");
-    EXPECT_EQ(textOf(image, ITAG_DateTime), "yesterday");
+    // Turned clockwise (6), made by "ab", described as "no".
+    file.exif = {'M', 'M', 0,   '*', 0, 0, 0, 8,  0, 3, 1, 14, 0, 2, 0,   0,
+                 0,   3,   'n', 'o', 0, 0, 1, 15, 0, 2, 0, 0,  0, 3, 'a', 'b',
+                 0,   0,   1,   18,  0, 3, 0, 0,  0, 1, 0, 6,  0, 0};
+    for (const bool last : {false, true}) {
+        SCOPED_TRACE(last);
+        file.notesLast = last;
+        const auto image = load<PngLoader>(files.write("a", file.bytes())).image;
+        EXPECT_EQ(image.orientation, 3);
+        EXPECT_EQ(textOf(image, ITAG_Make), "ab");
+        EXPECT_EQ(textOf(image, ITAG_Artist), "Andr\xC3\xA9");
+        EXPECT_EQ(textOf(image, ITAG_Description), longText.substr(0, 4096));
+        EXPECT_EQ(textOf(image, ITAG_DocumentName), "\xE7\x8C\xAB");
+        EXPECT_EQ(textOf(image, ITAG_PageName), "p\xC3\xA9");
+        EXPECT_EQ(textOf(image, ITAG_Model), "a camera");
+        EXPECT_EQ(textOf(image, ITAG_Software), "(none)");
+        EXPECT_EQ(textOf(image, ITAG_DateTime), "yesterday");
+    }
 }
 
 TEST(PngLoader, ReadsResolutionAndAspect) {
@@ -155,6 +166,7 @@ TEST(PngLoader, FindsDamageAnywhere) {
     for (const bool interlaced : {false, true}) {
         PngFile file{.width = 3, .height = 3, .interlaced = interlaced, .xResolution = 300};
         file.texts = {text(PNG_TEXT_COMPRESSION_zTXt, "Title", "some text")};
+        file.notesLast = interlaced;
         const std::string whole = file.bytes();
         for (size_t at = 8; at < whole.size(); ++at) {
             EXPECT_EQ(loadFailure<PngLoader>(files.write("cut", whole.substr(0, at))),

@@ -6,6 +6,13 @@ void append(png_structp png, png_bytep bytes, size_t count) {
     static_cast<std::string*>(png_get_io_ptr(png))->append(reinterpret_cast<char*>(bytes), count);
 }
 
+void putNotes(png_structp png, png_infop info, PngFile file) {
+    if (!file.texts.empty())
+        png_set_text(png, info, file.texts.data(), static_cast<int>(file.texts.size()));
+    if (!file.exif.empty())
+        png_set_eXIf_1(png, info, static_cast<png_uint_32>(file.exif.size()), file.exif.data());
+}
+
 void putHead(png_structp png, png_infop info, const PngFile& file) {
     png_set_IHDR(png, info, file.width, file.height, file.depth, file.colorType,
                  file.interlaced ? PNG_INTERLACE_ADAM7 : PNG_INTERLACE_NONE,
@@ -18,9 +25,9 @@ void putHead(png_structp png, png_infop info, const PngFile& file) {
     if (!file.transparent.empty()) png_set_tRNS(png, info, nullptr, 0, file.transparent.data());
     if (file.xResolution)
         png_set_pHYs(png, info, file.xResolution, file.yResolution, file.resolutionUnit);
-    if (!file.texts.empty())
-        png_set_text(png, info, file.texts.data(), static_cast<int>(file.texts.size()));
+    if (!file.notesLast) putNotes(png, info, file);
     png_write_info(png, info);
+    if (file.notesLast) putNotes(png, info, file);
 }
 
 std::vector<png_byte> lineOf(const PngFile& file, png_uint_32 y) {

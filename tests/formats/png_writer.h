@@ -17,6 +17,8 @@ struct PngFile {
     std::vector<png_byte> entryAlpha{};       // of the palette's first entries
     std::vector<png_color_16> transparent{};  // the one colour that is see-through, or none
     std::vector<png_text> texts{};
+    std::vector<png_byte> exif{};
+    bool notesLast = false;  // texts and EXIF stand behind the pixels
     png_uint_32 xResolution = 0;
     png_uint_32 yResolution = 0;
     int resolutionUnit = PNG_RESOLUTION_METER;

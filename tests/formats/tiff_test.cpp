@@ -197,6 +197,32 @@ TEST_F(Tiff, ArrangesAndPacksAsIsSet) {
               saved("Compression=deflate\nLevel=9").second);
 }
 
+TEST_F(Tiff, CompressesAsJpegWhereThatIsSet) {
+    size_t before = SIZE_MAX;
+    for (const char* setting : {"Quality=100", "Quality=90\nTiles=64", "Quality=40"}) {
+        VORN_H_ModuleStoreParameters("tiff", VORN_SAVER,
+                                     (std::string("Compression=jpeg\n") + setting).c_str());
+        for (const VORN_Word channels : {1, 3}) {
+            std::vector<uint8_t> ramp;
+            for (size_t i = 0; i < 100 * 90 * channels; ++i)
+                ramp.push_back(static_cast<uint8_t>(255 - i / channels % 100));
+            save<TiffSaver>(
+                files_.path("a.tif"),
+                imageWords(100, 90, channels, channels == 1 ? VORN_CS_GRAY : VORN_CS_RGB), ramp);
+            const LoadedImage back = load<TiffLoader>(files_.path("a.tif"));
+            ASSERT_EQ(back.samples.size(), ramp.size());
+            for (size_t i = 0; i < ramp.size(); ++i) ASSERT_NEAR(back.samples[i], ramp[i], 4) << i;
+        }
+        EXPECT_LT(contentOf(files_.path("a.tif")).size(), before);
+        before = contentOf(files_.path("a.tif")).size();
+        for (const auto& words :
+             {imageWords(1, 1, 1, VORN_CS_GRAY, 2), imageWords(1, 1, 4, VORN_CS_RGB),
+              imageWords(1, 1, 4, VORN_CS_CMYK)})
+            EXPECT_EQ(failureOf([&] { save<TiffSaver>(files_.path("b"), words, {}); }),
+                      formats::kCannotSave);
+    }
+}
+
 TEST_F(Tiff, KeepsPaletteTextsResolutionAndOrientation) {
     const Bytes entries{1, 2, 3, 40, 50, 60};
     const PaletteTag palette(entries);

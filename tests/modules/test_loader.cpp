@@ -1,6 +1,7 @@
 // A loader whose pictures are made up from their file names, see wished_picture.h. Further wishes:
 // fail=open, begin or read with code=N and subcode=N; failat=LINE for the latter (the height:
-// behind the last line); dpi=X and y as "dpix", "dpiy"; text=... for a description.
+// behind the last line); dpi=X and y as "dpix", "dpiy"; text=... for a description; pages=N;
+// paints=1 for one that makes RGB of its four inks where the host asks for it.
 #include <vorn/host.h>
 #include <vorn/module.h>
 
@@ -105,6 +106,7 @@ void announce(const Session& s) {
         addLong(ITAG_XDPI, picture.wishes.number("dpix", 0));
         addLong(ITAG_YDPI, picture.wishes.number("dpiy", 0));
     }
+    if (const int pages = picture.wishes.number("pages", 0)) addLong(ITAG_PageCount, pages);
     if (!text.empty()) add(ITAG_Description, reinterpret_cast<VORN_Word>(text.c_str()));
     tags.push_back(TAG_End);
     VORN_M_SetImageInfoTags(static_cast<uint32_t>(tags[0]), tags.data() + 1);
@@ -113,7 +115,11 @@ void announce(const Session& s) {
 int32_t openImage(const VORN_TagItem* message) {
     char name[4096];
     if (!VORN_L_CopyTagStringOrNull(message, ITAG_Filename, name, sizeof name)) return 0;
-    session().picture.emplace(name);
+    WishedPicture& picture = session().picture.emplace(name);
+    if (picture.wishes.number("paints", 0) && VORN_L_TagFind(message, ITAG_ColorSpace)) {
+        picture.colorSpace = VORN_CS_RGB;
+        picture.channels = 3;
+    }
     if (fails("open")) return 0;
     layOut(session());
     return 1;

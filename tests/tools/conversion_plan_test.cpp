@@ -63,6 +63,10 @@ TEST(ConversionPlan, TakesTheWishOrKeepsTheColorSpaceOrTakesTheRichestThatCanBeM
     for (const auto& c : cases)
         EXPECT_EQ(planned(image(c.own, c.channels), saver(c.ofTheSaver), c.wishes), c.planned)
             << &c - cases;
+    ImageDescription greys = image(VORN_CS_CMAPPED, 1);
+    greys.greyPalette = true;
+    EXPECT_EQ(planned(greys, saver({"RGB", "Gray"})), VORN_CS_GRAY);
+    EXPECT_EQ(planned(greys, saver({"RGB", "Gray", "CMAPPED"})), VORN_CS_CMAPPED);
     EXPECT_EQ(planned(image(VORN_CS_CMAPPED, 1, 2), saver({"RGB", "CMAPPED"}, {"1-8"})),
               VORN_CS_RGB);
     ImageDescription withoutPalette = image(VORN_CS_CMAPPED, 1);
