@@ -50,6 +50,8 @@ constexpr Injection kInjections[] = {
     {"fillkill", Expect::ErrorOrTheirs},
     {"fillsleep", Expect::ErrorOrTheirs},
     {"fork", Expect::Right},
+    {"hanglast", Expect::Right},
+    {"stoplast", Expect::Right},
 };
 
 double threadMilliseconds() {

@@ -161,6 +161,11 @@ void endBySignal(int number) {
     std::_Exit(kExitStatus);
 }
 
+// Also when there is no host any more.
+[[noreturn]] void hang() {
+    for (;;) ::pause();
+}
+
 // What goes wrong from here on ends with the program's life, which is short.
 void dieSoon(int milliseconds) {
     std::signal(SIGALRM, SIG_DFL);
@@ -243,6 +248,9 @@ const std::map<std::string, std::function<void()>>& actions() {
         {"sleep", sleep},
         {"stop", [] { std::raise(SIGSTOP); }},
         {"endthread", endMainThread},
+        {"hang", hang},
+        {"hanglast", [] { std::atexit(hang); }},
+        {"stoplast", [] { std::atexit([] { std::raise(SIGSTOP); }); }},
         {"spin", spin},
         {"allocate", allocate},
         {"zeros", [] { fillBlocks([] { return uint8_t{0}; }); }},

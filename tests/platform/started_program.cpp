@@ -31,17 +31,20 @@ void waitForWord() {
 
 void tellDescriptors() {
     std::string list;
+    int pipes = 0;
     DIR* stream = ::opendir("/proc/self/fd");
     for (const dirent* entry = ::readdir(stream); entry; entry = ::readdir(stream)) {
         const std::string name = entry->d_name;
         if (name[0] == '.' || name == std::to_string(::dirfd(stream))) continue;
         char target[256];
         const auto length = ::readlink(("/proc/self/fd/" + name).c_str(), target, sizeof target);
-        list += " " + name;
-        if (std::string(target, static_cast<size_t>(length)) == "/dev/null") list += "(empty)";
+        const std::string what(target, static_cast<size_t>(length));
+        const bool isPipe = what.starts_with("pipe:") && name != "2";
+        pipes += isPipe;
+        if (!isPipe) list += " " + name + (what == "/dev/null" ? "(empty)" : "");
     }
     ::closedir(stream);
-    say("descriptors" + list);
+    say("descriptors" + list + ", pipes " + std::to_string(pipes));
 }
 
 void tellStatus() {
