@@ -90,7 +90,10 @@ TEST(Attach, SeesTheHostsAreasFromTheOtherSide) {
     EXPECT_EQ(module.readSize, host.writeSize);
     EXPECT_EQ(module.writePointer - module.base, host.readOffset);
     EXPECT_EQ(module.semaphores->peerThread, vorn::platform::currentThreadId());
+    const int32_t watched = module.semaphores->watched;
+    EXPECT_TRUE(vorn::platform::isSemaphore(watched));
     vorn::SharedStuffDetach(module);
+    EXPECT_FALSE(vorn::platform::isSemaphore(watched)) << "still open";
     EXPECT_EQ(module.base, nullptr);
     EXPECT_TRUE(module.linkDown);
 }
