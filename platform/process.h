@@ -39,9 +39,9 @@ bool hasEnded(const Process& process);
 // Ends the program at once, whatever it does.
 void killProcess(const Process& process);
 
-// Releases what the record holds of a program that is ending. The program itself goes on for a
-// while, see endWithHost; it is not waited for. Where this program is the system's reaper, it
-// collects the end, and so waits for it as long as that may take.
+// Releases what the record holds of a program that is ending. The program itself may go on for a
+// short time, see kLastMilliseconds; it is not waited for. Where this program is the system's
+// reaper, it collects the end, and so waits for it as long as that may take.
 void releaseProcess(Process& process);
 
 // The calling thread's number, as it stands on module command lines.
@@ -52,14 +52,9 @@ int32_t currentThreadId();
 // host has ended already.
 bool watchHost(int32_t hostThread, int32_t& watch);
 
-// What a program has to end from when its host has released it or has ended.
+// What a module program has to end from when its host has released it or has ended, see
+// platform/limits.h.
 inline constexpr int kLastMilliseconds = 1000;
-
-// In a module program that startProcess has started: lets the system end the program, whatever it
-// does, when it goes on for longer. Until this is called, or where the program has arranged
-// something else for SIGIO before, that signal alone tells it; it ends programs that know nothing
-// of it at once.
-void endWithHost();
 
 // In a module program: what its host gave as its application; null when there is none.
 const char* hostApplication();

@@ -50,8 +50,6 @@ constexpr Injection kInjections[] = {
     {"fillkill", Expect::ErrorOrTheirs},
     {"fillsleep", Expect::ErrorOrTheirs},
     {"fork", Expect::Right},
-    {"hanglast", Expect::Right},
-    {"stoplast", Expect::Right},
 };
 
 double threadMilliseconds() {
@@ -158,6 +156,20 @@ TEST_P(Modules, ThatGoWrongCostOnePicture) {
     std::printf("%s while %s: %d steps, %d failed; to the end %s ms; host's work %s ms\n",
                 injection_.action, nameOf(kind_), step - 1, failures_, latencies_.text().c_str(),
                 loads_.text().c_str());
+}
+
+TEST_F(Injected, ModulesHaveTimeToEndInOrderAndNoMore) {
+    const Wire wire;
+    for (const char* action : {"hanglast 9", "stoplast 9", "tidylast 9"}) {
+        for (const Kind kind : {Kind::Loading, Kind::Saving}) {
+            const ScopedVariable order("VORN_TEST_STEP", action);
+            Talk talk(kind, directory_);
+            EXPECT_TRUE(talk.whole() && wire.await());
+            talk.closeConnection();
+        }
+    }
+    awaitProgramsIn(moduleHome().path());
+    EXPECT_TRUE(wire.news() && wire.news()) << "from those that were tidy";
 }
 
 // The stop at every step of the host's own side, from where the module's program is not even

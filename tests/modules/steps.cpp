@@ -166,6 +166,12 @@ void endBySignal(int number) {
     for (;;) ::pause();
 }
 
+// What a program does that needs some time after it has heard of its host's end.
+void tidyUp() {
+    std::raise(SIGIO);
+    tell("tidy", 0);
+}
+
 // What goes wrong from here on ends with the program's life, which is short.
 void dieSoon(int milliseconds) {
     std::signal(SIGALRM, SIG_DFL);
@@ -250,6 +256,7 @@ const std::map<std::string, std::function<void()>>& actions() {
         {"endthread", endMainThread},
         {"hang", hang},
         {"hanglast", [] { std::atexit(hang); }},
+        {"tidylast", [] { std::atexit(tidyUp); }},
         {"stoplast", [] { std::atexit([] { std::raise(SIGSTOP); }); }},
         {"spin", spin},
         {"allocate", allocate},

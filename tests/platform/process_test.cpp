@@ -153,7 +153,21 @@ TEST(Process, IsCollectedByAHostThatIsTheReaper) {
     EXPECT_FALSE(hasChildren());
     { const Started killed("answer"); }
     EXPECT_FALSE(hasChildren());
+    Started hanging("hear");
+    EXPECT_EQ(hanging.hear(), "ready");
+    platform::releaseProcess(hanging.process);
+    EXPECT_FALSE(hasChildren());
     ::prctl(PR_SET_CHILD_SUBREAPER, 0);
+}
+
+TEST(Process, HasALittleTimeWhenItIsReleasedAndCaresForIt) {
+    Started program("hear");
+    EXPECT_EQ(program.hear(), "ready");
+    Started careless("answer");
+    for (Started* each : {&program, &careless}) platform::releaseProcess(each->process);
+    EXPECT_EQ(careless.hear(), "");
+    EXPECT_EQ(program.hear(), "told");
+    EXPECT_EQ(program.hear(), "") << "it hangs, and is ended";
 }
 
 TEST(Process, StartsAlsoWhenTheHostIgnoresItsChildren) {

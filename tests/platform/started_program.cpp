@@ -4,12 +4,14 @@
 #include <sys/resource.h>
 #include <unistd.h>
 
+#include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <fstream>
 #include <string>
 
 #include "platform/connection.h"
+#include "platform/limits.h"
 #include "platform/process.h"
 
 namespace {
@@ -76,6 +78,20 @@ void watch() {
     say("host ended");
 }
 
+// Hears of its host's end, and hangs.
+void hearOfEnd() {
+    sigset_t signals;
+    ::sigemptyset(&signals);
+    ::sigaddset(&signals, SIGIO);
+    ::sigprocmask(SIG_BLOCK, &signals, nullptr);
+    platform::endWithHost();
+    say("ready");
+    ::sigemptyset(&signals);
+    ::sigsuspend(&signals);
+    say("told");
+    for (;;) ::pause();
+}
+
 void reserve(const char* name) {
     int32_t reservation = -1;
     const bool done = platform::reserveName(name, reservation) == platform::Reservation::Reserved;
@@ -100,6 +116,8 @@ int main(int argc, char** argv) {
         for (int i = 0; i < 2; ++i) platform::postSemaphore(std::atoi(argv[2]));
     } else if (action == "reserve") {
         reserve(argv[2]);
+    } else if (action == "hear") {
+        hearOfEnd();
     } else if (action == "watch") {
         watch();
     }
