@@ -80,11 +80,23 @@ TEST_F(Interrupt, IsNotNeededForAModuleThatMeetsItsLimit) {
 #ifdef __SANITIZE_THREAD__
     GTEST_SKIP() << "the sanitizer holds signals back until a program calls the system again";
 #endif
-    Program program = start("spin", {"--time-limit", "1"});
-    waitForTheMiddle();
-    expectFailure(program.wait(), in_, "75, 0");
-    expectLoaderToEnd();
-    EXPECT_EQ(contentsOf(out_), "as it was");
+    const struct {
+        const char* then;
+        std::vector<std::string> limit;
+        const char* code;
+    } cases[] = {
+        {"spin", {"--time-limit", "1"}, "75, 0"},
+#ifndef VORN_SANITIZED
+        {"allocate", {"--memory-limit", "256M"}, "76, 0"},
+#endif
+    };
+    for (const auto& c : cases) {
+        Program program = start(c.then, c.limit);
+        waitForTheMiddle();
+        expectFailure(program.wait(), in_, c.code);
+        expectLoaderToEnd();
+        EXPECT_EQ(contentsOf(out_), "as it was");
+    }
 }
 
 }  // namespace
