@@ -21,7 +21,8 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
-constexpr int kRoundTrips = 2000;
+// The first round trip, which waits until the other program has started, is not timed.
+constexpr int kRoundTrips = 5000;
 constexpr int kTurns = 15;
 
 // A word in memory that two programs share, at 64-byte distance from the next.
@@ -92,7 +93,15 @@ void waitTrying(Primitive& primitive, vorn::platform::WaitHistory& history) {
     if (!tryOnce() && !vorn::platform::tryForAWhile(history, tryOnce)) primitive.block();
 }
 
-// Two programs that wake each other up, `count` times.
+template <class RoundTrip>
+double secondsOfRoundTrips(RoundTrip roundTrip) {
+    roundTrip();
+    return secondsEach(kRoundTrips, [&] {
+        for (int i = 0; i < kRoundTrips; ++i) roundTrip();
+    });
+}
+
+// Two programs that wake each other up.
 template <class Primitive>
 double pingPong(Primitive ping, Primitive pong, bool tries) {
     const auto wait = [&](Primitive& primitive, vorn::platform::WaitHistory& history) {
@@ -100,17 +109,15 @@ double pingPong(Primitive ping, Primitive pong, bool tries) {
     };
     PeerProcess peer([&] {
         vorn::platform::WaitHistory history;
-        for (int i = 0; i < kRoundTrips; ++i) {
+        for (int i = 0; i <= kRoundTrips; ++i) {
             wait(ping, history);
             pong.post();
         }
     });
     vorn::platform::WaitHistory history;
-    return secondsEach(kRoundTrips, [&] {
-        for (int i = 0; i < kRoundTrips; ++i) {
-            ping.post();
-            wait(pong, history);
-        }
+    return secondsOfRoundTrips([&] {
+        ping.post();
+        wait(pong, history);
     });
 }
 
@@ -122,7 +129,7 @@ double bareAreas(Primitive (&free)[2], Primitive (&full)[2]) {
     free[1].post();
     PeerProcess peer([&] {
         vorn::platform::WaitHistory histories[2];
-        for (int i = 0; i < kRoundTrips; ++i) {
+        for (int i = 0; i <= kRoundTrips; ++i) {
             waitTrying(full[0], histories[0]);
             free[0].post();
             waitTrying(free[1], histories[1]);
@@ -130,13 +137,11 @@ double bareAreas(Primitive (&free)[2], Primitive (&full)[2]) {
         }
     });
     vorn::platform::WaitHistory histories[2];
-    const double seconds = secondsEach(kRoundTrips, [&] {
-        for (int i = 0; i < kRoundTrips; ++i) {
-            waitTrying(free[0], histories[0]);
-            full[0].post();
-            waitTrying(full[1], histories[1]);
-            free[1].post();
-        }
+    const double seconds = secondsOfRoundTrips([&] {
+        waitTrying(free[0], histories[0]);
+        full[0].post();
+        waitTrying(full[1], histories[1]);
+        free[1].post();
     });
     while (free[0].tryWait() || free[1].tryWait()) {
     }
@@ -169,16 +174,14 @@ void read(SharedStuff& stuff) {
 
 double areas() {
     Connection connection(VORN_LOADER, [](SharedStuff& module) {
-        for (int i = 0; i < kRoundTrips; ++i) {
+        for (int i = 0; i <= kRoundTrips; ++i) {
             read(module);
             write(module);
         }
     });
-    return secondsEach(kRoundTrips, [&] {
-        for (int i = 0; i < kRoundTrips; ++i) {
-            write(connection.host());
-            read(connection.host());
-        }
+    return secondsOfRoundTrips([&] {
+        write(connection.host());
+        read(connection.host());
     });
 }
 

@@ -123,9 +123,10 @@ void shareCounts(SharedStuff& stuff) {
 bool semWait(SemaphoreSet& set, uint32_t entry) {
     auto& [name, handle, history] = set.entry[entry];
     if (!set.counts) return platform::waitSemaphore(handle, set.watched, set.stop, history);
+    platform::SharedCount& count = set.counts->entry[entry];
+    if (platform::takeShared(count, handle)) return true;
     const bool alsoSystem = !modulesCounts(*set.counts);
-    return platform::waitShared(set.counts->entry[entry], handle, alsoSystem, set.watched, set.stop,
-                                history);
+    return platform::waitShared(count, handle, alsoSystem, set.watched, set.stop, history);
 }
 
 bool semTryWait(SemaphoreSet& set, uint32_t entry) {

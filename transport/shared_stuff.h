@@ -4,6 +4,7 @@
 #include <vorn/library.h>
 
 #include <atomic>
+#include <cstddef>
 #include <cstdint>
 
 #include "platform/connection.h"
@@ -18,12 +19,15 @@ inline constexpr uint32_t kSmallAreaSize = 0x8000;
 inline constexpr int32_t kSemaphoreCount = 6;
 
 // Behind the areas, where the system holds the semaphores: their counts as the two programs share
-// them. A program that doesn't know of it leaves it alone.
+// them. A program that doesn't know of it leaves it alone. All counts lie on one cache line: who
+// has got a full area mostly frees it, takes the other one and posts that, and has to fetch the
+// line from the other processor only once for all four.
 struct SharedCounts {
     uint32_t moduleCounts;  // the module program says: it looks here, too
     alignas(64) platform::SharedCount entry[kSemaphoreCount];
 };
-static_assert(sizeof(SharedCounts) == 64 + 64 * kSemaphoreCount, "docs/protocol.md says where");
+static_assert(offsetof(SharedCounts, entry) == 64 && sizeof(platform::SharedCount) == 4,
+              "docs/protocol.md says where");
 
 struct ShmDescriptor {
     char name[8];

@@ -4,26 +4,14 @@
 
 #include <poll.h>
 #include <sched.h>
-#include <sys/uio.h>
-#include <unistd.h>
 
 #include <algorithm>
 #include <cerrno>
 #include <chrono>
 
-#include "platform/connection.h"
+#include "platform/shared_count.h"
 
 namespace vorn::platform {
-
-// The thread sanitizer knows that writing to a descriptor and reading from it, also nothing, order
-// threads. It doesn't know preadv2, nor that two mappings are of one memory.
-#if defined(__SANITIZE_THREAD__)
-inline void orderAsPosted(int32_t semaphore) { (void)!::write(semaphore, nullptr, 0); }
-inline void orderAsTaken(int32_t semaphore) { (void)!::readv(semaphore, nullptr, 0); }
-#else
-inline void orderAsPosted(int32_t) {}
-inline void orderAsTaken(int32_t) {}
-#endif
 
 inline bool hasSeveralProcessors() {
     cpu_set_t set;
