@@ -8,6 +8,7 @@
 #include <vorn/vorn.h>
 
 #include <cstdlib>
+#include <new>
 #include <string_view>
 
 namespace {
@@ -43,7 +44,11 @@ void readImage() {
             for (volatile bool on = then == "spin"; on;) {
             }
             while (then == "allocate") {
-                char* volatile kept = new char[1 << 22];
+                char* volatile kept = new (std::nothrow) char[1 << 22];
+                if (!kept) {
+                    VORN_M_MemoryIsShort();
+                    std::abort();
+                }
                 *kept = 1;
             }
         }
