@@ -6,6 +6,8 @@
 
 #include <new>
 
+#include "formats/common/short_memory.h"
+
 namespace formats {
 
 // Error numbers of the shipped modules. Their texts stand in the home directory's file "Errors".
@@ -47,15 +49,20 @@ inline constexpr Failure kAlreadyNoted{0};
 // Runs the body of a callback. False: it failed, and the reason is noted for the host.
 template <class Body>
 bool guarded(Body body) {
+    memoryWasShort = false;
     try {
         body();
         return true;
     } catch (const Failure& failure) {
-        if (failure.code != 0) VORN_M_SetErrorCode(failure.code, failure.subcode);
+        const bool blamed = failure.code == kDamaged || failure.code == kUnsupported;
+        if (blamed && memoryWasShort)
+            VORN_M_SetErrorCode(kOutOfMemory, 0);
+        else if (failure.code != 0)
+            VORN_M_SetErrorCode(failure.code, failure.subcode);
     } catch (const std::bad_alloc&) {
         VORN_M_SetErrorCode(kOutOfMemory, 0);
     } catch (...) {
-        VORN_M_SetErrorCode(kDamaged, 0);
+        VORN_M_SetErrorCode(memoryWasShort ? int32_t{kOutOfMemory} : kDamaged, 0);
     }
     return false;
 }

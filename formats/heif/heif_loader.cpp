@@ -8,6 +8,7 @@
 #include "formats/common/divide_by_alpha.h"
 #include "formats/common/exif.h"
 #include "formats/common/picture_limit.h"
+#include "formats/heif/decoders.h"
 #include "formats/heif/heif_boxes.h"
 
 namespace heif {
@@ -18,6 +19,11 @@ using formats::Failure;
 constexpr size_t kHeadSize = 12;
 constexpr std::string_view kExifName{"Exif\0\0", 6};  // some programs repeat JPEG's mark
 constexpr int kMostBits = 16;
+
+// What codecs add to the width and height that the boxes tell, at most; and what a tile may have of
+// which only a corner is shown.
+constexpr int64_t kMostPadding = 64;
+constexpr int64_t kMostTilePixels = 2048 * 2048;
 
 std::vector<uint8_t> contentOf(formats::InputFile& file) {
     std::vector<uint8_t> bytes(kHeadSize);
@@ -42,6 +48,7 @@ void check(const heif_error& error) {
 }  // namespace
 
 formats::Description HeifLoader::open(formats::InputFile file) {
+    useOwnDecoders();
     file_ = contentOf(file);
     context_ = made(heif_context_alloc());
     heif_context_set_maximum_image_size_limit(context_.get(), VORN_MAX_SIZE);
@@ -118,6 +125,9 @@ void HeifLoader::describeExif(formats::Description& image) const {
 }
 
 void HeifLoader::decode() {
+    limitCodedPixels(std::max((heif_image_handle_get_ispe_width(page_.get()) + kMostPadding) *
+                                  (heif_image_handle_get_ispe_height(page_.get()) + kMostPadding),
+                              kMostTilePixels));
     const auto options = made(heif_decoding_options_alloc());
     options->strict_decoding = 1;
     const heif_chroma narrow = alpha_ ? heif_chroma_interleaved_RGBA : heif_chroma_interleaved_RGB;

@@ -32,8 +32,10 @@ Owner<Object> made(Object* object) {
 // Throws unless a call of libheif succeeded: `reason`, where memory was not what was missing.
 inline void check(const heif_error& error, int32_t reason) {
     if (error.code == heif_error_Ok) return;
-    const bool memory = error.code == heif_error_Memory_allocation_error;
-    throw formats::Failure{memory ? formats::kOutOfMemory : reason};
+    if (error.code != heif_error_Memory_allocation_error) throw formats::Failure{reason};
+    // libheif's own limits say nothing of the memory that there is.
+    if (error.subcode != heif_suberror_Security_limit_exceeded) VORN_M_MemoryIsShort();
+    throw formats::Failure{formats::kOutOfMemory};
 }
 
 }  // namespace heif

@@ -23,7 +23,6 @@ constexpr int64_t kBandBytes = 32 << 20;
 constexpr int64_t kBytesOfTile = 8192;
 constexpr int64_t kBytesOfComponent = 2048;
 
-constexpr uint64_t kSeen = 256;  // pixels across and down, to learn what comes out
 constexpr int32_t kSmallest = 16;
 
 OPJ_CODEC_FORMAT formatOf(formats::InputFile& file) {
@@ -80,7 +79,8 @@ formats::Description Jpeg2000Loader::open(formats::InputFile file) {
     checkTiles(file_, boxes.codestream, size_);
     formats::Description image;
     describe(boxes.notes, image);
-    reduction_ = chooseReduction(Decoder(file_, format_, 0), image.orientation);
+    if (wishes().width > 0 || wishes().height > 0)
+        reduction_ = chooseReduction(Decoder(file_, format_, 0), image.orientation);
     look(image);
     return image;
 }
@@ -90,7 +90,6 @@ formats::Description Jpeg2000Loader::open(formats::InputFile file) {
 uint32_t Jpeg2000Loader::chooseReduction(const Decoder& head, int32_t orientation) const {
     int32_t width = wishes().width;
     int32_t height = wishes().height;
-    if (width <= 0 && height <= 0) return 0;
     if (orientation % 2 != 0) std::swap(width, height);
     const opj_image_comp_t& first = head.image().comps[0];
     uint32_t reduction = 0;
@@ -101,25 +100,41 @@ uint32_t Jpeg2000Loader::chooseReduction(const Decoder& head, int32_t orientatio
     return reduction;
 }
 
-// A corner of the picture shows what comes out: how many components of which kind.
 void Jpeg2000Loader::look(formats::Description& image) {
-    Decoder decoder(file_, format_, reduction_);
-    const opj_image_comp_t& first = decoder.image().comps[0];
+    const Decoder head(file_, format_, reduction_);
+    const opj_image_comp_t& first = head.image().comps[0];
     if (first.w > VORN_MAX_SIZE || first.h > VORN_MAX_SIZE) throw Failure{formats::kUnsupported};
     image.width = static_cast<int32_t>(first.w);
     image.height = static_cast<int32_t>(first.h);
     width_ = first.w;
     chooseBands();
-    const auto end = [this](uint32_t from, uint32_t to) {
-        return static_cast<uint32_t>(std::min<uint64_t>(to, from + (kSeen << reduction_)));
-    };
-    const Area corner{size_.x0, size_.y0, end(size_.x0, size_.x1), end(size_.y0, size_.y1)};
-    decoder.decode(&corner);
-    chooseColors(decoder.image(), image);
+    std::unique_ptr<Decoder> corner;
+    try {
+        corner = cornerOf(head, head.mostReduction());
+    } catch (const Failure&) {
+        // The first tile may have fewer resolutions than the head of the file says.
+        corner = cornerOf(head, reduction_);
+    }
+    chooseColors(corner->image(), image);
     channels_ = static_cast<size_t>(image.channels);
     bytes_ = static_cast<size_t>(image.bytesPerChannel);
     full_ = bytes_ == 2 ? 65535 : 255;
     rows_.assign(sources_.size(), std::vector<int32_t>(width_));
+}
+
+// A corner of the picture shows what comes out: how many components of which kind. One sample of
+// each is enough, since all the blocks around it have to be decoded, of every resolution.
+std::unique_ptr<Decoder> Jpeg2000Loader::cornerOf(const Decoder& head, uint32_t reduction) {
+    uint64_t apart = 1;
+    for (uint32_t c = 0; c < head.image().numcomps; ++c)
+        apart = std::max<uint64_t>({apart, head.image().comps[c].dx, head.image().comps[c].dy});
+    const auto end = [&](uint32_t from, uint32_t to) {
+        return static_cast<uint32_t>(std::min<uint64_t>(to, from + (apart << reduction)));
+    };
+    const Area corner{size_.x0, size_.y0, end(size_.x0, size_.x1), end(size_.y0, size_.y1)};
+    auto decoder = std::make_unique<Decoder>(file_, format_, reduction);
+    decoder->decode(&corner);
+    return decoder;
 }
 
 void Jpeg2000Loader::chooseColors(const opj_image_t& seen, formats::Description& image) {

@@ -20,6 +20,7 @@ class Jpeg2000Loader final : public formats::Loader {
 
     uint32_t chooseReduction(const Decoder& head, int32_t orientation) const;
     void look(formats::Description& image);
+    std::unique_ptr<Decoder> cornerOf(const Decoder& head, uint32_t reduction);
     void chooseColors(const opj_image_t& seen, formats::Description& image);
     void useInks(formats::Description& image);
     void chooseAlpha(const opj_image_t& seen, formats::Description& image);

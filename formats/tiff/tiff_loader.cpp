@@ -237,17 +237,25 @@ void TiffLoader::readPieces() {
         return;
     }
     uint8_t* piece = pieces_.data();
-    const auto size = static_cast<tmsize_t>(pieceSize_);
     for (size_t plane = 0; plane < (planes_ ? channels_ : 1); ++plane) {
         const auto sample = static_cast<uint16_t>(plane);
         for (uint32_t x = 0; x < width_; x += pieceWidth_, piece += pieceSize_) {
             if (tiles_)
                 file_->check(TIFFReadTile(tiff, piece, x, row, 0, sample) >= 0);
             else
-                file_->check(TIFFReadEncodedStrip(tiff, TIFFComputeStrip(tiff, row, sample), piece,
-                                                  size) >= 0);
+                readStrip(TIFFComputeStrip(tiff, row, sample), piece);
         }
     }
+}
+
+// Where samples are stored as they are, libtiff reads on behind the end of a strip that is too
+// short.
+void TiffLoader::readStrip(uint32_t strip, uint8_t* piece) {
+    TIFF* tiff = file_->get();
+    const size_t lines = std::min<size_t>(pieceHeight_, height_ - static_cast<uint32_t>(line_));
+    const bool stored = field(TIFFTAG_COMPRESSION) == COMPRESSION_NONE;
+    file_->check(!stored || TIFFGetStrileByteCount(tiff, strip) >= lines * pieceLine_);
+    file_->check(TIFFReadEncodedStrip(tiff, strip, piece, static_cast<tmsize_t>(pieceSize_)) >= 0);
 }
 
 // Takes the first `count` of `stride` samples a pixel.

@@ -25,6 +25,7 @@ class TiffLoader final : public formats::Loader {
     void readWholePicture(formats::Description& image);
     void preparePieces();
     void readPieces();
+    void readStrip(uint32_t strip, uint8_t* piece);
     void unpack(const uint8_t* from, size_t pixels, size_t stride, size_t count, uint8_t* to) const;
     void finishLine(uint8_t* line) const;
     template <class Sample>

@@ -62,7 +62,7 @@ VORN_API void VORN_M_ShellMain(int argc, char** argv);
 
 /* Tells the host, once, that an allocation has failed, when the memory is limited. For the
  * new-handler of a program that has a C++ runtime of its own, which VORN_M_ShellMain doesn't reach;
- * such a handler then calls std::set_new_handler(nullptr). */
+ * such a handler then throws std::bad_alloc or calls std::set_new_handler(nullptr). */
 VORN_API void VORN_M_MemoryIsShort(void);
 
 /* 1 on host threads, 0 on the thread that runs a module's shell. A variable of each thread. The

@@ -5,8 +5,10 @@
 #include <tuple>
 
 #include "tests/formats/format_files.h"
+#include "tests/formats/heif_files.h"
 #include "tests/formats/loaders_and_savers.h"
 #include "tests/formats/module_host.h"
+#include "tests/soak/amounts.h"
 
 namespace {
 
@@ -260,5 +262,22 @@ TEST_F(Modules, DontBelieveASmallFileThatClaimsAHugePicture) {
         EXPECT_EQ(outcome(loader, files_.write("a", content)), wanted) << format;
     }
 }
+
+#ifdef VORN_HAS_HEIF
+// Some kilobytes, and pictures whose decoding takes more than the limit: when the boxes say so, the
+// limit is what is wrong. What the boxes hide is not decoded.
+TEST_F(Modules, TellAPictureLargerThanItsBoxesClaimFromAWantOfMemory) {
+    if (isSanitized()) GTEST_SKIP() << "a sanitizer takes more memory than the limit";
+    const ScopedVariable limit{"VORN_MEMORY_LIMIT", "64M"};
+    const Image loader("heif", VORN_LOADER);
+    for (const auto& saveFlat : {save<heif::AvifSaver>, save<heif::HeifSaver>}) {
+        saveFlat(files_.path("a"), imageWords(2100, 2100, 1, VORN_CS_GRAY),
+                 std::vector<uint8_t>(2100 * 2100, 128));
+        const std::string content = contentOf(files_.path("a"));
+        EXPECT_EQ(outcome(loader, files_.path("a")), 76);
+        EXPECT_EQ(outcome(loader, files_.write("a", withSize(content, 64, 64))), formats::kDamaged);
+    }
+}
+#endif
 
 }  // namespace

@@ -5,7 +5,9 @@
 
 #include "formats/heif/heif_loader.h"
 #include "formats/heif/heif_saver.h"
+#include "formats/heif/hevc_size.h"
 #include "tests/formats/format_files.h"
+#include "tests/formats/heif_files.h"
 #ifdef VORN_HAS_PNG
 #include "formats/png/png_loader.h"
 #endif
@@ -216,15 +218,31 @@ TEST_F(Heif, TurnsOnceAndOpensTheWantedPageMainOneFirst) {
     EXPECT_EQ(failureOf([&] { load<HeifLoader>(path_, {.page = 3}); }), formats::kNoSuchPage);
 }
 
-// The size that stands in the file's boxes, wherever the picture's own is.
-std::string withSize(std::string file, uint32_t width, uint32_t height) {
-    for (size_t at = 0; (at = file.find("ispe", at)) != std::string::npos; ++at) {
-        for (int i = 0; i < 4; ++i) {
-            file[at + 8 + static_cast<size_t>(i)] = static_cast<char>(width >> (24 - 8 * i));
-            file[at + 12 + static_cast<size_t>(i)] = static_cast<char>(height >> (24 - 8 * i));
-        }
+// With the bytes between zeros and what might be taken for the start of a unit.
+std::vector<uint8_t> unitOf(const std::string& bits) {
+    std::vector<uint8_t> bytes;
+    for (size_t at = 0; at + 8 <= bits.size(); at += 8) {
+        const auto byte = static_cast<uint8_t>(std::stoi(bits.substr(at, 8), nullptr, 2));
+        const size_t n = bytes.size();
+        if (n >= 2 && bytes[n - 1] == 0 && bytes[n - 2] == 0 && byte < 4) bytes.push_back(3);
+        bytes.push_back(byte);
     }
-    return file;
+    return bytes;
+}
+
+TEST(HevcSize, IsFoundBehindWhateverStandsInFrontOfIt) {
+    const std::string head = "01000010000000010000";
+    const std::string profile(88, '0');
+    const std::string level = "01011010";
+    const std::string rest(12, '0');
+    const std::string size = "000000100000100000110001" + std::string(8, '1');
+    const std::string heads[] = {
+        "0000" + profile + level + "1010", "0000" + profile + level + "1001000",
+        "0100" + profile + level + "1101" + rest + profile + level + level + "00101010"};
+    for (const std::string& each : heads)
+        EXPECT_EQ(heif::codedPixels(unitOf(head + each + size)), 64 * 48);
+    EXPECT_EQ(heif::codedPixels(unitOf("01000000" + heads[0] + size)), 0);
+    EXPECT_EQ(heif::codedPixels({}), 0);
 }
 
 TEST_F(Heif, RefusesWhatIsNotRight) {
@@ -242,6 +260,14 @@ TEST_F(Heif, RefusesWhatIsNotRight) {
         EXPECT_EQ(open(65536, 65536), formats::kOutOfMemory);
         EXPECT_EQ(open(65535, 16385), formats::kOutOfMemory);
         EXPECT_EQ(open(60, 64), formats::kDamaged);
+        // The head of the compressed data, of which decoders like to complain.
+        testing::internal::CaptureStderr();
+        for (size_t i = file.find("mdat") + 4; i < file.find("mdat") + 40; ++i) {
+            std::string broken = file;
+            broken[i] = static_cast<char>(~broken[i]);
+            loadFailure<HeifLoader>(files_.write("b", broken));
+        }
+        EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
         for (const auto& [channels, colorSpace] :
              {std::pair{4, VORN_CS_CMYK}, {1, VORN_CS_CMAPPED}})
             EXPECT_EQ(
