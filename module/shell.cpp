@@ -263,6 +263,7 @@ void VORN_M_ShellMain(int argc, char** argv) {
     std::atexit(vorn::reportAbnormalExit);
     vorn::setRoles(state.stuff);
     if (!vorn::SharedStuffAttach(state.stuff, argc, argv)) return;
+    vorn::platform::endWithHost();
     vorn::osLayer().tellLimits(*state.stuff.semaphores, state.stuff.spareForPeer);
     VORN_H_RegisterAppName(vorn::platform::hostApplication());
     vorn::Shell(state).run();

@@ -20,7 +20,9 @@ class File {
 
     // A file that takes the place of `path` when it is committed and leaves no trace when it is
     // not. It has no name where the file system can do that, else a hidden one in the same
-    // directory. A target that exists and is not a regular file is written directly.
+    // directory. A program that is killed while its file has such a name leaves it to the next one
+    // that replaces a file there, which removes it. A target that exists and is not a regular file
+    // is written directly.
     int32_t openForReplacing(const char* path);
 
     // Moves up to `count` bytes, going on after interruptions and short writes. `moved` counts
@@ -33,8 +35,11 @@ class File {
     int32_t commit();
 
   private:
-    int32_t openNamed();
-    int32_t nameBeside(char (&out)[kMaxPath], unsigned attempt) const;
+    int32_t nameBeside(char (&out)[kMaxPath], unsigned number) const;
+    void removeLeftOvers() const;
+    int32_t takeName(bool (File::*make)(const char* name));
+    bool createAs(const char* name);
+    bool linkAs(const char* name);
 
     int descriptor_ = -1;
     char* target_ = nullptr;     // set while a replacement is not committed

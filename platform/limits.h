@@ -15,6 +15,12 @@ inline constexpr int32_t kMemoryLimitPosts = 2;
 // few programs survive. What the program has itself arranged for either stays as it is.
 void tellLimits(int32_t semaphore, bool (*post)(int32_t semaphore));
 
+// In a module program: lets the system end the program, whatever it does, when it goes on for more
+// than kLastMilliseconds without its host. Until this is called, or where the program has arranged
+// something for SIGIO before, that signal alone tells it. Programs that know nothing of it are
+// ended by it at once.
+void endWithHost();
+
 // In a module program: tells of memory now, as the handler for failed allocations does. For
 // programs whose allocations have another handler than this library's.
 void tellMemoryLimit();

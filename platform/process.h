@@ -24,6 +24,7 @@ struct ProcessStart {
 
 struct Process {
     int32_t watch = -1;  // a descriptor that waits end on when the program has ended
+    int32_t line = -1;   // as long as it is open, the program has a host
     int32_t id = -1;
 };
 
@@ -38,8 +39,9 @@ bool hasEnded(const Process& process);
 // Ends the program at once, whatever it does.
 void killProcess(const Process& process);
 
-// Releases what the record holds of a program that is ending; the program itself goes on. Where
-// this program is the system's reaper, it collects the end, and waits up to a second for it.
+// Releases what the record holds of a program that is ending. The program itself may go on for a
+// short time, see kLastMilliseconds; it is not waited for. Where this program is the system's
+// reaper, it collects the end, and so waits for it as long as that may take.
 void releaseProcess(Process& process);
 
 // The calling thread's number, as it stands on module command lines.
@@ -49,6 +51,10 @@ int32_t currentThreadId();
 // kNoDescriptor when there is none. `hostThread` is the number on the command line. False when the
 // host has ended already.
 bool watchHost(int32_t hostThread, int32_t& watch);
+
+// What a module program has to end from when its host has released it or has ended, see
+// platform/limits.h.
+inline constexpr int kLastMilliseconds = 1000;
 
 // In a module program: what its host gave as its application; null when there is none.
 const char* hostApplication();

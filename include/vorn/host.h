@@ -164,7 +164,11 @@ VORN_API VORN_Bool VORN_H_ImageVaOpen(VORN_Image* image, ...);
  */
 VORN_API VORN_Bool VORN_H_ImageClose(VORN_Image* image); /* NULL: true */
 
-/* Ends the module program and frees the handle. NULL is ignored. */
+/* Tells the module program to end and frees the handle. The program is not waited for: it has one
+ * second, and when it goes on for longer, the system ends it. The same holds when the host ends
+ * without a word, whatever its modules are doing then. (Only a program that is the system's reaper,
+ * as the first one of a container is, waits for that second, to collect the end.) NULL is ignored.
+ */
 VORN_API void VORN_H_ModuleClose(VORN_Image* image);
 
 /* Limits of module programs that this handle will start; 0 means no limit. As long as none are set,

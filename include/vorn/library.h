@@ -280,7 +280,8 @@ VORN_API VORN_Image* VORN_L_ImageVaCreateHandle(VORN_Word unused, ...);
  * is reset again. */
 VORN_API VORN_Image* VORN_L_ImageResetHandle(VORN_Image* image);
 
-/* Ends the module program and releases the connection; the handle stays. NULL is ignored. */
+/* Tells the module program to end, see VORN_H_ModuleClose, and releases the connection; the handle
+ * stays. NULL is ignored. */
 VORN_API void VORN_L_ImageCloseHandle(VORN_Image* image);
 
 /* Frees the handle and its tags, not its connection. NULL is ignored. */

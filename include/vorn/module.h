@@ -55,7 +55,9 @@ VORN_API VORN_Bool VORN_M_SetVaModuleTags(uint32_t first, ...);
 
 /* Runs the module until the host ends it or is gone. Returns at once when the program was started
  * by hand. Where the host has set limits (VORN_H_ModuleSetLimits), it is told when the program
- * meets one: by a SIGXCPU action and a new-handler, unless the program has its own. */
+ * meets one: by a SIGXCPU action and a new-handler, unless the program has its own. From when the
+ * host has closed the connection or has ended, the program has one second; if it still runs then,
+ * the system ends it (by SIGIO, if the program had no action for that before, and a timer). */
 VORN_API void VORN_M_ShellMain(int argc, char** argv);
 
 /* Tells the host, once, that an allocation has failed, when the memory is limited. For the

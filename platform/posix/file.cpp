@@ -1,6 +1,7 @@
 #include "platform/file.h"
 
 #include <fcntl.h>
+#include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -15,7 +16,8 @@ namespace vorn::platform {
 namespace {
 
 constexpr mode_t kNewFileMode = 0666;
-constexpr unsigned kNameAttempts = 100;
+constexpr unsigned kMostNames = 10000;  // files that are written in a directory at once
+constexpr unsigned kSearchedNames = 8;  // for what was left over
 
 // Calls a system function again as long as a signal interrupts it.
 template <class Call>
@@ -47,11 +49,33 @@ int32_t takeOver(int descriptor, const struct stat& old) {
     return ::fchmod(descriptor, old.st_mode & 0777) == 0 ? 0 : errno;
 }
 
+// A file has its owner's lock as long as it has a temporary name, so a name with a file that can be
+// locked is a killed program's: nobody but who has that lock changes what the name means. Where the
+// file system has no locks, nothing is taken for left over.
+void removeLeftOver(const char* name) {
+    const int file = openFile(name, O_RDONLY | O_NONBLOCK | O_NOFOLLOW);
+    if (file < 0) return;
+    struct stat locked {};
+    struct stat named {};
+    const bool isLeft = ::flock(file, LOCK_EX | LOCK_NB) == 0 && ::fstat(file, &locked) == 0 &&
+                        ::lstat(name, &named) == 0 && S_ISREG(named.st_mode) &&
+                        locked.st_ino == named.st_ino && locked.st_dev == named.st_dev;
+    if (isLeft) ::unlink(name);
+    ::close(file);
+}
+
+// False when it has been taken for left over before it could be locked.
+bool lockNew(int file) {
+    struct stat status {};
+    const bool taken = ::flock(file, LOCK_EX | LOCK_NB) != 0 && errno == EWOULDBLOCK;
+    return !taken && ::fstat(file, &status) == 0 && status.st_nlink > 0;
+}
+
 }  // namespace
 
 File::~File() {
+    if (temporary_) ::unlink(temporary_);  // as long as it is locked
     if (descriptor_ >= 0) ::close(descriptor_);
-    if (temporary_) ::unlink(temporary_);
     std::free(target_);
     std::free(temporary_);
 }
@@ -84,27 +108,33 @@ int32_t File::openForReplacing(const char* path) {
     descriptor_ = openFile(directory, O_TMPFILE | O_RDWR, kNewFileMode);
     if (descriptor_ < 0 && errno != EOPNOTSUPP && errno != EISDIR && errno != ENOENT) return errno;
     if (descriptor_ < 0) {
-        if (const int32_t error = openNamed()) return error;
+        if (const int32_t error = takeName(&File::createAs)) return error;
     }
     return exists ? takeOver(descriptor_, status) : 0;
 }
 
 // The name doesn't hold the target's, which may be as long as a name can be.
-int32_t File::nameBeside(char (&out)[kMaxPath], unsigned attempt) const {
+int32_t File::nameBeside(char (&out)[kMaxPath], unsigned number) const {
     char directory[kMaxPath];
     directoryOf(target_, directory);
-    const int length = std::snprintf(out, sizeof out, "%s%c.vorn-%ld-%u", directory, kSeparator,
-                                     static_cast<long>(::getpid()), attempt);
+    const int length =
+        std::snprintf(out, sizeof out, "%s%c.vorn-%u.tmp", directory, kSeparator, number);
     return length > 0 && static_cast<size_t>(length) < sizeof out ? 0 : ENAMETOOLONG;
 }
 
-// For file systems without unnamed files.
-int32_t File::openNamed() {
+void File::removeLeftOvers() const {
     char name[kMaxPath];
-    for (unsigned attempt = 0; attempt < kNameAttempts; ++attempt) {
-        if (const int32_t error = nameBeside(name, attempt)) return error;
-        descriptor_ = openFile(name, O_CREAT | O_EXCL | O_RDWR, kNewFileMode);
-        if (descriptor_ >= 0) {
+    for (unsigned number = 0; number < kSearchedNames && !nameBeside(name, number); ++number)
+        removeLeftOver(name);
+}
+
+// `make` gives the file the name, or fails with EEXIST.
+int32_t File::takeName(bool (File::*make)(const char* name)) {
+    removeLeftOvers();
+    char name[kMaxPath];
+    for (unsigned number = 0; number < kMostNames; ++number) {
+        if (const int32_t error = nameBeside(name, number)) return error;
+        if ((this->*make)(name)) {
             temporary_ = ::strdup(name);
             if (temporary_) return 0;
             ::unlink(name);
@@ -113,6 +143,24 @@ int32_t File::openNamed() {
         if (errno != EEXIST) return errno;
     }
     return EEXIST;
+}
+
+// For file systems without unnamed files.
+bool File::createAs(const char* name) {
+    descriptor_ = openFile(name, O_CREAT | O_EXCL | O_RDWR, kNewFileMode);
+    if (descriptor_ < 0 || lockNew(descriptor_)) return descriptor_ >= 0;
+    ::close(descriptor_);
+    descriptor_ = -1;
+    errno = EEXIST;
+    return false;
+}
+
+// Only a name can replace the target in one step.
+bool File::linkAs(const char* name) {
+    ::flock(descriptor_, LOCK_EX | LOCK_NB);
+    char own[64];
+    std::snprintf(own, sizeof own, "/proc/self/fd/%d", descriptor_);
+    return ::linkat(AT_FDCWD, own, AT_FDCWD, name, AT_SYMLINK_FOLLOW) == 0;
 }
 
 int32_t File::read(void* buffer, size_t count, size_t& moved) {
@@ -157,20 +205,7 @@ int32_t File::flush() {
 int32_t File::commit() {
     if (!target_) return 0;  // a device or pipe, written directly
     if (!temporary_) {
-        // An unnamed file gets a name first, as only a rename can replace the target in one step.
-        char own[64];
-        std::snprintf(own, sizeof own, "/proc/self/fd/%d", descriptor_);
-        char name[kMaxPath];
-        for (unsigned attempt = 0;; ++attempt) {
-            if (const int32_t error = nameBeside(name, attempt)) return error;
-            if (::linkat(AT_FDCWD, own, AT_FDCWD, name, AT_SYMLINK_FOLLOW) == 0) break;
-            if (errno != EEXIST || attempt + 1 == kNameAttempts) return errno;
-        }
-        temporary_ = ::strdup(name);
-        if (!temporary_) {
-            ::unlink(name);
-            return ENOMEM;
-        }
+        if (const int32_t error = takeName(&File::linkAs)) return error;
     }
     if (::rename(temporary_, target_) != 0) return errno;
     std::free(temporary_);

@@ -52,13 +52,13 @@ constexpr const char* kVariableNames[] = {kHostVariable, kArenaVariable, kApplic
 constexpr size_t kVariables = std::size(kVariableNames);
 constexpr size_t kVariableSize = 128;  // names of applications are shorter than 80 bytes
 constexpr size_t kSignalSetSize = 8;   // the kernel's
-constexpr int kLongestEnd = 1000;      // ms that a program is waited for that is to be collected
 
 // What the two borrowed tasks work on. It lives in the caller's memory, which they share.
 struct Start {
     const ProcessStart* request;
     char** environment;
     int32_t host;   // a descriptor that the program watches this program's end with
+    int32_t line;   // the program's end of a pipe
     int32_t empty;  // what stands for standard streams
     char* programStack;
     int32_t error;
@@ -100,6 +100,15 @@ VORN_BORROWED_THREAD int32_t arrangeDescriptors(const Start& start) {
     return ::syscall(SYS_fcntl, start.host, F_SETFD, 0) == 0 ? 0 : errno;
 }
 
+// The other end of the line is this program's alone. When it is closed, however that comes, the
+// system sends SIGIO to the new program, which so hears of it also while it waits for nothing.
+VORN_BORROWED_THREAD int32_t arrangeLine(int32_t line) {
+    const bool arranged = ::syscall(SYS_fcntl, line, F_SETFD, 0) == 0 &&
+                          ::syscall(SYS_fcntl, line, F_SETOWN, ::syscall(SYS_getpid)) == 0 &&
+                          ::syscall(SYS_fcntl, line, F_SETFL, O_ASYNC) == 0;
+    return arranged ? 0 : errno;
+}
+
 // The program's own task: everything here is undone for the host, as its descriptors and signal
 // dispositions are copies.
 VORN_BORROWED_THREAD int runProgram(void* argument) {
@@ -108,6 +117,7 @@ VORN_BORROWED_THREAD int runProgram(void* argument) {
     resetSignals();
     ::setsid();  // what a terminal sends to its programs (Ctrl-C) is for the host to deal with
     int32_t error = arrangeDescriptors(start);
+    if (!error) error = arrangeLine(start.line);
     // No core dumps: a dump delays the news of a module's death by seconds.
     if (!error) error = limit(RLIMIT_CORE, 0);
     if (!error && request.limits.addressSpaceBytes)
@@ -195,10 +205,7 @@ int32_t startWith(Start& start) {
         return start.error;
     }
     start.watch = aboveStandardStreams(start.watch);
-    if (start.watch >= 0) return 0;
-    const int32_t error = errno;
-    ::kill(start.id, SIGKILL);
-    return error;
+    return start.watch >= 0 ? 0 : errno;  // the line's end ends the program
 }
 
 int32_t openProcess(pid_t id) {
@@ -213,7 +220,23 @@ bool reap(const Process& process) {
     return error != 0 || info.si_pid != 0;
 }
 
+bool reapWithin(const Process& process, int milliseconds) {
+    pollfd end{process.watch, POLLIN, 0};
+    ::poll(&end, 1, milliseconds);
+    return reap(process);
+}
+
+void send(const Process& process, int signal) {
+    if (process.watch >= 0) ::syscall(SYS_pidfd_send_signal, process.watch, signal, nullptr, 0u);
+}
+
 int32_t openEmpty() { return aboveStandardStreams(::open("/dev/null", O_RDWR | O_CLOEXEC)); }
+
+bool openLine(int32_t (&ends)[2]) {
+    if (::pipe2(ends, O_CLOEXEC) != 0) return false;
+    for (int32_t& end : ends) end = aboveStandardStreams(end);
+    return ends[0] >= 0 && ends[1] >= 0;
+}
 
 }  // namespace
 
@@ -222,15 +245,20 @@ int32_t startProcess(const ProcessStart& request, Process& process) {
     const int32_t host = openProcess(::getpid());
     if (host < 0) return errno;
     const int32_t empty = openEmpty();
-    int32_t error = empty < 0 ? errno : 0;
+    int32_t line[2] = {-1, -1};
+    int32_t error = empty >= 0 && openLine(line) ? 0 : errno;
     char** environment = moduleEnvironment(host, request.application);
     if (!environment) error = ENOMEM;
-    Start start{&request, environment, host, empty, nullptr, 0, -1, -1};
+    Start start{&request, environment, host, line[0], empty, nullptr, 0, -1, -1};
     if (!error) error = startWith(start);
     std::free(environment);
+    closeDescriptor(line[0]);
     closeDescriptor(empty);
     closeDescriptor(host);
-    if (error == 0) process = Process{start.watch, start.id};
+    if (error == 0)
+        process = Process{start.watch, line[1], start.id};
+    else
+        closeDescriptor(line[1]);
     return error;
 }
 
@@ -239,21 +267,20 @@ bool hasEnded(const Process& process) {
     return ::poll(&wait, 1, 0) > 0 && wait.revents != 0;
 }
 
-void killProcess(const Process& process) {
-    if (process.watch >= 0) ::syscall(SYS_pidfd_send_signal, process.watch, SIGKILL, nullptr, 0u);
-}
+void killProcess(const Process& process) { send(process, SIGKILL); }
 
 // A program whose intermediate has ended belongs to the system's reaper. Where this program is that
-// reaper (as the first process of a container is), an end is this program's to collect: released
-// programs have been told to end or killed, so it isn't far.
+// reaper (as the first process of a container is), an end is this program's to collect. A program
+// that has been stopped hears of the line only when it goes on.
 void releaseProcess(Process& process) {
     if (process.watch < 0) return;
-    if (!reap(process)) {
-        pollfd end{process.watch, POLLIN, 0};
-        ::poll(&end, 1, kLongestEnd);
-        reap(process);
+    closeDescriptor(process.line);
+    send(process, SIGCONT);
+    if (!reap(process) && !reapWithin(process, kLastMilliseconds)) {
+        killProcess(process);
+        reapWithin(process, kLastMilliseconds);
     }
-    ::close(process.watch);
+    closeDescriptor(process.watch);
     process = Process{};
 }
 
@@ -270,7 +297,7 @@ bool watchHost(int32_t hostThread, int32_t& watch) {
     }
     watch = static_cast<int32_t>(std::strtol(given, nullptr, 10));
     ::fcntl(watch, F_SETFD, FD_CLOEXEC);
-    return !hasEnded(Process{watch, -1});
+    return !hasEnded(Process{watch});
 }
 
 const char* hostApplication() { return std::getenv("VORN_APPLICATION"); }

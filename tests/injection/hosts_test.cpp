@@ -4,6 +4,7 @@
 
 #include <atomic>
 #include <csignal>
+#include <memory>
 
 #include "tests/conversation/saved.h"
 #include "tests/injection/refusals.h"
@@ -43,6 +44,22 @@ TEST_F(Hosts, ThatAreKilledAtAnyStepLeaveNothing) {
         std::printf("hosts killed while %s: %d steps, the module gone after %.2f ms at most\n",
                     nameOf(kind), step - 1, longest);
     }
+}
+
+// From the first step, where the module is only starting, to where it has much of a picture.
+TEST_F(Hosts, ThatAreKilledLeaveNoModuleThatHangs) {
+    const Wire wire;
+    std::vector<std::unique_ptr<Program>> hosts;
+    for (const int step : {1, 2, 9, 20}) {
+        for (const Kind kind : {Kind::Loading, Kind::Saving}) {
+            const ScopedVariable order("VORN_TEST_STEP", "hang " + std::to_string(step));
+            const std::vector<std::string> command{HOST_PROGRAM, nameOf(kind), directory_};
+            hosts.push_back(std::make_unique<Program>(command));
+            ASSERT_TRUE(wire.await());
+        }
+    }
+    hosts.clear();  // with SIGKILL
+    awaitProgramsIn(moduleHome().path());
 }
 
 TEST_F(Hosts, MayIgnoreOrReapAllChildren) {

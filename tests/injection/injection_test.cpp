@@ -158,6 +158,20 @@ TEST_P(Modules, ThatGoWrongCostOnePicture) {
                 loads_.text().c_str());
 }
 
+TEST_F(Injected, ModulesHaveTimeToEndInOrderAndNoMore) {
+    const Wire wire;
+    for (const char* action : {"hanglast 9", "stoplast 9", "tidylast 9"}) {
+        for (const Kind kind : {Kind::Loading, Kind::Saving}) {
+            const ScopedVariable order("VORN_TEST_STEP", action);
+            Talk talk(kind, directory_);
+            EXPECT_TRUE(talk.whole() && wire.await());
+            talk.closeConnection();
+        }
+    }
+    awaitProgramsIn(moduleHome().path());
+    EXPECT_TRUE(wire.news() && wire.news()) << "from those that were tidy";
+}
+
 // The stop at every step of the host's own side, from where the module's program is not even
 // started.
 TEST_F(Injected, HandlesStoppedAnywhereEndWithErrorThreeAndTheNextOneWorks) {

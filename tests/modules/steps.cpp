@@ -161,6 +161,17 @@ void endBySignal(int number) {
     std::_Exit(kExitStatus);
 }
 
+// Also when there is no host any more.
+[[noreturn]] void hang() {
+    for (;;) ::pause();
+}
+
+// What a program does that needs some time after it has heard of its host's end.
+void tidyUp() {
+    std::raise(SIGIO);
+    tell("tidy", 0);
+}
+
 // What goes wrong from here on ends with the program's life, which is short.
 void dieSoon(int milliseconds) {
     std::signal(SIGALRM, SIG_DFL);
@@ -243,6 +254,10 @@ const std::map<std::string, std::function<void()>>& actions() {
         {"sleep", sleep},
         {"stop", [] { std::raise(SIGSTOP); }},
         {"endthread", endMainThread},
+        {"hang", hang},
+        {"hanglast", [] { std::atexit(hang); }},
+        {"tidylast", [] { std::atexit(tidyUp); }},
+        {"stoplast", [] { std::atexit([] { std::raise(SIGSTOP); }); }},
         {"spin", spin},
         {"allocate", allocate},
         {"zeros", [] { fillBlocks([] { return uint8_t{0}; }); }},

@@ -54,7 +54,7 @@ TEST(Process, InheritsWhatItIsGivenAndNothingElse) {
     const auto before = openDescriptors();
     const Started program("tell", {}, {given});
     const auto lines = program.hearAll();
-    EXPECT_EQ(openDescriptors(), before + 2);  // the socket and the process
+    EXPECT_EQ(openDescriptors(), before + 3);  // the socket, the process and the line to it
     ASSERT_GE(lines.size(), 9u);
     const std::string host = lines[3].substr(lines[3].find('=') + 1);
     EXPECT_NE(host, "77");
@@ -62,7 +62,7 @@ TEST(Process, InheritsWhatItIsGivenAndNothingElse) {
     std::sort(expected.begin(), expected.end());
     std::string list = "descriptors 0(empty) 1(empty) 2";
     for (const int number : expected) list += " " + std::to_string(number);
-    EXPECT_EQ(lines[0], list);
+    EXPECT_EQ(lines[0], list + ", pipes 1");
     EXPECT_EQ(lines[4], "MALLOC_ARENA_MAX=2");
     EXPECT_EQ(lines[5], "OF_THE_HOST=here");
     platform::closeDescriptor(given);
@@ -153,7 +153,21 @@ TEST(Process, IsCollectedByAHostThatIsTheReaper) {
     EXPECT_FALSE(hasChildren());
     { const Started killed("answer"); }
     EXPECT_FALSE(hasChildren());
+    Started hanging("hear");
+    EXPECT_EQ(hanging.hear(), "ready");
+    platform::releaseProcess(hanging.process);
+    EXPECT_FALSE(hasChildren());
     ::prctl(PR_SET_CHILD_SUBREAPER, 0);
+}
+
+TEST(Process, HasALittleTimeWhenItIsReleasedAndCaresForIt) {
+    Started program("hear");
+    EXPECT_EQ(program.hear(), "ready");
+    Started careless("answer");
+    for (Started* each : {&program, &careless}) platform::releaseProcess(each->process);
+    EXPECT_EQ(careless.hear(), "");
+    EXPECT_EQ(program.hear(), "told");
+    EXPECT_EQ(program.hear(), "") << "it hangs, and is ended";
 }
 
 TEST(Process, StartsAlsoWhenTheHostIgnoresItsChildren) {

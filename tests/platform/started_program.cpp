@@ -4,12 +4,14 @@
 #include <sys/resource.h>
 #include <unistd.h>
 
+#include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <fstream>
 #include <string>
 
 #include "platform/connection.h"
+#include "platform/limits.h"
 #include "platform/process.h"
 
 namespace {
@@ -31,17 +33,20 @@ void waitForWord() {
 
 void tellDescriptors() {
     std::string list;
+    int pipes = 0;
     DIR* stream = ::opendir("/proc/self/fd");
     for (const dirent* entry = ::readdir(stream); entry; entry = ::readdir(stream)) {
         const std::string name = entry->d_name;
         if (name[0] == '.' || name == std::to_string(::dirfd(stream))) continue;
         char target[256];
         const auto length = ::readlink(("/proc/self/fd/" + name).c_str(), target, sizeof target);
-        list += " " + name;
-        if (std::string(target, static_cast<size_t>(length)) == "/dev/null") list += "(empty)";
+        const std::string what(target, static_cast<size_t>(length));
+        const bool isPipe = what.starts_with("pipe:") && name != "2";
+        pipes += isPipe;
+        if (!isPipe) list += " " + name + (what == "/dev/null" ? "(empty)" : "");
     }
     ::closedir(stream);
-    say("descriptors" + list);
+    say("descriptors" + list + ", pipes " + std::to_string(pipes));
 }
 
 void tellStatus() {
@@ -73,6 +78,20 @@ void watch() {
     say("host ended");
 }
 
+// Hears of its host's end, and hangs.
+void hearOfEnd() {
+    sigset_t signals;
+    ::sigemptyset(&signals);
+    ::sigaddset(&signals, SIGIO);
+    ::sigprocmask(SIG_BLOCK, &signals, nullptr);
+    platform::endWithHost();
+    say("ready");
+    ::sigemptyset(&signals);
+    ::sigsuspend(&signals);
+    say("told");
+    for (;;) ::pause();
+}
+
 void reserve(const char* name) {
     int32_t reservation = -1;
     const bool done = platform::reserveName(name, reservation) == platform::Reservation::Reserved;
@@ -97,6 +116,8 @@ int main(int argc, char** argv) {
         for (int i = 0; i < 2; ++i) platform::postSemaphore(std::atoi(argv[2]));
     } else if (action == "reserve") {
         reserve(argv[2]);
+    } else if (action == "hear") {
+        hearOfEnd();
     } else if (action == "watch") {
         watch();
     }

@@ -187,6 +187,8 @@ TEST(InitScale, EndsTheImageBefore) {
         ScalerPointer scaler = allocate(name);
         ASSERT_EQ(VORN_S_READY, init(scaler, small, 40, small, 40));
         EXPECT_EQ(VORN_S_FILL_SOURCE, VORN_S_SendData(scaler.get()));
+        EXPECT_EQ(VORN_S_BAD_SIZE, init(scaler, small, 0, small, 40));
+        EXPECT_EQ(VORN_S_CANT_GO_ON, VORN_S_SendData(scaler.get())) << "nor does a refused one";
         ASSERT_EQ(VORN_S_READY, init(scaler, source, 9, destination, 5));
         EXPECT_EQ(VORN_S_FILL_SOURCE, VORN_S_SendData(scaler.get()));
         fill(source, 77);

@@ -77,9 +77,21 @@ TEST_F(Interrupt, IsNotNeededForAModuleThatMeetsItsLimit) {
 #ifdef __SANITIZE_THREAD__
     GTEST_SKIP() << "the sanitizer holds signals back until a program calls the system again";
 #endif
-    Program program = start("spin", {"--time-limit", "1"});
-    waitForTheMiddle();
-    expectEnd(program, "75, 0");
+    const struct {
+        const char* then;
+        std::vector<std::string> limit;
+        const char* code;
+    } cases[] = {
+        {"spin", {"--time-limit", "1"}, "75, 0"},
+#ifndef VORN_SANITIZED
+        {"allocate", {"--memory-limit", "256M"}, "76, 0"},
+#endif
+    };
+    for (const auto& c : cases) {
+        Program program = start(c.then, c.limit);
+        waitForTheMiddle();
+        expectEnd(program, c.code);
+    }
 }
 
 }  // namespace

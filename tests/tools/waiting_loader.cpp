@@ -1,12 +1,14 @@
 // A loader for tests. It sends the first half of a picture, tells the test by opening the named
 // pipe WAITING_LOADER_PIPE, and then does what WAITING_LOADER_THEN says: "send" the rest of a very
-// high picture, or "hang", or "spin". The pipe stays open as long as the program lives. When it has
-// been told to stop sending, it says so with the file WAITING_LOADER_TOLD.
+// high picture, or "hang", or "spin", or "allocate" without end. The pipe stays open as long as the
+// program lives. When it has been told to stop sending, it says so with the file
+// WAITING_LOADER_TOLD.
 #include <fcntl.h>
 #include <unistd.h>
 #include <vorn/vorn.h>
 
 #include <cstdlib>
+#include <new>
 #include <string_view>
 
 namespace {
@@ -40,6 +42,14 @@ void readImage() {
             const std::string_view then = std::getenv("WAITING_LOADER_THEN");
             while (then == "hang") ::pause();
             for (volatile bool on = then == "spin"; on;) {
+            }
+            while (then == "allocate") {
+                char* volatile kept = new (std::nothrow) char[1 << 22];
+                if (!kept) {
+                    VORN_M_MemoryIsShort();
+                    std::abort();
+                }
+                *kept = 1;
             }
         }
         if (!VORN_M_SendImageData(kWidth, 1, y, line, kWidth)) {

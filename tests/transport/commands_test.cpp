@@ -117,8 +117,6 @@ TEST(ImageInfo, IsMergedAndCompleted) {
     EXPECT_EQ(tag(ITAG_Width), 10);
     EXPECT_EQ(tag(ITAG_Height), 20);
     EXPECT_EQ(tag(ITAG_ImageChannelSize), 2);
-    EXPECT_EQ(tag(ITAG_ImageChannels), 3);
-    EXPECT_EQ(tag(ITAG_Alpha), 0);
     EXPECT_DOUBLE_EQ(VORN_L_TagGetDoubleVal(VORN_L_TagFind(peer.image()->imageTags, ITAG_Aspect)),
                      4.0 / 3);
     VORN_DataFormat kept;
@@ -129,6 +127,19 @@ TEST(ImageInfo, IsMergedAndCompleted) {
     EXPECT_EQ(reinterpret_cast<const uint8_t*>(bits + 1)[1], 12);
     // The request carried the side list.
     EXPECT_EQ(VORN_L_TagGetLongVal(VORN_L_TagFind(peer.takenList(), ITAG_PageNumber)), 4);
+}
+
+TEST(ImageInfo, CountsAlphaApartFromTheImagesChannels) {
+    for (const int32_t alpha : {0, 1}) {
+        ScriptedPeer peer;
+        auto announced = format(DF_LineInterleaved8, 10, 20, 4);
+        announced.flags = alpha ? VORN_DF_ALPHA : 0;
+        EXPECT_TRUE(openWith(
+            peer, MessageBytes().data(ITAG_DataFormat, &announced, sizeof announced).end()));
+        for (const auto& [id, value] :
+             {std::pair{ITAG_Channels, 4}, {ITAG_Alpha, alpha}, {ITAG_ImageChannels, 4 - alpha}})
+            EXPECT_EQ(VORN_L_TagGetLongVal(VORN_L_TagFind(peer.image()->imageTags, id)), value);
+    }
 }
 
 TEST(ImageInfo, DerivesTheAspectThatIsMissing) {

@@ -80,6 +80,18 @@ bool attach(SharedStuff& stuff, std::vector<std::string> words) {
                                    const_cast<char**>(arguments.data()));
 }
 
+TEST(Attach, ReturnsAllThatItTook) {
+    ScriptedPeer peer;
+    SharedStuff module{};
+    ASSERT_TRUE(attach(module, commandLineOf(peer.image()->stuff)));
+    const int32_t watched = module.semaphores->watched;
+    EXPECT_TRUE(vorn::platform::isSemaphore(watched));
+    vorn::SharedStuffDetach(module);
+    EXPECT_FALSE(vorn::platform::isSemaphore(watched)) << "still open";
+    EXPECT_EQ(module.base, nullptr);
+    EXPECT_TRUE(module.linkDown);
+}
+
 TEST(Attach, RefusesAWrongCommandLine) {
     ScriptedPeer peer;
     const auto with = [&](size_t index, const std::string& word) {
