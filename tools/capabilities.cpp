@@ -43,17 +43,28 @@ std::vector<char*> pointers(const std::vector<std::string>& strings) {
     return list;
 }
 
-// A format with more than one ending says "Extensions", which hosts that only know "Extension"
-// don't see.
-std::vector<std::string> endings(char* several, char* one) {
+// What only readers that know it ask for. A format with more than one ending says "Extensions",
+// which hosts that only know "Extension" don't see.
+void readOwnKeywords(int32_t type, Capabilities& capabilities) {
+    std::array<char, PARSE_STRING_SIZE> several{};
+    std::array<char, PARSE_STRING_SIZE> one{};
+    int32_t reduces = 0;
+    const VORN_ParseEntry table[] = {{"Extensions", PARSE_String, several.data(), 0},
+                                     {"Extension", PARSE_String, one.data(), 0},
+                                     {"Reduces", PARSE_Bool, &reduces, 0},
+                                     {nullptr, 0, nullptr, 0}};
+    char* const text = VORN_L_GetCapString(capabilities.name.c_str(), type);
+    VORN_u_ParseGUIResults(text, table);
+    FreeMemory(text);
     std::vector<std::string> extensions =
-        takeList(VORN_L_StringToStringList(*several != '\0' ? several : one));
+        takeList(VORN_L_StringToStringList(several[0] != '\0' ? several.data() : one.data()));
     for (std::string& extension : extensions) {
         extension.erase(0, extension.find_first_not_of(" \t."));
         extension.erase(extension.find_last_not_of(" \t\r") + 1);
         extension = lowerCase(std::move(extension));
     }
-    return extensions;
+    capabilities.extensions = std::move(extensions);
+    capabilities.reduces = reduces != 0;
 }
 
 std::string extensionOf(const std::string& file) {
@@ -92,42 +103,29 @@ std::string requireHome() {
     return directory;
 }
 
-// All that the file says is taken from one reading of it. What is missing is what the library's
-// queries, which read it for themselves, take then.
 Capabilities capabilitiesOf(const std::string& name, int32_t type) {
-    using Text = std::array<char, PARSE_STRING_SIZE>;
-    Text longName{}, several{}, one{}, colorSpaces{}, sizes{}, depths{};
-    int32_t alpha = 0, alphaAlways = 0, animation = 0, device = 0, reduces = 0;
-    const auto word = [](const char* text) { return reinterpret_cast<VORN_Word>(text); };
-    const VORN_ParseEntry table[] = {{"LongModuleName", PARSE_String, longName.data(), 0},
-                                     {"Extensions", PARSE_String, several.data(), 0},
-                                     {"Extension", PARSE_String, one.data(), 0},
-                                     {"ColorSpaces", PARSE_String, colorSpaces.data(), word("RGB")},
-                                     {"Sizes", PARSE_String, sizes.data(), word("1x1-65535x65535")},
-                                     {"BitsPerChannel", PARSE_String, depths.data(), word("8")},
-                                     {"Alpha", PARSE_Bool, &alpha, 0},
-                                     {"AlphaAlways", PARSE_Bool, &alphaAlways, 0},
-                                     {"Animation", PARSE_Bool, &animation, 0},
-                                     {"Device", PARSE_Bool, &device, 0},
-                                     {"Reduces", PARSE_Bool, &reduces, 0},
-                                     {nullptr, 0, nullptr, 0}};
-    char* const text = VORN_L_GetCapString(name.c_str(), type);
-    const bool hasFile = text != nullptr;
-    VORN_u_ParseGUIResults(text, table);
-    FreeMemory(text);
-    const auto list = [](Text& value) { return takeList(VORN_L_StringToStringList(value.data())); };
-    return {.name = name,
-            .longName = longName.data(),
-            .extensions = endings(several.data(), one.data()),
-            .colorSpaces = list(colorSpaces),
-            .sizes = list(sizes),
-            .bitsPerChannel = list(depths),
-            .alpha = alpha != 0,
-            .alphaAlways = alphaAlways != 0,
-            .animation = animation != 0,
-            .device = device != 0,
-            .hasFile = hasFile,
-            .reduces = reduces != 0};
+    Capabilities capabilities;
+    int32_t alpha = 0, alphaAlways = 0, animation = 0, device = 0, hasFile = 0;
+    const char* longName = nullptr;
+    char** colorSpaces = nullptr;
+    char** sizes = nullptr;
+    char** depths = nullptr;
+    VORN_H_ImageVaQueryModule(
+        name.c_str(), type, MTAG_Alpha, &alpha, MTAG_AlphaAlways, &alphaAlways, MTAG_Animation,
+        &animation, MTAG_Device, &device, MTAG_HasCapFile, &hasFile, MTAG_LongModuleName, &longName,
+        MTAG_ColorSpaces, &colorSpaces, MTAG_Sizes, &sizes, MTAG_BitsPerChannel, &depths, TAG_End);
+    capabilities.name = name;
+    capabilities.longName = longName == nullptr ? "" : longName;
+    capabilities.colorSpaces = takeList(colorSpaces);
+    capabilities.sizes = takeList(sizes);
+    capabilities.bitsPerChannel = takeList(depths);
+    capabilities.alpha = alpha != 0;
+    capabilities.alphaAlways = alphaAlways != 0;
+    capabilities.animation = animation != 0;
+    capabilities.device = device != 0;
+    capabilities.hasFile = hasFile != 0;
+    readOwnKeywords(type, capabilities);
+    return capabilities;
 }
 
 std::string moduleDirectory(int32_t type) {
