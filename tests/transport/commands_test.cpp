@@ -132,10 +132,9 @@ TEST(ImageInfo, IsMergedAndCompleted) {
 TEST(ImageInfo, CountsAlphaApartFromTheImagesChannels) {
     for (const int32_t alpha : {0, 1}) {
         ScriptedPeer peer;
-        auto announced = format(DF_LineInterleaved8, 10, 20, 4);
+        auto announced = formatOf(DF_LineInterleaved8, 10, 20, 4);
         announced.flags = alpha ? VORN_DF_ALPHA : 0;
-        EXPECT_TRUE(openWith(
-            peer, MessageBytes().data(ITAG_DataFormat, &announced, sizeof announced).end()));
+        EXPECT_TRUE(openWith(peer, MessageBytes().format(announced).end()));
         for (const auto& [id, value] :
              {std::pair{ITAG_Channels, 4}, {ITAG_Alpha, alpha}, {ITAG_ImageChannels, 4 - alpha}})
             EXPECT_EQ(VORN_L_TagGetLongVal(VORN_L_TagFind(peer.image()->imageTags, id)), value);
