@@ -50,8 +50,10 @@ formats::Description PngLoader::open(formats::InputFile file) {
         png_sig_cmp(signature, 0, sizeof signature) != 0)
         throw Failure{formats::kNotThisFormat};
 
-    readBehindPixels();
-    file_.seek(kSignatureBytes);
+    if (file_.size() > 0) {  // a pipe is read once
+        readBehindPixels();
+        file_.seek(kSignatureBytes);
+    }
     session_.emplace(Session::Direction::kRead, Failure{formats::kDamaged});
     readHead();
     // An image with see-through palette entries has no palette to the host, but alpha.

@@ -16,9 +16,10 @@ constexpr uint8_t kEnd[] = {0, 0, 0, 0, 'I', 'E', 'N', 'D', 0xAE, 0x42, 0x60, 0x
 
 bool isLetter(uint8_t byte) { return (byte | 0x20) >= 'a' && (byte | 0x20) <= 'z'; }
 
-// Pixels are no such chunk: their kind begins with a capital.
+// Pixels are no such chunk: their kind begins with a capital. Few bytes are 0, as the first one of
+// a length that is in reach is.
 bool isFurtherChunk(const uint8_t* chunk, size_t bytes) {
-    return bigEndian(chunk, 4) == bytes - kFrameBytes && chunk[4] >= 'a' &&
+    return chunk[0] == 0 && bigEndian(chunk, 4) == bytes - kFrameBytes && chunk[4] >= 'a' &&
            std::all_of(chunk + 4, chunk + 8, isLetter);
 }
 
