@@ -55,10 +55,12 @@ bool guarded(Body body) {
         return true;
     } catch (const Failure& failure) {
         const bool blamed = failure.code == kDamaged || failure.code == kUnsupported;
-        if (blamed && memoryWasShort)
+        if (blamed && memoryWasShort) {
+            VORN_M_MemoryIsShort();
             VORN_M_SetErrorCode(kOutOfMemory, 0);
-        else if (failure.code != 0)
+        } else if (failure.code != 0) {
             VORN_M_SetErrorCode(failure.code, failure.subcode);
+        }
     } catch (const std::bad_alloc&) {
         VORN_M_SetErrorCode(kOutOfMemory, 0);
     } catch (...) {

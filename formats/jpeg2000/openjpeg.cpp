@@ -10,7 +10,10 @@ namespace {
 constexpr OPJ_SIZE_T kBufferSize = 65536;
 constexpr int kMostThreads = 8;
 
-void report(const char* text, void*) { dblog("jpeg2000: %s", text); }
+void report(const char* text, void*) {
+    formats::noteMessage(text);
+    dblog("jpeg2000: %s", text);
+}
 
 }  // namespace
 
