@@ -170,6 +170,16 @@ bool isOneRun(const LineTask& task, int32_t channels, ptrdiff_t& ahead) {
     return isPresent(in, 0) && isPresent(out, 0) && begun >> lowest == all;
 }
 
+// Channels in runs of their own are as many streams, which the processor has to find anew in each
+// line: this calls their next line's first bytes. An address need not be one.
+void callNextLine(const VORN_ChunkyBuffer& buffer, const ChannelMove& channel, int32_t lineStep) {
+    constexpr uintptr_t kReach = 512, kCacheLine = 64;
+    if (channel.fromStep != (buffer.bytesPerChannel == 2 ? 2 : 1)) return;
+    const auto next = reinterpret_cast<uintptr_t>(channel.from) + static_cast<uintptr_t>(lineStep);
+    for (uintptr_t at = 0; at < kReach; at += kCacheLine)
+        __builtin_prefetch(reinterpret_cast<const void*>(next + at));
+}
+
 }  // namespace
 
 const LineConversion& lineConversion(uint32_t code) {
@@ -209,7 +219,9 @@ void copyChannels(const LineTask& task, int32_t firstSource, int32_t firstDestin
     for (int32_t c = 0; c < channels; c++) {
         if (isPresent(task.source, firstSource + c) &&
             isPresent(task.destination, firstDestination + c)) {
-            mover.add(channelMove(task, firstSource + c, firstDestination + c));
+            const ChannelMove channel = channelMove(task, firstSource + c, firstDestination + c);
+            callNextLine(task.source, channel, task.source.lineStep[firstSource + c]);
+            mover.add(channel);
         }
     }
     mover.plan();
