@@ -5,7 +5,6 @@
 
 #include <atomic>
 #include <new>
-#include <string_view>
 
 namespace formats {
 
@@ -20,13 +19,6 @@ inline void tellShortMemory() {
         VORN_M_MemoryIsShort();
         throw std::bad_alloc();
     });
-}
-
-// Libraries in C only say in their messages that an allocation has failed.
-inline void noteMessage(std::string_view text) {
-    for (const std::string_view words : {"memory", "allocate", "No space for", "system limits"}) {
-        if (text.find(words) != std::string_view::npos) memoryWasShort = true;
-    }
 }
 
 }  // namespace formats

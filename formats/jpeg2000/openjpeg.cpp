@@ -3,6 +3,9 @@
 #include <vorn/support.h>
 
 #include <algorithm>
+#include <string_view>
+
+#include "formats/common/short_memory.h"
 
 namespace jpeg2000 {
 namespace {
@@ -10,8 +13,12 @@ namespace {
 constexpr OPJ_SIZE_T kBufferSize = 65536;
 constexpr int kMostThreads = 8;
 
+// openjpeg only says in its messages that an allocation has failed.
 void report(const char* text, void*) {
-    formats::noteMessage(text);
+    const std::string_view message = text;
+    for (const std::string_view words : {"memory", "allocate", "system limits"}) {
+        if (message.find(words) != std::string_view::npos) formats::memoryWasShort = true;
+    }
     dblog("jpeg2000: %s", text);
 }
 

@@ -47,7 +47,6 @@ void TiffFile::close() {
 int TiffFile::report(TIFF*, void*, const char* module, const char* format, va_list arguments) {
     char text[512];
     std::vsnprintf(text, sizeof text, format, arguments);
-    formats::noteMessage(text);
     dblog("tiff: %s: %s\n", module ? module : "", text);
     return 1;
 }
