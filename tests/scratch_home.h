@@ -43,6 +43,13 @@ class ScratchDirectory {
         return path(name);
     }
 
+    // A complete home directory with an empty "Errors".
+    std::string makeHome(const std::string& name) const {
+        for (const char* entry : {"Loaders", "Savers"}) makeDirectory(name + "/" + entry);
+        write(name + "/Errors", "");
+        return path(name);
+    }
+
     // Brings a program under another name: those of the tests find their orders in it.
     void install(const std::string& name, const std::filesystem::path& program) const {
         if (std::filesystem::exists(path_ / name)) return;
@@ -62,9 +69,7 @@ class ScratchDirectory {
 class ScopedVariable {
   public:
     ScopedVariable(const char* name, const std::optional<std::string>& value) : name_(name) {
-        if (const char* present = std::getenv(name)) {
-            before_ = present;
-        }
+        if (const char* present = std::getenv(name)) before_ = present;
         set(value);
     }
     ~ScopedVariable() { set(before_); }
@@ -72,11 +77,7 @@ class ScopedVariable {
     ScopedVariable& operator=(const ScopedVariable&) = delete;
 
     void set(const std::optional<std::string>& value) {
-        if (value.has_value()) {
-            ::setenv(name_, value->c_str(), 1);
-        } else {
-            ::unsetenv(name_);
-        }
+        value ? ::setenv(name_, value->c_str(), 1) : ::unsetenv(name_);
     }
 
   private:
@@ -84,14 +85,10 @@ class ScopedVariable {
     std::optional<std::string> before_;
 };
 
-// A complete home directory with an empty "Errors", and the variable "VORN" that names it.
+// A complete home directory, and the variable "VORN" that names it.
 class ScratchHome : public ScratchDirectory {
   public:
-    ScratchHome() {
-        write("Errors", "");
-        makeDirectory("Loaders");
-        makeDirectory("Savers");
-    }
+    ScratchHome() { makeHome("."); }
 
     ScopedVariable variable{"VORN", path()};
 };

@@ -41,42 +41,34 @@ class Dialogs : public CatalogueTest {
     DialogRecord record_;
 };
 
-TEST_F(Dialogs, NewFormGetsTheHostsTagsAndItsErrorIsTheHosts) {
+TEST_F(Dialogs, NewFormGetsTheHostsTagsAndSaysAnErrorTheOlderFormAlwaysCompletes) {
     install("new", "Savers/png.so");
-    onNewThread([&] {
-        const VORN_Word tags[] = {MTAG_Quiet, 0, MTAG_ParentWindow, window(), TAG_End};
-        VORN_L_SetErrorCode(nullptr, 20, 2);
-        EXPECT_TRUE(VORN_H_ImageModuleActivateGUI("png", 2, tags));
-        EXPECT_EQ(record_.tags, tags);
-        EXPECT_EQ(errorCode(), 0);
-
-        record_.answer = VORN_ErrorPair{5} << 32 | 27;
-        EXPECT_FALSE(VORN_H_ImageModuleActivateGUI("png", 2, tags));
-        EXPECT_EQ(errorCode(), 27);
-        EXPECT_EQ(errorSubcode(), 5);
-        record_.answer = VORN_ErrorPair{0xFFFFFFFF} << 32 | 0x80000001;
-        EXPECT_FALSE(VORN_H_ImageModuleActivateGUI("PNG", 2, tags));
-        EXPECT_EQ(errorCode(), INT32_MIN + 1);
-        EXPECT_EQ(errorSubcode(), -1);
-        EXPECT_EQ(record_.newCalls, 3);
-        EXPECT_EQ(record_.unloads, 3);
-        EXPECT_TRUE(messages.empty());
-    });
-}
-
-TEST_F(Dialogs, OlderFormIsUsedWhereThereIsNoOtherAndAlwaysCountsAsCompleted) {
     install("both", "Loaders/tiff.dll");
-    install("old", "Savers/png.so");
+    install("old", "Savers/old.so");
+    const struct {
+        const char* module;
+        int32_t type, code, subcode, newCalls, oldCalls;
+    } cases[] = {{"png", 2, 0, 0, 1, 0},
+                 {"PNG", 2, 27, 5, 2, 0},
+                 {"png", 2, INT32_MIN + 1, -1, 3, 0},
+                 {"tiff", 1, 0, 0, 4, 0},
+                 {"old", 2, 0, 0, 4, 1}};
+    const VORN_Word tags[] = {MTAG_Quiet, 0, MTAG_ParentWindow, window(), TAG_End};
     onNewThread([&] {
-        EXPECT_TRUE(
-            VORN_H_ImageVaModuleActivateGUI("tiff", 1, MTAG_ParentWindow, window(), TAG_End));
-        EXPECT_EQ(record_.newCalls, 1);
-        EXPECT_EQ(record_.oldCalls, 0);
-        EXPECT_TRUE(
-            VORN_H_ImageVaModuleActivateGUI("png", 2, MTAG_ParentWindow, window(), TAG_End));
-        EXPECT_EQ(record_.oldCalls, 1);
-        EXPECT_EQ(record_.second, 0u);  // no tags
-        EXPECT_EQ(record_.unloads, 2);
+        VORN_L_SetErrorCode(nullptr, 20, 2);
+        for (const auto& c : cases) {
+            record_.answer = VORN_ErrorPair{static_cast<uint32_t>(c.subcode)} << 32 |
+                             static_cast<uint32_t>(c.code);
+            record_.tags = nullptr;
+            EXPECT_EQ(VORN_H_ImageModuleActivateGUI(c.module, c.type, tags) != 0, c.code == 0);
+            EXPECT_EQ(record_.tags, c.oldCalls == 0 ? tags : nullptr);
+            EXPECT_EQ(errorCode(), c.code);
+            EXPECT_EQ(errorSubcode(), c.subcode);
+            EXPECT_EQ(record_.newCalls, c.newCalls);
+            EXPECT_EQ(record_.oldCalls, c.oldCalls);
+            EXPECT_EQ(record_.unloads, c.newCalls + c.oldCalls);
+        }
+        EXPECT_EQ(record_.second, 0u);  // the older form gets no tags
         EXPECT_TRUE(messages.empty());
     });
 }

@@ -1,18 +1,18 @@
 #include <gtest/gtest.h>
 
+#include <memory>
+
 #include "tests/catalogue/catalogue_fixture.h"
 
 namespace {
 
-class Ranges {
-  public:
-    explicit Ranges(const char* text) : list_(VORN_L_StringToStringList(text)) {}
-    ~Ranges() { VORN_H_FreeStringList(list_); }
-    char** get() const { return list_; }
-
-  private:
-    char** list_;
+struct ListDeleter {
+    void operator()(char** list) const { VORN_H_FreeStringList(list); }
 };
+
+std::unique_ptr<char*, ListDeleter> listOf(const char* text) {
+    return std::unique_ptr<char*, ListDeleter>(VORN_L_StringToStringList(text));
+}
 
 TEST(Legality, SizesLieInSomeRange) {
     const char* any = "1x1-65535x65535";
@@ -25,8 +25,7 @@ TEST(Legality, SizesLieInSomeRange) {
                  {any, 70000, 1, false}, {some, 3, 2, true},        {some, 4, 3, false},
                  {some, 3, 1, false},    {some, 800, 600, true},    {some, 640, 1, false}};
     for (const auto& c : cases) {
-        const Ranges ranges(c.ranges);
-        EXPECT_EQ(VORN_L_CheckSizeLegality(ranges.get(), c.width, c.height), c.legal)
+        EXPECT_EQ(VORN_L_CheckSizeLegality(listOf(c.ranges).get(), c.width, c.height), c.legal)
             << c.width << "x" << c.height;
     }
     EXPECT_TRUE(VORN_L_CheckSizeLegality(nullptr, -1, 0));
@@ -34,7 +33,7 @@ TEST(Legality, SizesLieInSomeRange) {
 
 TEST(Legality, DepthsAreNumbersOrRanges) {
     for (const char* text : {"1-8,16", "16,1-8", "x,16-,1-8"}) {
-        const Ranges depths(text);
+        const auto depths = listOf(text);
         EXPECT_TRUE(VORN_L_CheckDepthLegality(depths.get(), 16)) << text;
         EXPECT_TRUE(VORN_L_CheckDepthLegality(depths.get(), 4)) << text;
         EXPECT_FALSE(VORN_L_CheckDepthLegality(depths.get(), 12)) << text;
@@ -52,7 +51,7 @@ TEST(ColorSpaceNames, AreFoundWithoutRegardToCase) {
                                        {"cMapped", VORN_CS_CMAPPED},
                                        {"Lab", VORN_CS_NONE}})
         EXPECT_EQ(VORN_L_FindColorSpace(name), number);
-    const Ranges list("rgb, Gray,YUV601");
+    const auto list = listOf("rgb, Gray,YUV601");
     for (int32_t space = -1; space <= 8; ++space)
         EXPECT_EQ(VORN_L_ColorSpaceInList(space, list.get()),
                   space == VORN_CS_RGB || space == VORN_CS_YUV601)

@@ -15,81 +15,55 @@ VORN_Bool answer(const char* /*fileName*/, char* out, int32_t options) {
     return *universalAnswer != '\0';
 }
 
-class LoaderChoice : public CatalogueTest {
-  protected:
-    // Chooses on a thread of its own and leaves the error in error_ and subcode_.
-    bool choose(const char* says, const char* loaderName, const char* defaultLoader = "") {
-        bool found = false;
-        std::snprintf(name_, sizeof name_, "-");
-        onNewThread([&] {
-            universalAnswer = says;
-            vorn::replaceUniversalLoader(says != nullptr ? answer : nullptr);
-            VORN_H_ImageSetDefaultLoader(defaultLoader);
-            found = VORN_H_ImageGetLoaderName(file_.c_str(), loaderName, name_, sizeof name_);
-            error_ = errorCode();
-            subcode_ = errorSubcode();
-        });
-        return found;
-    }
+using LoaderChoice = CatalogueTest;
 
-    std::string file_ = home_.write("picture", "P6");
-    char name_[16] = "";
-    int32_t error_ = 0;
-    int32_t subcode_ = 0;
-};
-
-TEST_F(LoaderChoice, UniversalLoaderIsAskedWhenNoneIsNamed) {
+// One that is not installed is named where there is room, unless there is a default.
+TEST_F(LoaderChoice, IsTheNamedOneThatOfTheUniversalLoaderOrTheDefault) {
     addModule("Loaders/tiff.exe");
-    for (const char* none : {static_cast<const char*>(nullptr), "", "Unv", "unv"}) {
-        EXPECT_TRUE(choose("tiff\n", none));
-        EXPECT_STREQ(name_, "tiff");
-        EXPECT_EQ(error_, 0);
-    }
-    EXPECT_TRUE(choose("TIFF.EXE", nullptr));
-    EXPECT_FALSE(choose("tif", nullptr));
-    EXPECT_FALSE(choose("tiffany", nullptr));
-    EXPECT_TRUE(choose("tiff", "png", "gif"));
-    EXPECT_STREQ(name_, "png");
-}
-
-TEST_F(LoaderChoice, LoaderThatIsNotInstalledIsNamed) {
     addModule("Loaders/png");
-    EXPECT_FALSE(choose("tiff", nullptr));
-    EXPECT_STREQ(name_, "tiff");
-    EXPECT_EQ(error_, 15);
-    EXPECT_FALSE(choose("a name of 16 cha", nullptr));
-    EXPECT_STREQ(name_, "-");
-    EXPECT_TRUE(choose("tiff", nullptr, "png"));
-    EXPECT_STREQ(name_, "png");
-    EXPECT_EQ(error_, 15);
-
+    const std::string file = home_.write("picture", "P6");
+    const struct {
+        const char *says, *named, *otherwise;
+        bool found;
+        const char* name;
+        int32_t error;
+    } cases[] = {{"tiff\n", nullptr, "", true, "tiff", 0},
+                 {"tiff\n", "", "", true, "tiff", 0},
+                 {"tiff", "unv", "", true, "tiff", 0},
+                 {"TIFF.EXE", nullptr, "", true, "TIFF.EXE", 0},
+                 {"tiff", "png", "gif", true, "png", 0},
+                 {"tiff", "fifteen letters", "", true, "fifteen letters", 0},
+                 {"tiff", "sixteen letters!", "", false, "-", 16},
+                 {"tif", nullptr, "", false, "tif", 15},
+                 {"tiffany", nullptr, "", false, "tiffany", 15},
+                 {"a name of 16 cha", nullptr, "", false, "-", 15},
+                 {"gif", nullptr, "png", true, "png", 15},
+                 {"", nullptr, "", false, "-", 28},
+                 {"\n", nullptr, "", false, "-", 28},
+                 {nullptr, nullptr, "", false, "-", 28},
+                 {nullptr, nullptr, "raw", true, "raw", 28}};
+    for (const auto& c : cases) {
+        onNewThread([&] {
+            char name[16] = "-";
+            universalAnswer = c.says;
+            vorn::replaceUniversalLoader(c.says ? answer : nullptr);
+            VORN_H_ImageSetDefaultLoader(c.otherwise);
+            EXPECT_EQ(VORN_H_ImageGetLoaderName(file.c_str(), c.named, name, sizeof name), c.found);
+            EXPECT_STREQ(name, c.name) << &c - cases;
+            EXPECT_EQ(errorCode(), c.error) << &c - cases;
+        });
+    }
     home_.remove("Loaders");
-    EXPECT_FALSE(choose("tiff", nullptr));
-    EXPECT_EQ(error_, 20);
-    EXPECT_EQ(subcode_, ENOENT);
-}
-
-TEST_F(LoaderChoice, FileThatNobodyKnowsGoesToTheDefaultLoader) {
-    addModule("Loaders/png");
-    for (const char* says : {"", "\n", static_cast<const char*>(nullptr)}) {
-        EXPECT_FALSE(choose(says, nullptr));
-        EXPECT_STREQ(name_, "-");
-        EXPECT_EQ(error_, 28);
-        EXPECT_TRUE(choose(says, nullptr, "raw"));
-        EXPECT_STREQ(name_, "raw");
-    }
-}
-
-TEST_F(LoaderChoice, NamesAreLimited) {
-    EXPECT_TRUE(choose("", "fifteen letters"));
-    EXPECT_FALSE(choose("", "sixteen letters!"));
-    EXPECT_EQ(error_, 16);
     onNewThread([&] {
         char name[100];
-        VORN_H_ImageSetDefaultLoader(std::string(90, 'x').c_str());
         vorn::replaceUniversalLoader(answer);
-        EXPECT_TRUE(VORN_H_ImageGetLoaderName(file_.c_str(), nullptr, name, sizeof name));
+        VORN_H_ImageSetDefaultLoader(std::string(90, 'x').c_str());
+        EXPECT_TRUE(VORN_H_ImageGetLoaderName(file.c_str(), nullptr, name, sizeof name));
         EXPECT_EQ(name, std::string(79, 'x'));
+        universalAnswer = "tiff";
+        EXPECT_TRUE(VORN_H_ImageGetLoaderName(file.c_str(), nullptr, name, sizeof name));
+        EXPECT_EQ(errorCode(), 20);
+        EXPECT_EQ(errorSubcode(), ENOENT);
     });
 }
 

@@ -35,14 +35,6 @@ class HomeDirectory : public testing::Test {
         return found ? directory : "";
     }
 
-    // A home directory on a drive: complete but for what is removed from it.
-    std::string makeHome(const std::string& name) {
-        drives_.write(name + "/Errors", "");
-        drives_.makeDirectory(name + "/Loaders");
-        drives_.makeDirectory(name + "/Savers");
-        return drives_.path(name);
-    }
-
     void setDrive(char letter, const std::string& name) {
         rootPaths_[letter - 'C'] = drives_.makeDirectory(name);
         roots_[letter - 'C'] = rootPaths_[letter - 'C'].c_str();
@@ -85,7 +77,7 @@ TEST_F(HomeDirectory, MessageNamesTheMissingEntry) {
 
 TEST_F(HomeDirectory, OneBesideTheProgramComesBeforeTheDrives) {
     const ScopedVariable unset("VORN", std::nullopt);
-    const std::string home = makeHome("apps/VORN");
+    const std::string home = drives_.makeHome("apps/VORN");
     const std::string program = drives_.makeDirectory("apps/bin") + "/tell_home";
     std::filesystem::copy_file(TELL_HOME, program);
     const std::string command = program + " >" + drives_.path("answer");
@@ -97,27 +89,22 @@ TEST_F(HomeDirectory, OneBesideTheProgramComesBeforeTheDrives) {
     EXPECT_NE(drives_.read("answer"), home);
 }
 
-TEST_F(HomeDirectory, DrivesAreSearchedInOrder) {
-    const ScopedVariable unset("VORN", std::nullopt);
+TEST_F(HomeDirectory, DrivesAreSearchedInOrderAndAnIncompleteDirectoryEndsTheSearch) {
+    ScopedVariable variable("VORN", std::nullopt);
     setDrive('D', "d");
     setDrive('F', "f");
     EXPECT_EQ(initialize(), "");
     EXPECT_EQ(lastMessage.substr(0, 27), "Can't find VORN directory. ");
 
-    makeHome("f/VORN");
-    makeHome("d/OXLEAF/VORN");
-    makeHome("d/MOSSGATE/VORN");
+    drives_.makeHome("f/VORN");
+    drives_.makeHome("d/OXLEAF/VORN");
+    drives_.makeHome("d/MOSSGATE/VORN");
     EXPECT_EQ(GetHomeDirectory(), drives_.path("d/MOSSGATE/VORN"));  // searches on first need
     EXPECT_EQ(initialize(), drives_.path("d/MOSSGATE/VORN"));
     EXPECT_EQ(std::getenv("VORN"), drives_.path("d/MOSSGATE/VORN"));
-}
 
-TEST_F(HomeDirectory, IncompleteDirectoryOnADriveEndsTheSearch) {
-    const ScopedVariable unset("VORN", std::nullopt);
-    setDrive('C', "c");
-    makeHome("c/VORN");
-    makeHome("c/OXLEAF/VORN");
-    drives_.remove("c/VORN/Savers");
+    variable.set(std::nullopt);
+    drives_.remove("d/MOSSGATE/VORN/Savers");
     EXPECT_EQ(initialize(true), "");
     EXPECT_EQ(std::getenv("VORN"), nullptr);
 }
@@ -128,7 +115,7 @@ TEST_F(HomeDirectory, EmptyVariableIsCheckedByTheHostAndUnsetForTheGetter) {
     EXPECT_NE(lastMessage.find("in VORN directory ''"), std::string::npos);
 
     setDrive('C', "c");
-    makeHome("c/VORN");
+    drives_.makeHome("c/VORN");
     lastMessage.clear();
     EXPECT_EQ(GetHomeDirectory(), drives_.path("c/torvex"));
     EXPECT_EQ(std::getenv("VORN"), drives_.path("c/torvex"));

@@ -1,9 +1,6 @@
 #include <gtest/gtest.h>
-#include <sys/wait.h>
-#include <unistd.h>
 #include <vorn/host.h>
 
-#include <csignal>
 #include <set>
 #include <thread>
 
@@ -97,13 +94,6 @@ TEST_F(Parameters, OneCopyCanBeStoredAndRemovedAlone) {
     EXPECT_FALSE(storeOwn(nullptr));
 }
 
-TEST_F(Parameters, EveryTypeButSaversIsALoader) {
-    EXPECT_TRUE(store("Sample", "three", 3));
-    EXPECT_EQ(fetch("Sample", 1), "three");
-    EXPECT_EQ(fetch("Sample", 2), "(none)");
-    EXPECT_EQ(files(), std::set<std::string>{"config/vorn/loaders/sample.txt"});
-}
-
 TEST_F(Parameters, LongApplicationNamesAreCut) {
     const std::string kept(79, 'n');
     const char* name = VORN_H_RegisterAppName((kept + "rest").c_str());
@@ -173,6 +163,9 @@ TEST_F(Parameters, OneOfTwoCopiesIsEnough) {
     VORN_H_RegisterAppName("Paint");
     EXPECT_TRUE(store("Sample", "a=1"));
     EXPECT_EQ(fetch("Sample"), "a=1");
+    EXPECT_TRUE(store("Sample", "every type but savers is a loader", 3));
+    EXPECT_EQ(user_.read("config/vorn/loaders/sample.txt"), fetch("Sample", 1));
+    user_.remove("config/vorn/loaders");
     user_.write("config/vorn/loaders", "another");
     EXPECT_FALSE(store("Sample", "a=1", 1));
 }
@@ -199,37 +192,6 @@ TEST_F(Parameters, ShortMemoryNeitherLosesNorMixesTexts) {
         const auto [text, failed] = run([] { return fetch("Sample"); });
         EXPECT_EQ(text, failed ? "(none)" : "own");
     });
-}
-
-// Writers that never stop are ended in the middle of what they do.
-TEST_F(Parameters, ReadersSeeWholeTextsWhoeverWritesAndDies) {
-    const std::string texts[] = {std::string(20000, 'a'), std::string(15000, 'b')};
-    ASSERT_TRUE(store("Sample", texts[0]));
-    for (int round = 0; round < 10; ++round) {
-        pid_t writers[2];
-        for (int i = 0; i < 2; ++i) {
-            writers[i] = fork();
-            if (writers[i] != 0) continue;
-            while (store("Sample", texts[i])) {
-            }
-            _exit(1);
-        }
-        for (const std::string& awaited : texts) {
-            std::string seen;
-            while (seen != awaited) {
-                seen = fetch("Sample");
-                ASSERT_TRUE(seen == texts[0] || seen == texts[1]) << seen.size();
-            }
-        }
-        for (const pid_t writer : writers) {
-            kill(writer, SIGKILL);
-            int status = 0;
-            waitpid(writer, &status, 0);
-            EXPECT_TRUE(WIFSIGNALED(status));
-        }
-        const std::string left = fetch("Sample");
-        EXPECT_TRUE(left == texts[0] || left == texts[1]) << left.size();
-    }
 }
 
 }  // namespace

@@ -3,30 +3,13 @@
 #include <algorithm>
 #include <numeric>
 
+#include "tests/modules/explicit_steps.h"
+
 namespace vorn::test {
 namespace {
 
 VORN_DataFormat header(const Shape& shape, int layout = DF_Explicit) {
     return {layout, shape.width, shape.height, shape.channels, shape.bytes, 0, {}, {}, {}, {}};
-}
-
-// Turns a step around, so that the first sample lies where the last one did.
-void turnAround(uint32_t& place, int32_t& step, int count) {
-    place = static_cast<uint32_t>(static_cast<int64_t>(place) + int64_t{step} * (count - 1));
-    step = -step;
-}
-
-void turnAtRandom(Random& random, VORN_DataFormat& format, int first, int channels) {
-    const bool columns = pick(random, 0, 3) == 0;
-    const bool lines = pick(random, 0, 3) == 0;
-    for (int c = first; c < first + channels; c++) {
-        if (columns) {
-            turnAround(format.channelPlace[c], format.pixelStep[c], format.width);
-        }
-        if (lines) {
-            turnAround(format.channelPlace[c], format.lineStep[c], format.height);
-        }
-    }
 }
 
 }  // namespace
@@ -48,54 +31,39 @@ Picture Picture::standard(int layout, int width, int height, int channels, size_
     return Picture(format, lineBytes * static_cast<size_t>(height), guard);
 }
 
-Picture Picture::interleaved(Random& random, const Shape& shape) {
+Picture Picture::inForm(const char* form, const Shape& shape, size_t guard) {
     VORN_DataFormat format = header(shape);
-    std::vector<int> order(static_cast<size_t>(shape.channels + pick(random, 0, 2)));
-    std::iota(order.begin(), order.end(), 0);
-    if (pick(random, 0, 1) == 1) {
-        std::shuffle(order.begin(), order.end(), random);
-    }
-    const int odd = pick(random, 0, 3) == 0 ? 1 : 0;  // cells need not be whole samples
-    const int cell = static_cast<int>(order.size()) * shape.bytes + odd;
-    const int line = cell * shape.width + pick(random, 0, 5);
-    for (int c = 0; c < shape.channels; c++) {
-        format.pixelStep[c] = cell;
-        format.lineStep[c] = line;
-        format.channelPlace[c] = static_cast<uint32_t>(order[static_cast<size_t>(c)] * shape.bytes);
-    }
-    turnAtRandom(random, format, 0, shape.channels);
-    return Picture(format, static_cast<size_t>(line * shape.height));
+    const int32_t size = setExplicitSteps(format, form, shape.height);
+    return Picture(format, static_cast<size_t>(size), guard);
 }
 
-Picture Picture::planes(Random& random, const Shape& shape) {
+// Half of them in one form; in the others groups of channels lie one behind the other, each in a
+// form of its own, in any order and with unused channels between its own.
+Picture Picture::any(Random& random, const Shape& shape, size_t guard) {
+    const auto anyForm = [&] { return kExplicitForms[pick(random, 0, 7)]; };
+    if (pick(random, 0, 1) == 0) return inForm(anyForm(), shape, guard);
+    const auto sometimes = [&](int low, int high, int otherwise) {
+        return pick(random, 0, 2) == 0 ? pick(random, low, high) : otherwise;
+    };
     VORN_DataFormat format = header(shape);
     int used = 0;
-    for (int c = 0; c < shape.channels; c++) {
-        const int step = shape.bytes + (pick(random, 0, 1) == 0 ? 0 : pick(random, 0, 8));
-        const int line = step * shape.width + pick(random, 0, 3);
-        format.pixelStep[c] = step;
-        format.lineStep[c] = line;
-        format.channelPlace[c] = static_cast<uint32_t>(used);
-        used += line * shape.height + pick(random, 0, 3);
-        turnAtRandom(random, format, c, 1);
+    for (int first = 0, count; first < shape.channels; first += count) {
+        count = sometimes(1, shape.channels - first, shape.channels - first);
+        VORN_DataFormat group = format;
+        group.channels = sometimes(count, VORN_MAX_CHANNELS, count);
+        const int size = setExplicitSteps(group, anyForm(), shape.height);
+        int order[VORN_MAX_CHANNELS];
+        std::iota(order, order + group.channels, 0);
+        std::shuffle(order, order + group.channels, random);
+        for (int c = 0; c < count; c++) {
+            format.pixelStep[first + c] = group.pixelStep[order[c]];
+            format.lineStep[first + c] = group.lineStep[order[c]];
+            format.channelPlace[first + c] =
+                static_cast<uint32_t>(used) + group.channelPlace[order[c]];
+        }
+        used += size;
     }
-    return Picture(format, static_cast<size_t>(used));
-}
-
-Picture Picture::any(Random& random, const Shape& shape) {
-    const int kind = pick(random, 0, 2);
-    if (kind == 1) {
-        return interleaved(random, shape);
-    }
-    if (kind == 2) {
-        return planes(random, shape);
-    }
-    const int mostForCode[] = {8, 4, 3};
-    int code = pick(random, 1, 3);
-    if (shape.channels > mostForCode[code - 1]) {
-        code = 1;
-    }
-    return standard(code + (shape.bytes == 2 ? 3 : 0), shape.width, shape.height, shape.channels);
+    return Picture(format, static_cast<size_t>(used), guard);
 }
 
 void Picture::fill(Random& random) {
@@ -107,12 +75,15 @@ void Picture::fill(Random& random) {
 
 Picture Picture::clone() const {
     Picture copy = *this;
-    for (uint8_t*& place : copy.record.channelPlace) {
-        if (place != nullptr) {
-            place = copy.memory.data() + (place - memory.data());
-        }
-    }
+    copy.record = recordAt(copy.memory.data());
     return copy;
+}
+
+VORN_ChunkyBuffer Picture::recordAt(uint8_t* bytes) const {
+    VORN_ChunkyBuffer moved = record;
+    for (uint8_t*& place : moved.channelPlace)
+        if (place != nullptr) place = bytes + (place - memory.data());
+    return moved;
 }
 
 bool Picture::hasIntactGaps() {
@@ -136,9 +107,7 @@ int Picture::get(int channel, int x, int y) const {
 void Picture::set(int channel, int x, int y, int value) {
     uint8_t* sample = at(channel, x, y);
     sample[0] = static_cast<uint8_t>(value);
-    if (record.bytesPerChannel == 2) {
-        sample[1] = static_cast<uint8_t>(value >> 8);
-    }
+    if (record.bytesPerChannel == 2) sample[1] = static_cast<uint8_t>(value >> 8);
 }
 
 }  // namespace vorn::test

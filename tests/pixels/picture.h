@@ -30,20 +30,17 @@ class Picture {
     // a guard, a checker of addresses sees the first byte too much.
     Picture(const VORN_DataFormat& format, size_t size, size_t guard = 64);
 
-    // A standard layout.
+    // A standard layout, one of the forms of setExplicitSteps, or any steps and places.
     static Picture standard(int layout, int width, int height, int channels, size_t guard = 64);
-    // Cells with the channels in any order, gaps, negative steps.
-    static Picture interleaved(Random& random, const Shape& shape);
-    // Every channel for itself, with steps of its own.
-    static Picture planes(Random& random, const Shape& shape);
-    // One of the above.
-    static Picture any(Random& random, const Shape& shape);
+    static Picture inForm(const char* form, const Shape& shape, size_t guard = 64);
+    static Picture any(Random& random, const Shape& shape, size_t guard = 64);
 
     void fill(Random& random);
     void drop(int channel) { record.channelPlace[channel] = nullptr; }
 
-    // A copy whose record looks at the copy's memory.
+    // A copy whose record looks at the copy's memory, and the record for a copy at `bytes`.
     Picture clone() const;
+    VORN_ChunkyBuffer recordAt(uint8_t* bytes) const;
 
     // Puts the untouched value over every sample; whether everything holds it then.
     bool hasIntactGaps();

@@ -28,9 +28,7 @@ struct Sizes {
 };
 
 int64_t grayOfRgb(const Sizes& sizes, Pixel p) {
-    if (sizes.wideIn && !sizes.wideOut) {
-        p = {p[0] / 256, p[1] / 256, p[2] / 256};
-    }
+    if (sizes.wideIn && !sizes.wideOut) p = {p[0] / 256, p[1] / 256, p[2] / 256};
     const int64_t sum = p[0] + p[1] + p[2];
     return !sizes.wideIn && sizes.wideOut ? 257 * sum / 3 : sum / 3;
 }
@@ -64,9 +62,7 @@ Pixel rgbOfYuv(const Sizes& sizes, const Pixel& p) {
 }
 
 Pixel yuvOfRgb(const Sizes& sizes, Pixel p) {
-    if (sizes.wideIn) {
-        p = {p[0] / 2, p[1] / 2, p[2] / 2};
-    }
+    if (sizes.wideIn) p = {p[0] / 2, p[1] / 2, p[2] / 2};
     const int64_t by = sizes.shift(16, 8, 23, 15);
     const int64_t unit = sizes.outUnit();
     const int64_t y = floorOf(16829 * p[0] + 33039 * p[1] + 6416 * p[2], by);
@@ -81,41 +77,21 @@ int countColors(const Picture& picture) { return picture.has(0) + picture.has(1)
 
 // The code that the two buffers really allow.
 int suitedCode(const Picture& in, const Picture& out, int code) {
-    const int inChannels = in.record.channels;
-    const int outChannels = out.record.channels;
-    switch (code) {
-        case 1:
-        case 3:
-            return inChannels >= 3 && countColors(in) == 3 && outChannels < 3 ? code : 0;
-        case 2:
-        case 4:
-            return outChannels >= 3 && countColors(out) > 0 && inChannels < 3 ? code : 0;
-        case 5:
-        case 6:
-            return inChannels >= 3 && countColors(in) > 0 && outChannels >= 3 &&
-                           countColors(out) > 0
-                       ? code
-                       : 0;
-        default:
-            return code;
-    }
+    const bool toColors = out.record.channels >= 3 && countColors(out) > 0;
+    const bool toGray = countColors(in) == 3 && out.record.channels < 3;
+    const bool fromGray = in.record.channels < 3 && toColors;
+    const bool both = in.record.channels >= 3 && countColors(in) > 0 && toColors;
+    const bool suits[] = {true, toGray, fromGray, toGray, fromGray, both, both, true};
+    return suits[code] ? code : 0;
 }
 
 Pixel converted(const Sizes& sizes, int code, const Pixel& p) {
-    switch (code) {
-        case 1:
-            return {grayOfRgb(sizes, p), 0, 0};
-        case 2:
-            return {sizes.resized(p[0]), sizes.resized(p[0]), sizes.resized(p[0])};
-        case 3:
-            return {grayOfYuv(sizes, p[0]), 0, 0};
-        case 4:
-            return yuvOfGray(sizes, p[0]);
-        case 5:
-            return rgbOfYuv(sizes, p);
-        default:
-            return yuvOfRgb(sizes, p);
-    }
+    const int64_t gray = sizes.resized(p[0]);
+    if (code == 1) return {grayOfRgb(sizes, p), 0, 0};
+    if (code == 2) return {gray, gray, gray};
+    if (code == 3) return {grayOfYuv(sizes, p[0]), 0, 0};
+    if (code == 4) return yuvOfGray(sizes, p[0]);
+    return code == 5 ? rgbOfYuv(sizes, p) : yuvOfRgb(sizes, p);
 }
 
 }  // namespace
@@ -124,37 +100,31 @@ void slowLineCopy(
     const Picture& in, Picture& out, int inLine, int outLine, int code, const Picture* palette) {
     const Sizes sizes{in.record.bytesPerChannel == 2, out.record.bytesPerChannel == 2};
     const int used = suitedCode(in, out, code);
-    const int takes[] = {0, 3, 1, 3, 1, 3, 3, 1};
-    const int makes[] = {0, 1, 3, 1, 3, 3, 3, palette != nullptr ? palette->record.channels : 0};
-    if (used == 7 && palette == nullptr) {
-        return;
-    }
+    if (used == 7 && palette == nullptr) return;
+    const int takes = std::array{0, 3, 1, 3, 1, 3, 3, 1}[static_cast<size_t>(used)];
+    const int makes = used == 7 ? palette->record.channels
+                                : std::array{0, 1, 3, 1, 3, 3, 3}[static_cast<size_t>(used)];
     const bool needsGray = used == 2 || used == 4 || used == 7;
     for (int x = 0; x < out.record.width; x++) {
         Pixel p{};
-        for (int c = 0; c < takes[used]; c++) {
+        for (int c = 0; c < takes; c++) {
             const int64_t absent = used == 5 && c > 0 ? sizes.inMiddle() : 0;
             p[static_cast<size_t>(c)] = in.has(c) ? in.get(c, x, inLine) : absent;
         }
-        for (int c = 0; c < makes[used]; c++) {
-            if (!out.has(c) || (needsGray && !in.has(0))) {
-                continue;
-            }
-            if (used == 7) {
-                if (palette->has(c)) {
-                    const bool known = p[0] < palette->record.width;
-                    out.set(c, x, outLine, known ? palette->get(c, static_cast<int>(p[0]), 0) : 0);
-                }
-            } else {
+        for (int c = 0; c < makes; c++) {
+            if (!out.has(c) || (needsGray && !in.has(0))) continue;
+            if (used != 7) {
                 const Pixel made = converted(sizes, used, p);
                 out.set(c, x, outLine, static_cast<int>(made[static_cast<size_t>(c)]));
+            } else if (palette->has(c)) {
+                const bool known = p[0] < palette->record.width;
+                out.set(c, x, outLine, known ? palette->get(c, static_cast<int>(p[0]), 0) : 0);
             }
         }
         for (int c = 0; c < 8; c++) {
-            if (in.has(takes[used] + c) && out.has(makes[used] + c)) {
-                const int64_t value = in.get(takes[used] + c, x, inLine);
-                out.set(makes[used] + c, x, outLine, static_cast<int>(sizes.resized(value)));
-            }
+            if (!in.has(takes + c) || !out.has(makes + c)) continue;
+            const int64_t value = sizes.resized(in.get(takes + c, x, inLine));
+            out.set(makes + c, x, outLine, static_cast<int>(value));
         }
     }
 }

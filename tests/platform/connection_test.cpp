@@ -1,12 +1,11 @@
 #include "platform/connection.h"
 
 #include <fcntl.h>
-#include <sys/mman.h>
+#include <gtest/gtest.h>
+#include <unistd.h>
 
 #include <cstring>
 #include <limits>
-
-#include "tests/platform/started.h"
 
 namespace {
 
@@ -27,12 +26,12 @@ class Semaphore {
 };
 
 TEST(Semaphores, PostedBeforeTheEndOfThePeerStillCount) {
-    const Semaphore semaphore;
-    const Started peer("post", {std::to_string(semaphore)}, {semaphore});
-    peer.waitForEnd();
-    EXPECT_TRUE(waitFor(semaphore, peer.process.watch, kNoDescriptor));
-    EXPECT_TRUE(waitFor(semaphore, peer.process.watch, kNoDescriptor));
-    EXPECT_FALSE(waitFor(semaphore, peer.process.watch, kNoDescriptor));
+    const Semaphore semaphore, ended;  // readable, as the watch of a program that has ended
+    for (const int32_t number : {+semaphore, +semaphore, +ended}) platform::postSemaphore(number);
+    EXPECT_TRUE(waitFor(semaphore, ended, kNoDescriptor));
+    EXPECT_TRUE(waitFor(semaphore, kNoDescriptor, ended));
+    EXPECT_FALSE(waitFor(semaphore, ended, kNoDescriptor));
+    EXPECT_FALSE(waitFor(semaphore, kNoDescriptor, ended));
 }
 
 // A peer holds the same open file and can do with it what it likes.
@@ -58,17 +57,6 @@ TEST(Names, AreReservedUntilTheyAreReleased) {
     platform::releaseName(first);
     EXPECT_EQ(platform::reserveName("9997", first), platform::Reservation::Reserved);
     platform::releaseName(first);
-}
-
-TEST(Names, AreFreeAgainWhenTheirHolderIsKilled) {
-    const Started holder("reserve", {"9996"});
-    ASSERT_EQ(holder.hear(), "reserved");
-    int32_t reservation = kNoDescriptor;
-    EXPECT_EQ(platform::reserveName("9996", reservation), platform::Reservation::InUse);
-    platform::killProcess(holder.process);
-    holder.waitForEnd();
-    EXPECT_EQ(platform::reserveName("9996", reservation), platform::Reservation::Reserved);
-    platform::releaseName(reservation);
 }
 
 TEST(Blocks, KeepTheirSizeAndAreSeenFromBothSides) {

@@ -13,25 +13,35 @@ using namespace vorn;
 
 using Resolver = bool (*)(const char*, char*, size_t);
 
-// What a resolver makes of a path in the directory, without the directory; "none" for a failure.
-std::string resolved(const ScratchDirectory& directory, Resolver resolve, const std::string& name) {
-    char out[platform::kMaxPath];
-    const std::string path = directory.path(name);
-    if (!resolve(path.c_str(), out, sizeof out)) return "none";
-    return std::string(out).substr(directory.path().size() + 1);
-}
-
-TEST(Path, LastPartIsFoundExactlyFirstAndThenInAnyCase) {
+TEST(Path, LastPartIsFoundExactlyFirstThenInAnyCaseAndUnderThisSystemsNames) {
     const ScratchDirectory scratch;
-    scratch.write("Loaders/PNM", "");
-    scratch.write("a", "");
-    scratch.write("A", "");
-    EXPECT_EQ(resolved(scratch, platform::resolveName, "loaders"), "Loaders");
-    EXPECT_EQ(resolved(scratch, platform::resolveName, "Loaders/pnm"), "Loaders/PNM");
-    EXPECT_EQ(resolved(scratch, platform::resolveName, "loaders/PNM"), "none");
-    EXPECT_EQ(resolved(scratch, platform::resolveName, "a"), "a");
-    EXPECT_EQ(resolved(scratch, platform::resolveName, "A"), "A");
-    EXPECT_EQ(resolved(scratch, platform::resolveName, "Loader"), "none");
+    for (const char* name :
+         {"Loaders/PNM", "a", "A", "png", "pnm.exe", "pnm", "gui.so", "other.dll", ".exe"}) {
+        scratch.write(name, "");
+    }
+    const Resolver name = platform::resolveName, program = platform::resolveProgram,
+                   library = platform::resolveLibrary;
+    const struct {
+        Resolver resolve;
+        const char *asked, *found;  // "" for none
+    } cases[] = {{name, "loaders", "Loaders"},
+                 {name, "Loaders/pnm", "Loaders/PNM"},
+                 {name, "loaders/PNM", ""},
+                 {name, "a", "a"},
+                 {name, "A", "A"},
+                 {name, "Loader", ""},
+                 {program, "png.exe", "png"},
+                 {program, "PNG.EXE", "png"},
+                 {program, "pnm.exe", "pnm.exe"},
+                 {program, "tiff.exe", ""},
+                 {program, "png.dll", ""},
+                 {library, "gui.dll", "gui.so"},
+                 {library, "other.dll", "other.dll"}};
+    for (const auto& c : cases) {
+        char out[platform::kMaxPath];
+        const bool found = c.resolve(scratch.path(c.asked).c_str(), out, sizeof out);
+        EXPECT_EQ(found ? out : "", *c.found ? scratch.path(c.found) : "") << c.asked;
+    }
     EXPECT_EQ(platform::fileKind(scratch.path("LOADERS").c_str()), platform::FileKind::Directory);
     EXPECT_EQ(platform::fileKind(scratch.path("a").c_str()), platform::FileKind::File);
     EXPECT_EQ(platform::fileKind(scratch.path("b").c_str()), platform::FileKind::Missing);
@@ -48,20 +58,6 @@ TEST(Path, RelativeNamesLieInTheWorkingDirectory) {
     EXPECT_FALSE(platform::resolveName("ERRORS", out, 6));  // no room for the NUL
     EXPECT_FALSE(platform::resolveName("", out, sizeof out));
     std::filesystem::current_path(before);
-}
-
-TEST(Path, ProgramsAndLibrariesAreFoundUnderThisSystemsNames) {
-    const ScratchDirectory scratch;
-    for (const char* name : {"png", "pnm.exe", "pnm", "gui.so", "other.dll", ".exe"}) {
-        scratch.write(name, "");
-    }
-    EXPECT_EQ(resolved(scratch, platform::resolveProgram, "png.exe"), "png");
-    EXPECT_EQ(resolved(scratch, platform::resolveProgram, "PNG.EXE"), "png");
-    EXPECT_EQ(resolved(scratch, platform::resolveProgram, "pnm.exe"), "pnm.exe");
-    EXPECT_EQ(resolved(scratch, platform::resolveProgram, "tiff.exe"), "none");
-    EXPECT_EQ(resolved(scratch, platform::resolveProgram, "png.dll"), "none");
-    EXPECT_EQ(resolved(scratch, platform::resolveLibrary, "gui.dll"), "gui.so");
-    EXPECT_EQ(resolved(scratch, platform::resolveLibrary, "other.dll"), "other.dll");
 }
 
 TEST(Path, LongerThanTheSystemsLongestDoesNotExist) {

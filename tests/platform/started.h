@@ -14,28 +14,21 @@
 
 class Started {
   public:
-    // `more`: arguments behind the socket's number; `inherited`: descriptors beside the socket.
-    explicit Started(const std::string& action,
-                     std::vector<std::string> more = {},
-                     std::vector<int32_t> inherited = {},
-                     vorn::platform::ProcessLimits limits = {}) {
+    // `inherited`: descriptors beside the socket.
+    explicit Started(std::string action, std::vector<int32_t> inherited = {}) {
         int ends[2];
         if (::socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends) != 0) throw errno;
         socket = aboveStandardStreams(ends[0]);
         theirs = aboveStandardStreams(ends[1]);
-        std::vector<std::string> words = {action, std::to_string(theirs)};
-        words.insert(words.end(), more.begin(), more.end());
-        std::vector<char*> arguments;
-        for (auto& word : words) arguments.push_back(word.data());
-        arguments.push_back(nullptr);
+        std::string number = std::to_string(theirs);
+        char* arguments[] = {action.data(), number.data(), nullptr};
         inherited.push_back(theirs);
 
         vorn::platform::ProcessStart start;
         start.path = STARTED_PROGRAM;
-        start.arguments = arguments.data();
+        start.arguments = arguments;
         start.inherited = inherited.data();
         start.inheritedCount = inherited.size();
-        start.limits = limits;
         error = vorn::platform::startProcess(start, process);
         ::close(theirs);
     }

@@ -10,7 +10,6 @@
 #include <fstream>
 #include <string>
 
-#include "platform/connection.h"
 #include "platform/limits.h"
 #include "platform/process.h"
 
@@ -58,24 +57,9 @@ void tellStatus() {
         const char* value = std::getenv(name);
         say(std::string(name) + "=" + (value ? value : "none"));
     }
-    const auto tellLimit = [](const char* name, auto resource) {
-        rlimit limit{};
-        ::getrlimit(resource, &limit);
-        say(std::string(name) + " " + std::to_string(limit.rlim_cur));
-    };
-    tellLimit("core", RLIMIT_CORE);
-    tellLimit("memory", RLIMIT_AS);
-    tellLimit("time", RLIMIT_CPU);
-}
-
-// Waits for the end of the host.
-void watch() {
-    int32_t host = -1;
-    if (!platform::watchHost(0, host)) say("no host");
-    say("watching");
-    platform::WaitHistory history;
-    platform::waitSemaphore(platform::createSemaphore(), host, platform::kNoDescriptor, history);
-    say("host ended");
+    rlimit core{};
+    ::getrlimit(RLIMIT_CORE, &core);
+    say("core " + std::to_string(core.rlim_cur));
 }
 
 // Hears of its host's end, and hangs.
@@ -92,13 +76,6 @@ void hearOfEnd() {
     for (;;) ::pause();
 }
 
-void reserve(const char* name) {
-    int32_t reservation = -1;
-    const bool done = platform::reserveName(name, reservation) == platform::Reservation::Reserved;
-    say(done ? "reserved" : "not reserved");
-    waitForWord();
-}
-
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -108,18 +85,11 @@ int main(int argc, char** argv) {
     if (action == "tell") {
         tellDescriptors();
         tellStatus();
-        say("end");
     } else if (action == "answer") {
         waitForWord();
         say("here");
-    } else if (action == "post") {
-        for (int i = 0; i < 2; ++i) platform::postSemaphore(std::atoi(argv[2]));
-    } else if (action == "reserve") {
-        reserve(argv[2]);
     } else if (action == "hear") {
         hearOfEnd();
-    } else if (action == "watch") {
-        watch();
     }
     return 0;
 }

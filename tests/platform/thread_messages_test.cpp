@@ -41,13 +41,4 @@ TEST(ThreadMessages, ReachNoThreadThatIsGoneOrHasNoQueue) {
     EXPECT_FALSE(platform::postThreadMessage(1, {}));
 }
 
-TEST(ThreadMessages, PausesEndWithWhatIsWatched) {
-    const int32_t stop = platform::createSemaphore();
-    EXPECT_FALSE(platform::pauseForMessage(platform::kNoDescriptor, stop, 0));
-    platform::postSemaphore(stop);
-    EXPECT_TRUE(platform::pauseForMessage(platform::kNoDescriptor, stop, 999999));
-    EXPECT_TRUE(platform::pauseForMessage(stop, platform::kNoDescriptor, 999999));
-    platform::closeDescriptor(stop);
-}
-
 }  // namespace

@@ -31,7 +31,7 @@ int32_t init(const ScalerPointer& scaler,
 }
 
 Picture plainBand(int32_t width, int32_t lines, int32_t channels = 3, int32_t bytes = 1) {
-    return bandOf(Layout::Interleaved, {width, lines, channels, bytes});
+    return bandOf({width, lines, channels, bytes});
 }
 
 void fill(Picture& band, uint8_t value) {
@@ -43,10 +43,11 @@ std::string codesOf(const char* method,
                     int32_t dstLines,
                     int32_t sourceBand,
                     int32_t destinationBand) {
-    ScaleRun run;
-    run.method = method;
-    run.width = 2, run.lines = dstLines;
-    run.sourceBand = sourceBand, run.destinationBand = destinationBand;
+    ScaleRun run{.method = method,
+                 .width = 2,
+                 .lines = dstLines,
+                 .sourceBand = sourceBand,
+                 .destinationBand = destinationBand};
     scaleThrough(Image(2, srcLines, 1, 1), run);
     return run.codes;
 }
@@ -82,13 +83,8 @@ TEST(BandProtocol, StopsWhenTheLineCallbackSaysSo) {
 TEST(BandProtocol, TakesTheSourceRecordsHeightAsTheBandsLines) {
     for (const char* name : kNames) {
         Image image(3, 23, 1, 1);
-        for (size_t i = 0; i < image.samples.size(); ++i) {
-            image.samples[i] = static_cast<int32_t>(i * 37 % 256);
-        }
-        ScaleRun whole;
-        whole.method = name;
-        whole.width = 3, whole.lines = 31;
-        whole.sourceBand = 23, whole.destinationBand = 31;
+        for (int32_t i = 0; i < 3 * 23; ++i) image.at(i % 3, i / 3, 0) = i * 37 % 256;
+        ScaleRun whole{.method = name, .width = 3, .lines = 31};
         const Image expected = scaleThrough(image, whole);
 
         Picture source = plainBand(3, 8, 1), destination = plainBand(3, 31, 1);
@@ -104,59 +100,53 @@ TEST(BandProtocol, TakesTheSourceRecordsHeightAsTheBandsLines) {
             fillBand(source, image, read);
             source.record.height = 1;  // too late to count
         }
-        for (int32_t y = 0; y < 31; ++y) {
-            for (int32_t x = 0; x < 3; ++x) {
-                ASSERT_EQ(expected.at(x, y, 0), destination.get(0, x, y)) << name << " line " << y;
-            }
+        for (int32_t i = 0; i < 3 * 31; ++i)
+            ASSERT_EQ(expected.at(i % 3, i / 3, 0), destination.get(0, i % 3, i / 3)) << name;
+    }
+}
+
+TEST(InitScale, RefusesRecordsThatDontFitEachOtherAndSizesOutOfTheScalersRange) {
+    using vorn::test::Shape;
+    const struct {
+        Shape source;
+        int32_t srcLines;
+        Shape destination;
+        int32_t dstLines, answer, cubicsAnswer;
+    } cases[] = {
+        {{4, 4, 3, 1}, 4, {4, 4, 4, 1}, 4, VORN_S_CHANNELS_DIFFER, VORN_S_CHANNELS_DIFFER},
+        {{4, 4, 0, 1}, 4, {4, 4, 0, 1}, 4, VORN_S_CHANNELS_DIFFER, VORN_S_CHANNELS_DIFFER},
+        {{4, 4, 9, 1}, 4, {4, 4, 9, 1}, 4, VORN_S_CHANNELS_DIFFER, VORN_S_CHANNELS_DIFFER},
+        {{4, 4, 3, 1}, 4, {4, 4, 3, 2}, 4, VORN_S_BYTES_DIFFER, VORN_S_BYTES_DIFFER},
+        {{4, 4, 3, 3}, 4, {4, 4, 3, 3}, 4, VORN_S_BYTES_DIFFER, VORN_S_BYTES_DIFFER},
+        {{1, 4, 1, 1}, 4, {4, 4, 1, 1}, 4, VORN_S_READY, VORN_S_BAD_SIZE},
+        {{4, 4, 1, 1}, 1, {4, 4, 1, 1}, 4, VORN_S_READY, VORN_S_BAD_SIZE},
+        {{4, 4, 1, 1}, 4, {4, 4, 1, 1}, 16001, VORN_S_READY, VORN_S_BAD_SIZE},
+        {{16001, 1, 1, 1}, 4, {4, 4, 1, 1}, 4, VORN_S_READY, VORN_S_BAD_SIZE},
+        {{4, 4, 1, 1}, 4, {16001, 1, 1, 1}, 4, VORN_S_READY, VORN_S_BAD_SIZE},
+        {{4, 4, 1, 1}, 2, {4, 4, 1, 1}, 16000, VORN_S_READY, VORN_S_READY},
+        {{4, 4, 1, 1}, 0, {4, 4, 1, 1}, 4, VORN_S_BAD_SIZE, VORN_S_BAD_SIZE},
+        {{4, 4, 1, 1}, 4, {4, 4, 1, 1}, -1, VORN_S_BAD_SIZE, VORN_S_BAD_SIZE},
+        {{4, 4, 1, 1}, 65537, {4, 4, 1, 1}, 4, VORN_S_BAD_SIZE, VORN_S_BAD_SIZE},
+        {{65537, 1, 1, 1}, 4, {4, 4, 1, 1}, 4, VORN_S_BAD_SIZE, VORN_S_BAD_SIZE},
+        {{4, 0, 1, 1}, 4, {4, 4, 1, 1}, 4, VORN_S_BAD_SIZE, VORN_S_BAD_SIZE},
+        {{4, 4, 1, 1}, 4, {4, 0, 1, 1}, 4, VORN_S_BAD_SIZE, VORN_S_BAD_SIZE},
+    };
+    const auto bandThatSays = [](const Shape& shape) {
+        Picture band = plainBand(4, 4);  // nobody looks at its pixels
+        band.record.width = shape.width, band.record.height = shape.height;
+        band.record.channels = shape.channels, band.record.bytesPerChannel = shape.bytes;
+        return band;
+    };
+    for (const char* name : kNames) {
+        for (const auto& c : cases) {
+            Picture source = bandThatSays(c.source), destination = bandThatSays(c.destination);
+            const ScalerPointer scaler = allocate(name);
+            const int32_t answer = std::string(name) == "bestup" ? c.cubicsAnswer : c.answer;
+            EXPECT_EQ(answer, init(scaler, source, c.srcLines, destination, c.dstLines));
+            EXPECT_EQ(answer == VORN_S_READY ? VORN_S_FILL_SOURCE : VORN_S_CANT_GO_ON,
+                      VORN_S_SendData(scaler.get()))
+                << name << " " << &c - cases;
         }
-    }
-}
-
-int32_t initNew(
-    const char* name, Picture& source, int32_t srcLines, Picture& destination, int32_t dstLines) {
-    const ScalerPointer scaler = allocate(name);
-    const int32_t result = init(scaler, source, srcLines, destination, dstLines);
-    if (result < 0) {
-        EXPECT_EQ(VORN_S_CANT_GO_ON, VORN_S_SendData(scaler.get()));
-    }
-    return result;
-}
-
-TEST(InitScale, RefusesRecordsThatDontFitEachOther) {
-    Picture rgb = plainBand(4, 4), rgba = plainBand(4, 4, 4), deep = plainBand(4, 4, 3, 2);
-    Picture none = plainBand(4, 4), nine = plainBand(4, 4), triple = plainBand(4, 4);
-    none.record.channels = 0;
-    nine.record.channels = 9;
-    triple.record.bytesPerChannel = 3;
-    for (const char* name : kNames) {
-        EXPECT_EQ(VORN_S_CHANNELS_DIFFER, initNew(name, rgb, 4, rgba, 4));
-        EXPECT_EQ(VORN_S_CHANNELS_DIFFER, initNew(name, none, 4, none, 4));
-        EXPECT_EQ(VORN_S_CHANNELS_DIFFER, initNew(name, nine, 4, nine, 4));
-        EXPECT_EQ(VORN_S_BYTES_DIFFER, initNew(name, rgb, 4, deep, 4));
-        EXPECT_EQ(VORN_S_BYTES_DIFFER, initNew(name, triple, 4, triple, 4));
-        EXPECT_EQ(VORN_S_READY, initNew(name, rgb, 4, rgb, 4));
-    }
-}
-
-TEST(InitScale, RefusesSizesOutOfTheScalersRange) {
-    Picture band = plainBand(4, 4, 1), narrow = plainBand(1, 4, 1), wide = plainBand(16001, 1, 1);
-    Picture empty = plainBand(4, 4, 1), tooWide = plainBand(65537, 1, 1);
-    for (const char* name : kNames) {
-        const bool cubic = std::string(name) == "bestup";
-        const int32_t outer = cubic ? VORN_S_BAD_SIZE : VORN_S_READY;
-        EXPECT_EQ(outer, initNew(name, narrow, 4, band, 4));
-        EXPECT_EQ(outer, initNew(name, band, 1, band, 4));
-        EXPECT_EQ(outer, initNew(name, band, 4, band, 16001));
-        EXPECT_EQ(outer, initNew(name, wide, 4, band, 4));
-        EXPECT_EQ(outer, initNew(name, band, 4, wide, 4));
-        EXPECT_EQ(VORN_S_READY, initNew(name, band, 2, band, 16000));
-        EXPECT_EQ(VORN_S_BAD_SIZE, initNew(name, band, 0, band, 4));
-        EXPECT_EQ(VORN_S_BAD_SIZE, initNew(name, band, 4, band, -1));
-        EXPECT_EQ(VORN_S_BAD_SIZE, initNew(name, band, 65537, band, 4));
-        EXPECT_EQ(VORN_S_BAD_SIZE, initNew(name, tooWide, 4, band, 4));
-        empty.record.height = 0;
-        EXPECT_EQ(VORN_S_BAD_SIZE, initNew(name, empty, 4, band, 4));
-        EXPECT_EQ(VORN_S_BAD_SIZE, initNew(name, band, 4, empty, 4));
     }
 }
 
@@ -199,8 +189,8 @@ TEST(InitScale, EndsTheImageBefore) {
 }
 
 TEST(InitScale, LeavesNothingBehindWhenAnyAllocationFails) {
-    Picture source = bandOf(Layout::Cells, {7, 3, 3, 2});
-    Picture destination = bandOf(Layout::Planar, {9, 3, 3, 2});
+    Picture source = Picture::inForm("gaps", {7, 3, 3, 2});
+    Picture destination = Picture::inForm("planes", {9, 3, 3, 2});
     const auto setUp = [&](const ScalerPointer& scaler) {
         return init(scaler, source, 7, destination, 9);
     };

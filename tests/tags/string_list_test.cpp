@@ -4,7 +4,7 @@
 #include <vorn/host.h>
 #include <vorn/library.h>
 
-#include "support/memory.h"
+#include "tests/support/failing_memory.h"
 
 namespace {
 
@@ -39,13 +39,14 @@ TEST(StringList, CopiesItsStrings) {
 // The leak checker sees what a failure leaves behind.
 TEST(StringList, FailsAsAWholeWhenMemoryIsShort) {
     const char* const strings[] = {"one", "two"};
-    for (unsigned n = 1; n <= 3; ++n) {
-        vorn::failAllocation(n);
-        EXPECT_EQ(VORN_H_CreateStringList(strings, 2), nullptr) << n;
-        vorn::failAllocation(n);
-        EXPECT_EQ(VORN_L_StringToStringList("one,two"), nullptr) << n;
-    }
-    vorn::failAllocation(0);
+    failAtEachAllocation([&](auto run) {
+        const auto [list, failed] = run([&] { return taken(VORN_H_CreateStringList(strings, 2)); });
+        EXPECT_EQ(list.empty(), failed);
+    });
+    failAtEachAllocation([](auto run) {
+        const auto [list, failed] = run([] { return fields("one,two"); });
+        EXPECT_EQ(list.empty(), failed);
+    });
 }
 
 }  // namespace

@@ -61,34 +61,30 @@ TEST(Numbers, IntegersLieInTheAskedOrder) {
     }
 }
 
-TEST(Numbers, DoublesBeginWithTheirLowHalf) {
+TEST(Numbers, FloatsAreBigEndianAndDoublesBeginWithTheirLowHalf) {
     const struct {
         double value;
         Bytes bytes;
-    } doubles[] = {
+    } numbers[] = {
         {1.0, {0, 0, 0, 0, 0x3F, 0xF0, 0, 0}},
         {-0.1, {0x99, 0x99, 0x99, 0x9A, 0xBF, 0xB9, 0x99, 0x99}},
         {std::numeric_limits<double>::denorm_min(), {0, 0, 0, 1, 0, 0, 0, 0}},
         {-HUGE_VAL, {0, 0, 0, 0, 0xFF, 0xF0, 0, 0}},
-    };
-    for (const auto& [value, bytes] : doubles) {
-        EXPECT_EQ(written([&](uint8_t* at) { return XD_WriteDouble(at, value); }), bytes) << value;
-        EXPECT_EQ(XD_ReadDouble(&shifted(bytes)[1]), value);
-    }
-}
-
-TEST(Numbers, FloatsAreBigEndian) {
-    const struct {
-        float value;
-        Bytes bytes;
-    } floats[] = {
-        {1.0f, {0x3F, 0x80, 0, 0}},
+        {1.0, {0x3F, 0x80, 0, 0}},
         {-0.1f, {0xBD, 0xCC, 0xCC, 0xCD}},
         {std::numeric_limits<float>::max(), {0x7F, 0x7F, 0xFF, 0xFF}},
+        {-0.0, {0x80, 0, 0, 0}},
     };
-    for (const auto& [value, bytes] : floats) {
-        EXPECT_EQ(written([&](uint8_t* at) { return XD_WriteFloat(at, value); }), bytes) << value;
-        EXPECT_EQ(XD_ReadFloat(&shifted(bytes)[1]), value);
+    for (const auto& [number, bytes] : numbers) {
+        const double value = number;
+        const bool isFloat = bytes.size() == 4;
+        const auto write = [&](uint8_t* at) {
+            return isFloat ? XD_WriteFloat(at, static_cast<float>(value))
+                           : XD_WriteDouble(at, value);
+        };
+        EXPECT_EQ(written(write), bytes) << value;
+        const Bytes file = shifted(bytes);
+        EXPECT_EQ(isFloat ? XD_ReadFloat(&file[1]) : XD_ReadDouble(&file[1]), value);
     }
     EXPECT_TRUE(std::signbit(XD_ReadFloat(&shifted({0x80, 0, 0, 0})[1])));
     EXPECT_TRUE(std::isnan(XD_ReadFloat(&shifted({0x7F, 0xC0, 0, 0})[1])));
