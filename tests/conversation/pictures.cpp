@@ -2,7 +2,6 @@
 
 #include <algorithm>
 
-#include "tests/modules/explicit_steps.h"
 #include "tests/pixels/slow_line_copy.h"
 
 namespace {
@@ -45,12 +44,7 @@ constexpr int kTurns = 4;
 
 }  // namespace
 
-Picture plainPicture(const Shape& shape) {
-    VORN_DataFormat format{0,  shape.width, shape.height, shape.channels, shape.bytes, 0, {}, {},
-                           {}, {}};
-    const int32_t size = setExplicitSteps(format, "cells", shape.height);
-    return Picture(format, static_cast<size_t>(size));
-}
+Picture plainPicture(const Shape& shape) { return Picture::inForm("cells", shape); }
 
 Shape shapeOf(const Picture& picture) {
     const VORN_ChunkyBuffer& record = picture.record;

@@ -2,6 +2,7 @@
 #include <sys/mman.h>
 
 #include <algorithm>
+#include <string>
 
 #include "pixels/data_format.h"
 #include "support/cpu.h"
@@ -42,11 +43,8 @@ TEST(LineCopy, ConvertsKnownPixels) {
     } cases[] = {
         {1, {255, 255, 254}, 1, {257 * 764 / 3}, 2},
         {6, {255, 255, 255}, 1, {235, 128, 128}, 1},
-        {6, {0, 0, 0}, 1, {16, 128, 128}, 1},
         {5, {235, 128, 128}, 1, {255, 255, 255}, 1},
-        {5, {16, 128, 128}, 1, {0, 0, 0}, 1},
         {3, {235, 128, 128}, 1, {255}, 1},
-        {3, {16, 128, 128}, 1, {0}, 1},
         {2, {200}, 1, {51400, 51400, 51400}, 2},
         {0, {0x12AB}, 2, {0x12}, 1},
         // Outside the video ranges; blue alone would leave 32 bits in the first.

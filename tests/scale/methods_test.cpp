@@ -45,16 +45,11 @@ void compare(const Reference& reference, const Image& image, ScaleRun run) {
         << " bytes, " << run;
 }
 
-// A size up to `largest`, often a prime, or one in a simple ratio to `other`.
+// A size up to `largest`, often one in a simple ratio to `other`.
 int32_t randomSize(Random& random, int32_t smallest, int32_t largest, int32_t other) {
-    static constexpr int32_t kPrimes[] = {2,  3,  5,  7,  11, 13, 17, 19,
-                                          23, 29, 31, 37, 41, 53, 61, 67};
-    int32_t size = pick(random, smallest, largest);
+    const int32_t sizes[] = {other * pick(random, 1, 4), other / pick(random, 1, 4)};
     const int32_t kind = pick(random, 0, 5);
-    if (kind == 0) size = kPrimes[pick(random, 0, 15)];
-    if (kind == 1) size = other * pick(random, 1, 4);
-    if (kind == 2) size = other / pick(random, 1, 4);
-    return std::clamp(size, smallest, largest);
+    return kind < 2 ? std::clamp(sizes[kind], smallest, largest) : pick(random, smallest, largest);
 }
 
 unsigned randomMask(Random& random) {

@@ -17,7 +17,7 @@ struct ScaleRun {
     int32_t sourceBand = 1, destinationBand = 1;
     unsigned sourceMask = 0xFF, destinationMask = 0xFF;  // channels present
     bool announced = true;                               // with a line callback
-    std::string codes;                                   // out: every answer of SendData
+    std::string codes = {};                              // out: every answer of SendData
 
     friend std::ostream& operator<<(std::ostream& out, const ScaleRun& run) {
         return out << run.method << " to " << run.width << "x" << run.lines << ", forms "

@@ -28,20 +28,17 @@ Bytes shifted(Bytes bytes) {
 }
 
 TEST(Numbers, OnlyPlusReversesBytes) {
-    EXPECT_EQ(XD_ConvertLong(0x11223344, '+'), 0x44332211u);
-    EXPECT_EQ(XD_ConvertWord(0x1122, '+'), 0x2211u);
-    EXPECT_EQ(XD_ConvertWord(0xFF00, '+'), 0x00FFu);
-    for (char order : {'-', ' ', '\0', 'x'}) {
-        EXPECT_EQ(XD_ConvertLong(0x11223344, order), 0x11223344u);
-        EXPECT_EQ(XD_ConvertWord(0x1122, order), 0x1122u);
-    }
-    uint32_t value = 0x80000001;
-    uint16_t word = 0x8001;
-    for (const char order : {'+', '-'}) {
+    for (const char order : {'+', '-', ' ', '\0', 'x'}) {
+        const uint32_t expected = order == '+' ? 0x44332281u : 0x81223344u;
+        uint32_t value = 0x81223344;
+        EXPECT_EQ(XD_ConvertLong(value, order), expected);
         XDP_ConvertLong(&value, order);
-        EXPECT_EQ(value, 0x01000080u);
+        EXPECT_EQ(value, expected);
+        const uint16_t expectedWord = order == '+' ? 0x22FF : 0xFF22;
+        uint16_t word = 0xFF22;
+        EXPECT_EQ(XD_ConvertWord(word, order), expectedWord);
         XDP_ConvertWord(&word, order);
-        EXPECT_EQ(word, 0x0180u);
+        EXPECT_EQ(word, expectedWord);
     }
 }
 
