@@ -1,4 +1,5 @@
 #include <sys/prctl.h>
+#include <sys/resource.h>
 #include <sys/wait.h>
 
 #include <algorithm>
@@ -53,6 +54,10 @@ TEST(Process, InheritsWhatItIsGivenAndNothingElse) {
     const ScopedVariable arenas("MALLOC_ARENA_MAX", "8");
     const int leaky = ::dup(STDERR_FILENO);  // not close-on-exec
     const int32_t given = platform::createSemaphore();
+    rlimit cores{};
+    ::getrlimit(RLIMIT_CORE, &cores);
+    const rlimit most{cores.rlim_max, cores.rlim_max};
+    ::setrlimit(RLIMIT_CORE, &most);
     const auto before = openDescriptors();
     const Started program("tell", {given});
     const auto lines = program.hearAll();
@@ -67,6 +72,7 @@ TEST(Process, InheritsWhatItIsGivenAndNothingElse) {
     EXPECT_EQ(lines[4], "MALLOC_ARENA_MAX=2");
     EXPECT_EQ(lines[5], "OF_THE_HOST=here");
     EXPECT_EQ(lines[6], "core 0");
+    ::setrlimit(RLIMIT_CORE, &cores);
     platform::closeDescriptor(given);
     ::close(leaky);
 }

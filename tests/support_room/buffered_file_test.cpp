@@ -71,9 +71,9 @@ TEST(BufferedFile, SeeksInsideAndOutsideOfItsBuffer) {
     const struct {
         int64_t offset;
         int32_t origin;
-    } seeks[] = {{0, 0},     {50, 0},     {10, 1},      {-20, 1},      {65536, 0},
-                 {65535, 0}, {-65535, 1}, {131'072, 1}, {size - 5, 0}, {-200'000, 1},
-                 {1, 0},     {size, 0},   {-1, 1},      {size + 9, 0}, {-30, 1}};
+    } seeks[] = {{0, 0},      {50, 0},       {10, 1},       {-20, 1},      {65536, 0}, {65535, 0},
+                 {-65535, 1}, {131'072, 1},  {size - 5, 0}, {-200'000, 1}, {1, 0},     {size, 0},
+                 {-1, 1},     {size + 1, 0}, {size + 9, 0}, {-30, 1}};
     for (const auto& seek : seeks) {
         position = seek.origin == 0 ? seek.offset : position + seek.offset;
         ASSERT_EQ(BSeek(file, seek.offset, seek.origin), position);
