@@ -1,11 +1,9 @@
 #include "formats/tga/tga_loader.h"
-#include "formats/tga/tga_saver.h"
 #include "tests/formats/format_files.h"
 
 namespace {
 
 using tga::TgaLoader;
-using tga::TgaSaver;
 using namespace std::string_literals;
 
 // `map`: its mark, its entries and their bits.
@@ -66,36 +64,7 @@ TEST(TgaLoader, ReadsEveryKind) {
         for (size_t size = 0; size < c.file.size(); ++size)
             EXPECT_NE(loadFailure<TgaLoader>(files.write("b", c.file.substr(0, size))), 0);
     }
-    EXPECT_EQ(loadFailure<TgaLoader>(files.write("a", "a text that is long enough for a head")),
-              formats::kNotThisFormat);
     EXPECT_EQ(loadFailure<TgaLoader>(files.write("a", file(2, 0, 1, 24, 0))), formats::kDamaged);
-}
-
-using Tga = FormatTest;
-
-TEST_F(Tga, WhatItWritesReadsBackTheSame) {
-    const std::string path = files_.path("a.tga");
-    // Noise, runs, and runs that are longer than one packet.
-    for (const char* setting : {"", "RunLength=false"}) {
-        settings_.store("tga", setting);
-        for (const VORN_Word channels : {1, 3, 4}) {
-            auto samples = noiseOf(600 * 2 * channels);
-            std::fill_n(samples.begin() + 5, 300 * channels, uint8_t{8});
-            const VORN_Word colorSpace = channels == 1 ? VORN_CS_GRAY : VORN_CS_RGB;
-            const LoadedImage back = throughFile<TgaSaver, TgaLoader>(
-                path,
-                imageWords(600, 2, channels, colorSpace, 1, {ITAG_Description, word("a note")}),
-                samples);
-            EXPECT_EQ(textOf(back.image, ITAG_Description), "a note");
-        }
-    }
-    const Bytes entries{1, 2, 3, 40, 50, 60};
-    const PaletteTag palette(entries);
-    const LoadedImage back = throughFile<TgaSaver, TgaLoader>(
-        path, imageWords(2, 1, 1, VORN_CS_CMAPPED, 1, {ITAG_Palette, palette}), {1, 0});
-    EXPECT_EQ(paletteOf(back.image), entries);
-    EXPECT_EQ(saveFailure<TgaSaver>(path, imageWords(65536, 1, 1, VORN_CS_GRAY)),
-              formats::kCannotSave);
 }
 
 }  // namespace
