@@ -174,18 +174,6 @@ std::string tiffBomb() {
            std::string(104, '\0');
 }
 
-// Three components of full resolution: 8 GiB of samples, 16 of coefficients.
-std::string jpegBomb() {
-    std::string table = "\xFF\xDB" + big(67, 2) + std::string(1, '\0') + std::string(64, '\1');
-    std::string codes = "\xFF\xC4" + big(20, 2) + std::string(1, '\0') + "\1" +
-                        std::string(15, '\0') + std::string(1, '\0');
-    std::string frame = "\xFF\xC2" + big(17, 2) + "\x08" + big(53000, 2) + big(53000, 2) + "\3";
-    for (char c = 1; c <= 3; ++c) frame += std::string{c, '\x11', '\0'};
-    const std::string scan =
-        "\xFF\xDA" + big(12, 2) + "\3" + std::string{1, 0, 2, 0, 3, 0, 0, 0, 0};
-    return "\xFF\xD8" + table + codes + frame + scan + std::string(300, '\0') + "\xFF\xD9";
-}
-
 // What the host is told: 0 for a picture.
 int32_t outcome(const Image& loader, const std::string& path) {
     return loader.open(path) && loader.read(Pixels(64, 64, 1, 1)) ? 0 : loader.error();
@@ -193,8 +181,6 @@ int32_t outcome(const Image& loader, const std::string& path) {
 
 TEST_F(Modules, DontBelieveASmallFileThatClaimsAHugePicture) {
     const std::string tgaSizes = little(65535, 2) + little(65535, 2);
-    const std::string side = big(65536, 4);
-    const std::string origin = big(0, 8);
     const std::tuple<const char*, int32_t, std::string> bombs[] = {
         {"pnm", formats::kDamaged, "P5\n65536 65536\n255\n"},
         {"bmp", formats::kDamaged,
@@ -209,7 +195,6 @@ TEST_F(Modules, DontBelieveASmallFileThatClaimsAHugePicture) {
          "\x89PNG\r\n\x1A\n" + big(13, 4) + "IHDR" + big(65536, 4) + big(65536, 4) +
              std::string{8, 0, 0, 0, 1} + big(0x3EE85FA9, 4) + big(99, 4) + "IDAT" +
              std::string(99, 'x')},
-        {"jpeg", formats::kOutOfMemory, jpegBomb()},
         {"tiff", formats::kOutOfMemory, tiffBomb()},
         {"webp", formats::kDamaged,
          "RIFF" + little(30, 4) + "WEBPVP8L" + little(17, 4) + "\x2F" + little(0x0FFFFFFF, 4) +
@@ -219,13 +204,7 @@ TEST_F(Modules, DontBelieveASmallFileThatClaimsAHugePicture) {
              std::string(6, '\7') + "," + std::string(4, '\0') + little(65535, 2) +
              little(65535, 2) + std::string(1, '\0') + "\2\2\x44\1" + std::string(1, '\0') + ";"},
         {"jxl", formats::kOutOfMemory,
-         "\xFF\x0A" + little(0x3FFFF00007FFFE, 7) + little(0x3000, 2) + std::string(7, '\0')},
-        {"jpeg2000", formats::kOutOfMemory,
-         "\xFF\x4F\xFF\x51" + big(41, 2) + big(0, 2) + side + side + origin + side + side + origin +
-             big(1, 2) + big(0x070101, 3) + "\xFF\x52" + big(12, 2) + big(0x100, 5) +
-             big(0x0004040001, 5) + "\xFF\x5C" + big(4, 2) + big(0x4040, 2) + "\xFF\x90" +
-             big(10, 2) + big(0, 2) + big(0, 4) + big(1, 2) + "\xFF\x93" + std::string(99, 'x') +
-             "\xFF\xD9"}};
+         "\xFF\x0A" + little(0x3FFFF00007FFFE, 7) + little(0x3000, 2) + std::string(7, '\0')}};
     for (const auto& [format, wanted, content] : bombs) {
         if (!has(format)) continue;
         const Image loader(format, VORN_LOADER);

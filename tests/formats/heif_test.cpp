@@ -1,5 +1,3 @@
-#include <cstring>
-
 #include "formats/heif/heif_loader.h"
 #include "formats/heif/heif_saver.h"
 #include "formats/heif/hevc_size.h"
@@ -52,52 +50,47 @@ TEST_F(Heif, StaysCloseWithLossAndDoesWhatIsSet) {
     }
 }
 
-// A file made with libheif itself: red and green side by side, and another page that is blue. What
-// the first says about its orientation stands there twice, as cameras do it.
-void writeTurned(const std::string& path, heif_orientation orientation) {
-    heif_context* context = heif_context_alloc();
+// A file made with libheif itself: red and green side by side, and another page that is blue. That
+// the first is to be turned clockwise stands there twice, as cameras do it.
+void writeTurned(const std::string& path) {
+    constexpr uint8_t kExif[26] = "II*\0\x08\0\0\0\1\0\x12\1\3\0\1\0\0\0\6\0\0\0\0\0\0";
+    const heif::Owner<heif_context> context(heif_context_alloc());
     heif_encoder* encoder = nullptr;
-    heif_context_get_encoder_for_format(context, heif_compression_AV1, &encoder);
+    heif_context_get_encoder_for_format(context.get(), heif_compression_AV1, &encoder);
+    const heif::Owner<heif_encoder> encoderOwner(encoder);
     heif_encoder_set_lossy_quality(encoder, 100);
     heif_encoder_set_parameter_string(encoder, "chroma", "444");
     for (const bool main : {false, true}) {
         heif_image* image = nullptr;
         heif_image_create(64, 32, heif_colorspace_RGB, heif_chroma_interleaved_RGB, &image);
+        const heif::Owner<heif_image> imageOwner(image);
         heif_image_add_plane(image, heif_channel_interleaved, 64, 32, 8);
         int step = 0;
         uint8_t* plane = heif_image_get_plane(image, heif_channel_interleaved, &step);
         for (int i = 0; i < 64 * 32; ++i) {
             uint8_t* pixel = plane + i / 64 * step + i % 64 * 3;
-            std::memset(pixel, 0, 3);
+            std::fill_n(pixel, 3, uint8_t{0});
             pixel[!main ? 2 : i % 64 < 32 ? 0 : 1] = 255;
         }
-        heif_encoding_options* options = heif_encoding_options_alloc();
-        if (main) options->image_orientation = orientation;
+        const heif::Owner<heif_encoding_options> options(heif_encoding_options_alloc());
+        if (main) options->image_orientation = heif_orientation_rotate_90_cw;
         heif_image_handle* handle = nullptr;
-        heif_context_encode_image(context, image, encoder, options, &handle);
-        uint8_t exif[27] = "II*\0\x08\0\0\0\1\0\x12\1\3\0\1\0\0\0";
-        exif[18] = static_cast<uint8_t>(orientation);
-        if (main) {
-            heif_context_set_primary_image(context, handle);
-            heif_context_add_exif_metadata(context, handle, exif, sizeof exif);
-        }
-        heif_image_handle_release(handle);
-        heif_encoding_options_free(options);
-        heif_image_release(image);
+        heif_context_encode_image(context.get(), image, encoder, options.get(), &handle);
+        const heif::Owner<heif_image_handle> handleOwner(handle);
+        if (!main) continue;
+        heif_context_set_primary_image(context.get(), handle);
+        heif_context_add_exif_metadata(context.get(), handle, kExif, sizeof kExif);
     }
-    EXPECT_EQ(heif_context_write_to_file(context, path.c_str()).code, heif_error_Ok);
-    heif_encoder_release(encoder);
-    heif_context_free(context);
+    EXPECT_EQ(heif_context_write_to_file(context.get(), path.c_str()).code, heif_error_Ok);
 }
 
 TEST_F(Heif, TurnsOnceAndOpensTheWantedPageMainOneFirst) {
-    writeTurned(path_, heif_orientation_rotate_90_cw);
+    writeTurned(path_);
     const LoadedImage main = load<HeifLoader>(path_);
     EXPECT_EQ(main.image.orientation, 0);
-    ASSERT_EQ(main.image.width, 32);
-    ASSERT_EQ(main.image.height, 64);
-    EXPECT_NEAR(main.samples[3 * 32 * 8], 255, 3);       // red on top
-    EXPECT_NEAR(main.samples[3 * 32 * 56 + 1], 255, 3);  // and green below
+    EXPECT_EQ(summaryOf(main.image), "32x64 RGB 3 of 8 bits");
+    EXPECT_NEAR(main.samples.at(3 * 32 * 8), 255, 3);       // red on top
+    EXPECT_NEAR(main.samples.at(3 * 32 * 56 + 1), 255, 3);  // and green below
     EXPECT_EQ(tagsOf(main.image)[ITAG_PageCount], 2u);
     const LoadedImage other = load<HeifLoader>(path_, {.page = 2});
     EXPECT_EQ(other.image.width, 64);

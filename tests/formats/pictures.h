@@ -10,6 +10,7 @@ const fs::path kGoImages = "/usr/share/gocode/src/golang.org/x/image/testdata";
 const fs::path kGoSources = "/usr/share/go-1.19/src/image";
 const fs::path kPixbufImages = "/usr/libexec/installed-tests/gdk-pixbuf/test-images";
 const fs::path kPictures = VORN_TEST_PICTURES;
+const fs::path kTurbo = kPictures / "libjpeg-turbo/testimages";
 const fs::path kPillow = kPictures / "pillow/Tests/images";
 
 constexpr int64_t kMostPixels = 1 << 26;

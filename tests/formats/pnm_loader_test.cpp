@@ -57,23 +57,23 @@ TEST(PnmLoader, RefusesWhatIsNotRight) {
           "P6\n1",
           "P6\n1 1 255",
           "P6\n-1 1 255\nrgb",
-          "P6\n1x1 255\nrgb",  //
+          "P6\n1x1 255\nrgb",
           "P6\n0 1 255\n",
           "P6\n1 1 0\nrgb",
-          "P6\n1 1 65536\nrgbrgb",  //
+          "P6\n1 1 65536\nrgbrgb",
           "P6\n99999999999999999999 1 255\n",
-          "P7\nCOLOURS 1\nENDHDR\nx",  //
-          "P7\nWIDTH 1\nHEIGHT 1\nMAXVAL 255\nENDHDR\nx",
-          "P7\n#" + std::string(5000, 'x'),                       //
-          "P7\nWIDTH 1\nHEIGHT 1\nDEPTH 1\nMAXVAL 255\nx",        //
-          "P7\nWIDTH\nHEIGHT 1\nDEPTH 1\nMAXVAL 255\nENDHDR\nx",  //
           "P6\n2 2 255\nrgbrgbrgbrg",
           "P4\n9 2\n\x01\x02\x03",
-          "P5\n1 1 100\n\x65",  //
+          "P5\n1 1 100\n\x65",
           "P2\n1 1 255\n256",
           "P2\n2 1 255\n12",
           "P2\n1 1 255\n12x",
-          "P1\n2 1\n12"}},
+          "P1\n2 1\n12",
+          "P7\nCOLOURS 1\nENDHDR\nx",
+          "P7\n#" + std::string(5000, 'x'),
+          "P7\nWIDTH 1\nHEIGHT 1\nMAXVAL 255\nENDHDR\nx",
+          "P7\nWIDTH 1\nHEIGHT 1\nDEPTH 1\nMAXVAL 255\nx",
+          "P7\nWIDTH\nHEIGHT 1\nDEPTH 1\nMAXVAL 255\nENDHDR\nx"}},
         {formats::kUnsupported,
          {"P6\n65537 1 255\n", "P6\n1 65537 255\n",
           "P7\nWIDTH 1\nHEIGHT 1\nDEPTH 9\nMAXVAL 255\nENDHDR\n123456789"}}};

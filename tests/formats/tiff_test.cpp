@@ -42,14 +42,7 @@ struct TiffToMake {
         }
         const auto kind = static_cast<uint16_t>(alphaKind);
         if (alphaKind >= 0) TIFFSetField(tiff, TIFFTAG_EXTRASAMPLES, 1, &kind);
-        for (int plane = 0; plane < (planes ? samples : 1); ++plane) {
-            if (tile)
-                writeTiles(tiff, plane);
-            else
-                for (uint32_t y = 0; y < height; ++y)
-                    TIFFWriteScanline(tiff, lineOf(0, width, y, plane).data(), y,
-                                      static_cast<uint16_t>(plane));
-        }
+        for (int plane = 0; plane < (planes ? samples : 1); ++plane) writePlane(tiff, plane);
         TIFFClose(tiff);
     }
 
@@ -75,15 +68,21 @@ struct TiffToMake {
         return line;
     }
 
-    void writeTiles(TIFF* tiff, int plane) const {
-        for (uint32_t y0 = 0; y0 < height; y0 += tile) {
-            for (uint32_t x0 = 0; x0 < width; x0 += tile) {
+    void writePlane(TIFF* tiff, int plane) const {
+        const auto number = static_cast<uint16_t>(plane);
+        const uint32_t rows = tile ? tile : 8;
+        for (uint32_t y0 = 0; y0 < height; y0 += rows) {
+            for (uint32_t x0 = 0; x0 < width; x0 += tile ? tile : width) {
                 Bytes bytes;
-                for (uint32_t y = y0; y < y0 + tile; ++y) {
-                    const auto line = lineOf(x0, tile, y, plane);
+                for (uint32_t y = y0; y < (tile ? y0 + rows : std::min(y0 + rows, height)); ++y) {
+                    const Bytes line = lineOf(x0, tile ? tile : width, y, plane);
                     bytes.insert(bytes.end(), line.begin(), line.end());
                 }
-                TIFFWriteTile(tiff, bytes.data(), x0, y0, 0, static_cast<uint16_t>(plane));
+                if (tile)
+                    TIFFWriteTile(tiff, bytes.data(), x0, y0, 0, number);
+                else
+                    TIFFWriteEncodedStrip(tiff, TIFFComputeStrip(tiff, y0, number), bytes.data(),
+                                          static_cast<tmsize_t>(bytes.size()));
             }
         }
     }

@@ -21,9 +21,8 @@ void expectFailure(const Ended& ended, const std::string& file, const std::strin
 // What the command shows with "--json".
 json shownAsJson(Arguments arguments);
 
-// A raw anymap: "P5" or "P6" of 8 or 16 bits.
-std::string anymap(
-    const char* kind, int width, int height, int largest, const std::vector<unsigned>& samples);
-
-// A PNG of 3 x 2 palette indices: 0 1 2 / 2 1 0, with red, green and blue as the palette.
-std::string palettePng();
+// A raw anymap of 8 bits: "P5" or "P6".
+std::string anymap(const std::string& kind,
+                   int width,
+                   int height,
+                   const std::vector<uint8_t>& samples);
