@@ -137,7 +137,7 @@ TEST_P(BrokenFiles, AreChosenByContentWhateverTheyAreCalled) {
     const std::string text = files_.write(std::string("x.") + GetParam().saver, "only text");
     EXPECT_FALSE(VORN_H_ImageGetLoaderName(text.c_str(), nullptr, loader, sizeof loader));
     EXPECT_EQ(VORN_ErrorPairCode(VORN_H_ImageGetError(nullptr)), 28);
-    const std::string mp4 = big(16, 4) + "ftypmp42" + little(0, 4) + "mp42";
+    const std::string mp4 = big(20, 4) + "ftypmp42" + little(0, 4) + "mp42";
     const std::string others[] = {"",
                                   "BM",
                                   "GIF89",

@@ -43,5 +43,3 @@ class Modules : public testing::Test {
     ScratchDirectory files_;
     UserSettings user_;
 };
-}
-;

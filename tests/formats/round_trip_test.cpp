@@ -82,7 +82,7 @@ TEST_F(Modules, BringBackWhatTheyHaveSaved) {
                     SCOPED_TRACE(testing::Message() << trip.saver << settings << kind.channels
                                                     << kind.colorSpace << ' ' << bits);
                     // More than one block holds, and as little as can be.
-                    for (const std::pair size : {std::pair{403, 91}, {1, 1}})
+                    for (const auto& size : {std::pair{403, 91}, {1, 1}})
                         expectSame(saver, loader, files_.path("a"), kind, size, bits);
                 }
             }

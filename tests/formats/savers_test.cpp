@@ -42,6 +42,8 @@ TEST_F(Modules, MakeSmallerFilesWithSmallerSettings) {
     }
 }
 
+constexpr int32_t kErrorOfTheSystem = 0x08000000;  // and those above
+
 // 0: saved.
 int32_t failureOf(const std::string& saver,
                   const std::string& path,
@@ -63,17 +65,17 @@ TEST_F(Modules, RefuseToSaveWhatTheyDontKnowAndLeaveTheFileAsItWas) {
         std::vector<const char*> badSettings;
         std::vector<Kind> kinds;
     } savers[] = {
-        {"pnm", {"Form=text"}, {ink, indexed, {1, 5, 1, VORN_CS_RGB}}},
+        {"pnm", {"Form=text"}, {ink, {1, 5, 1, VORN_CS_RGB}}},
         {"bmp", {}, {ink, indexed}},
         {"tga", {"RunLength=5"}, {ink, indexed, {65536, 1, 1, VORN_CS_GRAY}}},
         {"gif", {}, {ink, indexed, {65536, 1, 1, VORN_CS_GRAY}}},
         {"png",
          {"CompressionLevel=10", "CompressionLevel=fast", "Filter=sharp", "Filter=none\nStrategy=0",
           "Interlace=2"},
-         {ink, indexed, {1, 3, 1, VORN_CS_YUV601}, {1, 5, 1, VORN_CS_NONE}}},
+         {ink, indexed, {1, 5, 1, VORN_CS_NONE}}},
         {"jpeg",
          {"Quality=0", "Quality=101", "Subsampling=411"},
-         {indexed, {1, 5, 1, VORN_CS_NONE}, {65501, 1, 1, VORN_CS_GRAY}}},
+         {{1, 5, 1, VORN_CS_NONE}, {65501, 1, 1, VORN_CS_GRAY}}},
         {"tiff",
          {"Compression=zip", "Tiles=100", "Compression=deflate\nLevel=0"},
          {indexed,
@@ -83,8 +85,8 @@ TEST_F(Modules, RefuseToSaveWhatTheyDontKnowAndLeaveTheFileAsItWas) {
         {"webp", {"Quality=101", "Quality=-1", "Effort=7"}, {ink, {16384, 3, 1, VORN_CS_RGB}}},
         {"jpeg2000", {"Quality=101", "TileSize=-1", "TileSize=1"}, {ink}},
         {"jxl", {"Quality=101", "Effort=0"}, {ink}},
-        {"avif", {"Quality=101", "Effort=10", "Subsampling=411"}, {ink, indexed}},
-        {"heif", {"Quality=101", "Effort=10", "Subsampling=411"}, {ink, indexed}}};
+        {"avif", {"Quality=101", "Effort=10", "Subsampling=411"}, {ink}},
+        {"heif", {"Quality=101", "Effort=10", "Subsampling=411"}, {ink}}};
     const std::string path = files_.write("a", "before");
     for (const auto& [saver, badSettings, kinds] : savers) {
         if (!has(saver)) continue;
@@ -103,8 +105,7 @@ TEST_F(Modules, RefuseToSaveWhatTheyDontKnowAndLeaveTheFileAsItWas) {
         }
         EXPECT_EQ(contentOf(path), "before") << saver;
         user_.store(saver, "");
-        EXPECT_EQ(failureOf(saver, "/dev/full", color, VORN_CS_RGB), formats::kCannotWrite)
-            << saver;
+        EXPECT_GE(failureOf(saver, "/dev/full", color, VORN_CS_RGB), kErrorOfTheSystem) << saver;
         EXPECT_EQ(failureOf(saver, files_.path("none/a"), color, VORN_CS_RGB), formats::kCannotOpen)
             << saver;
     }
