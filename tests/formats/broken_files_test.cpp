@@ -15,8 +15,6 @@ constexpr size_t kCuts = 50;
 constexpr size_t kFlips = 50;
 constexpr size_t kHead = 128;  // small, and matters most
 
-using formats::Failure;
-
 struct Format {
     const char* saver;
     std::vector<const char*> settings;  // each makes a file of its own
@@ -106,13 +104,9 @@ TEST_P(BrokenFiles, CutAnywhereAreErrorsUntilAllPixelsAreThere) {
 }
 
 TEST_P(BrokenFiles, WithChangedBytesEndWithAPictureOrAnError) {
-    const std::set<int32_t> answers = {0,
-                                       formats::kNotThisFormat,
-                                       formats::kDamaged,
-                                       formats::kUnsupported,
-                                       formats::kOutOfMemory,
-                                       formats::kTooWideForBlock,
-                                       formats::kNoSuchPage};
+    using namespace formats;
+    const std::set<int32_t> answers = {
+        0, kNotThisFormat, kDamaged, kUnsupported, kOutOfMemory, kTooWideForBlock, kNoSuchPage};
     std::mt19937 random(7);
     for (const std::string& whole : wholeFiles()) {
         for (size_t i = 0; i < kFlips; ++i) {

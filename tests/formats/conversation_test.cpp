@@ -20,10 +20,6 @@ TEST_F(Modules, ALineTooWideForABlockIsRefusedAtOnce) {
     EXPECT_EQ(std::count(pixels.samples.begin(), pixels.samples.end(), 'x'), 4 * 49024);
 }
 
-int32_t stopAtThird(VORN_Image*, VORN_Word counter) {
-    return ++*reinterpret_cast<int32_t*>(counter) >= 3;
-}
-
 TEST_F(Modules, ASaverReplacesItsTargetOnlyWhenAllLinesHaveCome) {
     for (const char* module : {"pnm", "png"}) {
         SCOPED_TRACE(module);
@@ -32,11 +28,13 @@ TEST_F(Modules, ASaverReplacesItsTargetOnlyWhenAllLinesHaveCome) {
         const Pixels pixels(3000, 100, 3, 1);
         ASSERT_TRUE(image.open(path));
         ASSERT_TRUE(describe(image, pixels, VORN_CS_RGB));
+        const VORN_AbortCallback stopAtThird = [](VORN_Image*, VORN_Word counter) {
+            return int32_t{++*reinterpret_cast<int32_t*>(counter) >= 3};
+        };
         int32_t blocks = 0;
         EXPECT_FALSE(VORN_H_ImageVaWriteData(image.get(), &pixels.buffer, ITAG_AbortCallback,
-                                             reinterpret_cast<VORN_Word>(&stopAtThird),
-                                             ITAG_AbortCallbackUserData,
-                                             reinterpret_cast<VORN_Word>(&blocks), TAG_End));
+                                             VORN_Word(stopAtThird), ITAG_AbortCallbackUserData,
+                                             VORN_Word(&blocks), TAG_End));
         EXPECT_EQ(image.error(), 27);
         EXPECT_EQ(contentOf(path), "before");
         image.close();

@@ -183,6 +183,7 @@ TEST(PngLoader, ReadsTextsAndExifBeforeAndBehindThePixels) {
         const auto image = load<PngLoader>(files.write("a", file.bytes())).image;
         EXPECT_EQ(image.orientation, 3);
         for (const auto& [id, text] : texts) EXPECT_EQ(textOf(image, id), text);
+        EXPECT_EQ(image.tags.words().size(), 2 * tagsOf(image).size()) << "none twice";
     }
 }
 

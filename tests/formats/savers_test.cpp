@@ -80,7 +80,6 @@ TEST_F(Modules, RefuseToSaveWhatTheyDontKnowAndLeaveTheFileAsItWas) {
          {"Compression=zip", "Tiles=100", "Compression=deflate\nLevel=0"},
          {indexed,
           {1, 1, 2, VORN_CS_GRAY, "Compression=jpeg"},
-          {1, 4, 1, VORN_CS_RGB, "Compression=jpeg"},
           {1, 4, 1, VORN_CS_CMYK, "Compression=jpeg"}}},
         {"webp", {"Quality=101", "Quality=-1", "Effort=7"}, {ink, {16384, 3, 1, VORN_CS_RGB}}},
         {"jpeg2000", {"Quality=101", "TileSize=-1", "TileSize=1"}, {ink}},

@@ -176,6 +176,8 @@ TEST_F(Tiff, CompressesAsJpegWhereThatIsSet) {
             EXPECT_LE(furthest(load<TiffLoader>(files_.path("a.tif")).samples, ramp), 4);
         }
     }
+    EXPECT_EQ(saveFailure<TiffSaver>(files_.path("b"), imageWords(1, 1, 4, VORN_CS_RGB)),
+              formats::kCannotSave);
 }
 
 TEST_F(Tiff, OpensTheWantedPage) {

@@ -1,6 +1,5 @@
 // Conversions that go line by line from the loader to the saver give what a picture held whole
 // gives. The loader makes its pictures up from their "file names", see tests/modules.
-#include <gtest/gtest.h>
 #include <vorn/host.h>
 
 #include "tests/modules/saved_picture.h"
