@@ -39,6 +39,7 @@ class Streaming : public testing::Test {
         for (const char* name : {"Errors", "Savers/pnm", "Savers/pnm.cap"})
             home().install(name, built / name);
         home().install("Savers/small", built / "Savers/png");
+        home().install("Savers/full", built / "Savers/pnm");
         home().install("Loaders/loader", VORN_TEST_LOADER);
         home().install("Loaders/kill-at-block", VORN_MISBEHAVE);
         for (const char* name : {"Savers/saver", "Savers/saver-2"})
@@ -155,6 +156,14 @@ TEST_F(Streaming, TurnsForASaverThatWantsItsLinesInAnotherOrder) {
                 << saver;
         }
     }
+}
+
+TEST_F(Streaming, AddsAlphaForASaverThatAlwaysWantsIt) {
+    home().write("Savers/full.cap", "AlphaAlways=true\n");
+    expectDone(convert("w=5,h=4,c=3", "out.pam", {"--saver", "full"}));
+    const std::string saved = lastBytes(scratch_.path("out.pam"), 80);
+    ASSERT_EQ(saved.size(), 80u);
+    for (size_t i = 3; i < 80; i += 4) EXPECT_EQ(saved[i], '\xFF') << i;
 }
 
 TEST_F(Streaming, BreaksOffWithTheReasonOfTheSideThatFails) {
