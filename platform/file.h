@@ -21,8 +21,9 @@ class File {
     // A file that takes the place of `path` when it is committed and leaves no trace when it is
     // not. It has no name where the file system can do that, else a hidden one in the same
     // directory. A program that is killed while its file has such a name leaves it to the next one
-    // that replaces a file there, which removes it. A target that exists and is not a regular file
-    // is written directly.
+    // that replaces a file there, which removes it. A target that exists and is not a regular file,
+    // or a file that has no name any more (reached through another one's descriptors), is written
+    // directly.
     int32_t openForReplacing(const char* path);
 
     // Moves up to `count` bytes, going on after interruptions and short writes. `moved` counts

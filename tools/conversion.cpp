@@ -22,9 +22,14 @@ constexpr uint64_t kMebibyte = uint64_t{1} << 20;
 
 class Conversion {
   public:
-    Conversion(const ConversionRequest& request, Interrupts& interrupts)
+    Conversion(const ConversionRequest& request,
+               const SourceFile& in,
+               const TargetFile& out,
+               Interrupts& interrupts)
         : request_(request),
-          loaderName_(chooseLoader(request.in, request.loader)),
+          in_(in),
+          out_(out),
+          loaderName_(chooseLoader(in, request.loader)),
           saverAbilities_(capabilitiesOf(request.saver, VORN_SAVER)),
           loader_(loaderName_, VORN_LOADER, request.in, request.limits, interrupts),
           saver_(request.saver, VORN_SAVER, request.out, request.limits, interrupts) {}
@@ -49,7 +54,7 @@ class Conversion {
     // the colour space are hints; without a size and with "None" there are none.
     void openLoader(Size wanted, int32_t colorSpace) {
         TagWords words;
-        words.addAddress(ITAG_Filename, request_.in.c_str());
+        words.addAddress(ITAG_Filename, in_.path().c_str());
         words.addLong(ITAG_Orientation, 0);
         if (request_.page > 0) {
             words.addLong(ITAG_PageNumber, request_.page);
@@ -160,7 +165,7 @@ class Conversion {
     }
 
     void openSaver() {
-        if (!VORN_H_ImageVaOpen(saver_.image(), ITAG_Filename, request_.out.c_str(), TAG_End)) {
+        if (!VORN_H_ImageVaOpen(saver_.image(), ITAG_Filename, out_.path().c_str(), TAG_End)) {
             saver_.fail();
         }
     }
@@ -220,6 +225,8 @@ class Conversion {
     }
 
     const ConversionRequest& request_;
+    const SourceFile& in_;
+    const TargetFile& out_;
     std::string loaderName_;
     Capabilities saverAbilities_;
     Connection loader_;
@@ -233,9 +240,11 @@ class Conversion {
 }  // namespace
 
 void convertPicture(const ConversionRequest& request,
+                    const SourceFile& in,
+                    const TargetFile& out,
                     Interrupts& interrupts,
                     ProgressBar& progress) {
-    Conversion(request, interrupts).run(progress);
+    Conversion(request, in, out, interrupts).run(progress);
 }
 
 }  // namespace vorn::tool

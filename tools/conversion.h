@@ -9,6 +9,7 @@
 
 #include "tools/interrupts.h"
 #include "tools/module_options.h"
+#include "tools/picture_files.h"
 #include "tools/progress_bar.h"
 
 namespace vorn::tool {
@@ -36,6 +37,8 @@ struct ConversionRequest {
 
 // Throws; the file to write is then as it was before.
 void convertPicture(const ConversionRequest& request,
+                    const SourceFile& in,
+                    const TargetFile& out,
                     Interrupts& interrupts,
                     ProgressBar& progress);
 

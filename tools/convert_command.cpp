@@ -34,17 +34,26 @@ std::string checkedSaver(const ConversionRequest& request) {
     return request.saver;
 }
 
-void convert(ConversionRequest request) {
-    request.saver = checkedSaver(request);
+void convertInterruptibly(const ConversionRequest& request,
+                          const SourceFile& in,
+                          const TargetFile& out) {
     Interrupts interrupts;
     ProgressBar progress(request.in, request.quiet);
     try {
-        convertPicture(request, interrupts, progress);
+        convertPicture(request, in, out, interrupts, progress);
     } catch (const Failure& failure) {
         progress.clear();
         // However a transfer ends that was asked to stop, it has been stopped.
         throw interrupts.requested() ? numberedFailure(failure.file, kErrorAborted, 0) : failure;
     }
+}
+
+void convert(ConversionRequest request) {
+    request.saver = checkedSaver(request);
+    const TargetFile out(request.out);
+    const SourceFile in(request.in);
+    convertInterruptibly(request, in, out);
+    out.deliver();
 }
 
 std::string checkSize(const std::string& text) {
@@ -71,8 +80,9 @@ void addConvertCommand(CLI::App& program, ExitStatus&) {
     CLI::App* const command =
         program.add_subcommand("convert", "Write a picture in another format or form");
     const auto arguments = std::make_shared<ConversionRequest>();
-    command->add_option("IN", arguments->in, "The picture")->required();
-    command->add_option("OUT", arguments->out, "The file to write")->required();
+    command->add_option("IN", arguments->in, "The picture; - is standard input")->required();
+    command->add_option("OUT", arguments->out, "The file to write; - is standard output")
+        ->required();
     command->add_option("--loader", arguments->loader,
                         "The loader; otherwise the one that knows the file's contents");
     command->add_option("--saver", arguments->saver, "The saver; otherwise by the ending of OUT");

@@ -43,17 +43,17 @@ const VORN_TagItem* moduleItem(VORN_Image* image, unsigned id) {
     return VORN_L_TagFind(VORN_L_ImageGetTagList(image), id);
 }
 
-std::string chooseLoader(const std::string& file, const std::string& wanted) {
+std::string chooseLoader(const SourceFile& file, const std::string& wanted) {
     // A directory can be opened like a file, and no loader would know it.
     std::error_code ignored;
-    if (std::filesystem::is_directory(file, ignored)) {
-        throw numberedFailure(file, kErrorOpenFile, EISDIR);
+    if (std::filesystem::is_directory(file.path(), ignored)) {
+        throw numberedFailure(file.name(), kErrorOpenFile, EISDIR);
     }
     std::array<char, 4096> name{};
     const char* const asked = wanted.empty() ? nullptr : wanted.c_str();
-    if (!VORN_H_ImageGetLoaderName(file.c_str(), asked, name.data(),
+    if (!VORN_H_ImageGetLoaderName(file.path().c_str(), asked, name.data(),
                                    static_cast<int32_t>(name.size()))) {
-        throw libraryFailure(file, nullptr);
+        throw libraryFailure(file.name(), nullptr);
     }
     return name.data();
 }

@@ -7,6 +7,7 @@
 #include <string>
 
 #include "tools/module_options.h"
+#include "tools/picture_files.h"
 
 namespace vorn::tool {
 
@@ -31,6 +32,6 @@ std::optional<std::string> textTag(VORN_Image* image, unsigned id);
 const VORN_TagItem* moduleItem(VORN_Image* image, unsigned id);
 
 // The loader for a file: the one that was asked for, or the one that knows its contents. Throws.
-std::string chooseLoader(const std::string& file, const std::string& wanted);
+std::string chooseLoader(const SourceFile& file, const std::string& wanted);
 
 }  // namespace vorn::tool

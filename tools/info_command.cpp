@@ -29,18 +29,19 @@ struct Arguments {
     bool asJson = false;
 };
 
-ImageDescription read(const std::string& file, const Arguments& arguments) {
+ImageDescription read(const std::string& name, const Arguments& arguments) {
+    const SourceFile file(name);
     const std::string loader = chooseLoader(file, arguments.loader);
-    const Handle handle(loader, VORN_LOADER, file, arguments.limits);
+    const Handle handle(loader, VORN_LOADER, name, arguments.limits);
     TagWords words;
-    words.addAddress(ITAG_Filename, file.c_str());
+    words.addAddress(ITAG_Filename, file.path().c_str());
     if (arguments.page > 0) {
         words.addLong(ITAG_PageNumber, arguments.page);
     }
     if (!VORN_H_ImageOpen(handle.get(), words.data())) {
-        throw libraryFailure(file, handle.get());
+        throw libraryFailure(name, handle.get());
     }
-    return describe(handle.get(), file, loader);
+    return describe(handle.get(), name, loader);
 }
 
 std::string pair(const Fields& fields, unsigned x, unsigned y, const char* between) {
@@ -159,7 +160,7 @@ ExitStatus showAll(const Arguments& arguments) {
 void addInfoCommand(CLI::App& program, ExitStatus& status) {
     CLI::App* const command = program.add_subcommand("info", "Say what is in picture files");
     const auto arguments = std::make_shared<Arguments>();
-    command->add_option("FILE", arguments->files, "The pictures")->required();
+    command->add_option("FILE", arguments->files, "The pictures; - is standard input")->required();
     command->add_option("--loader", arguments->loader,
                         "The loader to use; otherwise the one that knows the file's contents");
     addPageOption(*command, arguments->page);

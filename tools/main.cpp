@@ -2,10 +2,12 @@
 
 #include <vorn/host.h>
 
+#include <cerrno>
 #include <cstdio>
 #include <new>
 
 #include "tools/commands.h"
+#include "tools/picture_files.h"
 #include "tools/printable.h"
 
 namespace vorn::tool {
@@ -46,13 +48,23 @@ int run(int argc, char** argv) {
     return status;
 }
 
+// A run whose answer didn't get to where it was wanted has failed.
+int statusWithOutput(int status) {
+    if (std::fflush(stdout) == 0 && std::ferror(stdout) == 0) {
+        return status;
+    }
+    printFailure(numberedFailure("standard output", kErrorCannotWrite, errno));
+    return kFailed;
+}
+
 }  // namespace
 
 }  // namespace vorn::tool
 
 int main(int argc, char** argv) {
+    vorn::tool::reserveStandardDescriptors();
     try {
-        return vorn::tool::run(argc, argv);
+        return vorn::tool::statusWithOutput(vorn::tool::run(argc, argv));
     } catch (const std::exception& error) {
         std::fprintf(stderr, "vorn: %s\n", error.what());
         return vorn::tool::kFailed;

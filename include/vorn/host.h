@@ -155,8 +155,11 @@ VORN_API VORN_Image* VORN_H_ModuleOpen(const char* name, int32_t type, const VOR
 VORN_API VORN_Image* VORN_H_ModuleVaOpen(const char* name, int32_t type, ...);
 
 /* Adds the tags (ITAG_Filename and others), starts the module program if none is running, and
- * fetches the image information. After a failure, call VORN_H_ImageClose or VORN_H_ModuleClose.
- * Errors: those of VORN_L_StartImageModule and VORN_L_WaitForInfo. */
+ * fetches the image information. It is the module that opens the file: a relative name counts from
+ * the directory that was the host's own when it started the module program, and the host's
+ * descriptors are not the module's (for pipes and open files, give /proc/PID/fd/N with the host's
+ * PID; most loaders need a file in which they can go back). After a failure, call VORN_H_ImageClose
+ * or VORN_H_ModuleClose. Errors: those of VORN_L_StartImageModule and VORN_L_WaitForInfo. */
 VORN_API VORN_Bool VORN_H_ImageOpen(VORN_Image* image, const VORN_Word* tags);
 VORN_API VORN_Bool VORN_H_ImageVaOpen(VORN_Image* image, ...);
 

@@ -95,8 +95,9 @@ int32_t File::openForReplacing(const char* path) {
     if (exists) {
         if (S_ISDIR(status.st_mode)) return EISDIR;
         if (::access(path, W_OK) != 0) return errno;
-        if (!S_ISREG(status.st_mode)) {
-            descriptor_ = openFile(path, O_WRONLY);
+        const bool isFile = S_ISREG(status.st_mode);
+        if (!isFile || status.st_nlink == 0) {
+            descriptor_ = openFile(path, isFile ? O_RDWR | O_TRUNC : O_WRONLY);
             return descriptor_ < 0 ? errno : 0;
         }
     }
@@ -203,7 +204,7 @@ int32_t File::flush() {
 }
 
 int32_t File::commit() {
-    if (!target_) return 0;  // a device or pipe, written directly
+    if (!target_) return 0;  // written directly
     if (!temporary_) {
         if (const int32_t error = takeName(&File::linkAs)) return error;
     }
