@@ -46,10 +46,7 @@ Sizes sizesOf(const std::string& descriptor) {
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
-    std::string descriptor = textOf(data, size);
-    descriptor.resize(descriptor.find_first_of('\0') == std::string::npos
-                          ? size
-                          : descriptor.find_first_of('\0'));
+    const std::string descriptor = textOf(data, size).c_str();  // up to the first 0
     if (descriptor.size() > 64) return 0;
     const Sizes sizes = sizesOf(descriptor);
     std::vector<uint8_t> file(sizes.file);

@@ -6,8 +6,6 @@
 #include <set>
 #include <tuple>
 
-#include "tests/formats/format_files.h"
-#include "tests/formats/heif_files.h"
 #include "tests/formats/module_host.h"
 #include "tests/soak/amounts.h"
 
@@ -17,17 +15,14 @@ constexpr size_t kCuts = 50;
 constexpr size_t kFlips = 50;
 constexpr size_t kHead = 128;  // small, and matters most
 
-using formats::Failure;
-
 struct Format {
     const char* saver;
     std::vector<const char*> settings;  // each makes a file of its own
-    const char* loader = saver;
 
     friend void PrintTo(const Format& format, std::ostream* out) { *out << format.saver; }
 };
 
-std::vector<Format> installedFormats(const std::string& home) {
+std::vector<Format> installedFormats() {
     std::vector<Format> formats = {
         {"pnm", {"Form=plain"}},
         {"bmp", {}},
@@ -39,11 +34,9 @@ std::vector<Format> installedFormats(const std::string& home) {
         {"gif", {}},
         {"jxl", {"Lossless=true"}},
         {"jpeg2000", {"Lossless=false", "TileSize=16"}},
-        {"avif", {"Lossless=true"}, "heif"},
+        {"avif", {"Lossless=true"}},
         {"heif", {"Lossless=true"}}};
-    std::erase_if(formats, [&](const Format& format) {
-        return !std::filesystem::exists(home + "/Savers/" + format.saver + ".cap");
-    });
+    std::erase_if(formats, [](const Format& format) { return !Modules::has(format.saver); });
     return formats;
 }
 
@@ -52,15 +45,13 @@ class BrokenFiles : public Modules, public testing::WithParamInterface<Format> {
     std::string fileOf(int32_t channels, int32_t bytes) const {
         const Image saver(GetParam().saver, VORN_SAVER);
         Pixels pixels(40, 30, channels, bytes);
-        const std::vector<uint8_t> noise = noiseOf(pixels.samples.size() / 2);
-        std::copy(noise.begin(), noise.end(), pixels.samples.begin());
+        pixels.fill(noiseOf(pixels.samples.size() / 2));
         const bool grey = channels == 1;
-        EXPECT_TRUE(saver.open(files_.path("a")) &&
-                    describe(saver, pixels, grey ? VORN_CS_GRAY : VORN_CS_RGB) &&
-                    VORN_H_ImageVaSetTags(saver.get(), ITAG_Description, "a description", ITAG_XDPI,
-                                          VORN_Word{300}, ITAG_Orientation, VORN_Word{3},
-                                          TAG_End) &&
-                    VORN_H_ImageVaWriteData(saver.get(), &pixels.buffer, TAG_End))
+        EXPECT_TRUE(
+            saver.open(files_.path("a")) &&
+            describe(saver, pixels, grey ? VORN_CS_GRAY : VORN_CS_RGB) &&
+            saver.set(ITAG_Description, "a description", ITAG_XDPI, 300, ITAG_Orientation, 3) &&
+            saver.write(pixels))
             << saver.error();
         return contentOf(files_.path("a"));
     }
@@ -81,19 +72,14 @@ class BrokenFiles : public Modules, public testing::WithParamInterface<Format> {
         return error;
     }
 
-  private:
     int32_t read(const std::string& content) const {
         bool done = loader_.open(files_.write("x", content)) &&
-                    VORN_H_ImageVaSetTags(loader_.get(), ITAG_ColorSpace, VORN_Word{VORN_CS_RGB},
-                                          ITAG_Orientation, VORN_Word{0}, TAG_End);
+                    loader_.set(ITAG_ColorSpace, VORN_CS_RGB, ITAG_Orientation, 0);
         if (done) {
-            int32_t width = 0;
-            int32_t height = 0;
-            done = VORN_H_ImageVaGetTags(loader_.get(), ITAG_Width, &width, ITAG_Height, &height,
-                                         TAG_End);
             // What has become large is read scaled.
-            Pixels pixels(std::min(width, 100), std::min(height, 100), 4, 1);
-            done = done && VORN_H_ImageVaReadData(loader_.get(), &pixels.buffer, TAG_End);
+            const Pixels pixels(std::min(loader_.number(ITAG_Width), 100),
+                                std::min(loader_.number(ITAG_Height), 100), 4, 1);
+            done = loader_.read(pixels);
         }
         const int32_t error = done ? 0 : loader_.error();
         EXPECT_TRUE(done || error != 0) << "a failure without a reason";
@@ -101,8 +87,8 @@ class BrokenFiles : public Modules, public testing::WithParamInterface<Format> {
         return error;
     }
 
-    UserSettings user_;
-    Image loader_{GetParam().loader, VORN_LOADER};
+  private:
+    Image loader_{loaderOf(GetParam().saver), VORN_LOADER};
 };
 
 TEST_P(BrokenFiles, CutAnywhereAreErrorsUntilAllPixelsAreThere) {
@@ -118,13 +104,9 @@ TEST_P(BrokenFiles, CutAnywhereAreErrorsUntilAllPixelsAreThere) {
 }
 
 TEST_P(BrokenFiles, WithChangedBytesEndWithAPictureOrAnError) {
-    const std::set<int32_t> answers = {0,
-                                       formats::kNotThisFormat,
-                                       formats::kDamaged,
-                                       formats::kUnsupported,
-                                       formats::kOutOfMemory,
-                                       formats::kTooWideForBlock,
-                                       formats::kNoSuchPage};
+    using namespace formats;
+    const std::set<int32_t> answers = {
+        0, kNotThisFormat, kDamaged, kUnsupported, kOutOfMemory, kTooWideForBlock, kNoSuchPage};
     std::mt19937 random(7);
     for (const std::string& whole : wholeFiles()) {
         for (size_t i = 0; i < kFlips; ++i) {
@@ -143,27 +125,38 @@ TEST_P(BrokenFiles, AreChosenByContentWhateverTheyAreCalled) {
         for (const char* name : {"x", "x.txt", "x.pnm", "x.PNG"}) {
             EXPECT_TRUE(VORN_H_ImageGetLoaderName(files_.write(name, whole).c_str(), nullptr,
                                                   loader, sizeof loader));
-            EXPECT_STREQ(loader, GetParam().loader) << name;
+            EXPECT_EQ(loader, loaderOf(GetParam().saver)) << name;
         }
     }
     const std::string text = files_.write(std::string("x.") + GetParam().saver, "only text");
     EXPECT_FALSE(VORN_H_ImageGetLoaderName(text.c_str(), nullptr, loader, sizeof loader));
     EXPECT_EQ(VORN_ErrorPairCode(VORN_H_ImageGetError(nullptr)), 28);
+    const std::string mp4 = big(20, 4) + "ftypmp42" + little(0, 4) + "mp42";
+    const std::string others[] = {"",
+                                  "BM",
+                                  "GIF89",
+                                  "GIF88a and more",
+                                  "\x89PNG",
+                                  "II*",
+                                  "RIFF",
+                                  "RIFF1234WAVE",
+                                  "\xFF",
+                                  "\xFF\x0B",
+                                  "\xFF\x4F\xFF",
+                                  "JXL picture",
+                                  mp4,
+                                  "0000moovheic",
+                                  "ftypheic",
+                                  "jP picture",
+                                  "a text that is long enough for a head"};
+    for (const std::string& other : others)
+        EXPECT_EQ(read(other), formats::kNotThisFormat) << other;
 }
 
 INSTANTIATE_TEST_SUITE_P(Formats,
                          BrokenFiles,
-                         testing::ValuesIn(installedFormats(Modules::home())),
+                         testing::ValuesIn(installedFormats()),
                          [](const auto& format) { return std::string(format.param.saver); });
-
-std::string number(uint64_t value, size_t bytes, bool bigEnd) {
-    std::string text;
-    for (size_t i = 0; i < bytes; ++i)
-        text += static_cast<char>(value >> 8 * (bigEnd ? bytes - 1 - i : i));
-    return text;
-}
-std::string little(uint64_t value, size_t bytes) { return number(value, bytes, false); }
-std::string big(uint64_t value, size_t bytes) { return number(value, bytes, true); }
 
 std::string tiffBomb() {
     std::string fields;
@@ -175,30 +168,13 @@ std::string tiffBomb() {
            std::string(104, '\0');
 }
 
-// Three components of full resolution: 8 GiB of samples, 16 of coefficients.
-std::string jpegBomb() {
-    std::string table = "\xFF\xDB" + big(67, 2) + std::string(1, '\0') + std::string(64, '\1');
-    std::string codes = "\xFF\xC4" + big(20, 2) + std::string(1, '\0') + "\1" +
-                        std::string(15, '\0') + std::string(1, '\0');
-    std::string frame = "\xFF\xC2" + big(17, 2) + "\x08" + big(53000, 2) + big(53000, 2) + "\3";
-    for (char c = 1; c <= 3; ++c) frame += std::string{c, '\x11', '\0'};
-    const std::string scan =
-        "\xFF\xDA" + big(12, 2) + "\3" + std::string{1, 0, 2, 0, 3, 0, 0, 0, 0};
-    return "\xFF\xD8" + table + codes + frame + scan + std::string(300, '\0') + "\xFF\xD9";
-}
-
 // What the host is told: 0 for a picture.
 int32_t outcome(const Image& loader, const std::string& path) {
-    Pixels pixels(64, 64, 1, 1);
-    const bool read =
-        loader.open(path) && VORN_H_ImageVaReadData(loader.get(), &pixels.buffer, TAG_End);
-    return read ? 0 : loader.error();
+    return loader.open(path) && loader.read(Pixels(64, 64, 1, 1)) ? 0 : loader.error();
 }
 
 TEST_F(Modules, DontBelieveASmallFileThatClaimsAHugePicture) {
     const std::string tgaSizes = little(65535, 2) + little(65535, 2);
-    const std::string side = big(65536, 4);
-    const std::string origin = big(0, 8);
     const std::tuple<const char*, int32_t, std::string> bombs[] = {
         {"pnm", formats::kDamaged, "P5\n65536 65536\n255\n"},
         {"bmp", formats::kDamaged,
@@ -213,7 +189,6 @@ TEST_F(Modules, DontBelieveASmallFileThatClaimsAHugePicture) {
          "\x89PNG\r\n\x1A\n" + big(13, 4) + "IHDR" + big(65536, 4) + big(65536, 4) +
              std::string{8, 0, 0, 0, 1} + big(0x3EE85FA9, 4) + big(99, 4) + "IDAT" +
              std::string(99, 'x')},
-        {"jpeg", formats::kOutOfMemory, jpegBomb()},
         {"tiff", formats::kOutOfMemory, tiffBomb()},
         {"webp", formats::kDamaged,
          "RIFF" + little(30, 4) + "WEBPVP8L" + little(17, 4) + "\x2F" + little(0x0FFFFFFF, 4) +
@@ -223,15 +198,9 @@ TEST_F(Modules, DontBelieveASmallFileThatClaimsAHugePicture) {
              std::string(6, '\7') + "," + std::string(4, '\0') + little(65535, 2) +
              little(65535, 2) + std::string(1, '\0') + "\2\2\x44\1" + std::string(1, '\0') + ";"},
         {"jxl", formats::kOutOfMemory,
-         "\xFF\x0A" + little(0x3FFFF00007FFFE, 7) + little(0x3000, 2) + std::string(7, '\0')},
-        {"jpeg2000", formats::kOutOfMemory,
-         "\xFF\x4F\xFF\x51" + big(41, 2) + big(0, 2) + side + side + origin + side + side + origin +
-             big(1, 2) + big(0x070101, 3) + "\xFF\x52" + big(12, 2) + big(0x100, 5) +
-             big(0x0004040001, 5) + "\xFF\x5C" + big(4, 2) + big(0x4040, 2) + "\xFF\x90" +
-             big(10, 2) + big(0, 2) + big(0, 4) + big(1, 2) + "\xFF\x93" + std::string(99, 'x') +
-             "\xFF\xD9"}};
+         "\xFF\x0A" + little(0x3FFFF00007FFFE, 7) + little(0x3000, 2) + std::string(7, '\0')}};
     for (const auto& [format, wanted, content] : bombs) {
-        if (!std::filesystem::exists(home() + "/Loaders/" + format + ".cap")) continue;
+        if (!has(format)) continue;
         const Image loader(format, VORN_LOADER);
         EXPECT_EQ(outcome(loader, files_.write("a", content)), wanted) << format;
     }
@@ -245,7 +214,7 @@ TEST_F(Modules, TellAPictureLargerThanItsBoxesClaimFromAWantOfMemory) {
     const Image loader("heif", VORN_LOADER);
     const Pixels flat(2100, 2100, 1, 1);
     for (const char* name : {"avif", "heif"}) {
-        if (!std::filesystem::exists(home() + "/Savers/" + name + ".cap")) continue;
+        if (!has(name)) continue;
         const Image saver(name, VORN_SAVER);
         ASSERT_TRUE(save(saver, files_.path("a"), flat, VORN_CS_GRAY)) << saver.error();
         const std::string content = contentOf(files_.path("a"));

@@ -1,7 +1,6 @@
 // The installed modules, spoken to by a host.
 #include <algorithm>
 
-#include "tests/formats/format_files.h"
 #include "tests/formats/module_host.h"
 
 namespace {
@@ -16,13 +15,9 @@ TEST_F(Modules, ALineTooWideForABlockIsRefusedAtOnce) {
     EXPECT_EQ(image.error(), formats::kTooWideForBlock);
     image.close();
     ASSERT_TRUE(image.open(grey("49024", 49024)));
-    Pixels pixels(49024, 2, 1, 2);
-    EXPECT_TRUE(VORN_H_ImageVaReadData(image.get(), &pixels.buffer, TAG_End));
+    const Pixels pixels(49024, 2, 1, 2);
+    EXPECT_TRUE(image.read(pixels));
     EXPECT_EQ(std::count(pixels.samples.begin(), pixels.samples.end(), 'x'), 4 * 49024);
-}
-
-int32_t stopAtThird(VORN_Image*, VORN_Word counter) {
-    return ++*reinterpret_cast<int32_t*>(counter) >= 3;
 }
 
 TEST_F(Modules, ASaverReplacesItsTargetOnlyWhenAllLinesHaveCome) {
@@ -33,11 +28,13 @@ TEST_F(Modules, ASaverReplacesItsTargetOnlyWhenAllLinesHaveCome) {
         const Pixels pixels(3000, 100, 3, 1);
         ASSERT_TRUE(image.open(path));
         ASSERT_TRUE(describe(image, pixels, VORN_CS_RGB));
+        const VORN_AbortCallback stopAtThird = [](VORN_Image*, VORN_Word counter) {
+            return int32_t{++*reinterpret_cast<int32_t*>(counter) >= 3};
+        };
         int32_t blocks = 0;
         EXPECT_FALSE(VORN_H_ImageVaWriteData(image.get(), &pixels.buffer, ITAG_AbortCallback,
-                                             reinterpret_cast<VORN_Word>(&stopAtThird),
-                                             ITAG_AbortCallbackUserData,
-                                             reinterpret_cast<VORN_Word>(&blocks), TAG_End));
+                                             VORN_Word(stopAtThird), ITAG_AbortCallbackUserData,
+                                             VORN_Word(&blocks), TAG_End));
         EXPECT_EQ(image.error(), 27);
         EXPECT_EQ(contentOf(path), "before");
         image.close();
@@ -49,7 +46,6 @@ TEST_F(Modules, ASaverReplacesItsTargetOnlyWhenAllLinesHaveCome) {
 }
 
 TEST_F(Modules, ASaverReadsTheSettingsOfItsHostsApplication) {
-    const UserSettings user;
     const std::string path = files_.path("a.ppm");
     const Image image("pnm", VORN_SAVER);
     const auto head = [&](const char* application) {
@@ -64,11 +60,11 @@ TEST_F(Modules, ASaverReadsTheSettingsOfItsHostsApplication) {
     EXPECT_EQ(head("Draw"), "P6");
     EXPECT_EQ(head(""), "P6");
 
-    user.store("pnm", "Form=text");
+    user_.store("pnm", "Form=text");
     EXPECT_FALSE(save(image, path, Pixels(1, 1, 3, 1)));
     EXPECT_EQ(image.error(), formats::kBadOption);
     EXPECT_EQ(contentOf(path).substr(0, 2), "P6") << "as it was";
-    user.store("pnm", "Form=plain");
+    user_.store("pnm", "Form=plain");
     image.close();
     EXPECT_TRUE(save(image, path, Pixels(1, 1, 3, 1))) << image.error();
 }

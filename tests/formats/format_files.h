@@ -5,6 +5,8 @@
 #include <vorn/host.h>
 #include <vorn/library.h>
 
+#include <algorithm>
+#include <cstdlib>
 #include <map>
 #include <string>
 #include <utility>
@@ -22,6 +24,12 @@ struct LoadedImage {
     Bytes samples;
 
     std::string text() const { return {samples.begin(), samples.end()}; }
+
+    // The sample that begins at this byte, which moves on to the next.
+    unsigned next(size_t& at) const {
+        const unsigned low = samples[at++];
+        return image.bytesPerChannel == 1 ? low : low | static_cast<unsigned>(samples[at++]) << 8;
+    }
 };
 
 template <class Loader>
@@ -122,6 +130,11 @@ class PaletteTag {
     VORN_Palette* palette_;
 };
 
+// Noise for sample c of pixel (x, y), so that an exchange of any two shows.
+inline unsigned noiseAt(uint32_t x, uint32_t y, int c) {
+    return (x * 2654435761u + y * 40503u + static_cast<unsigned>(c) * 97u + 1) * 2246822519u >> 7;
+}
+
 inline std::vector<uint8_t> noiseOf(size_t count) {
     std::vector<uint8_t> samples(count);
     uint32_t state = 12345;
@@ -181,6 +194,32 @@ void save(const std::string& path,
 }
 
 inline Bytes bytesOf(const std::string& text) { return {text.begin(), text.end()}; }
+
+// The largest difference of two bytes; 256 when there are more of one than of the other.
+inline int furthest(const Bytes& a, const Bytes& b) {
+    int most = a.size() == b.size() ? 0 : 256;
+    for (size_t i = 0; most < 256 && i < a.size(); ++i)
+        most = std::max(most, std::abs(a[i] - b[i]));
+    return most;
+}
+
+// A number as it stands in files, its least or its most significant byte first.
+inline std::string little(uint64_t value, size_t bytes) {
+    std::string text;
+    for (size_t i = 0; i < bytes; ++i) text += static_cast<char>(value >> 8 * i);
+    return text;
+}
+inline std::string big(uint64_t value, size_t bytes) {
+    const std::string text = little(value, bytes);
+    return {text.rbegin(), text.rend()};
+}
+
+// A HEIF file with this size in its boxes, wherever the picture's own is.
+inline std::string withSize(std::string file, uint32_t width, uint32_t height) {
+    for (size_t at = 0; (at = file.find("ispe", at)) != std::string::npos; ++at)
+        file.replace(at + 8, 8, big(width, 4) + big(height, 4));
+    return file;
+}
 
 // Saves noise (or these samples), and expects the loader to bring the same picture back.
 template <class Saver, class Loader>

@@ -1,30 +1,23 @@
 // A host of the modules in the build tree.
 #pragma once
 
-#include <gtest/gtest.h>
-#include <vorn/host.h>
-
 #include <cstdlib>
-#include <string>
 
-#include "tests/scratch_home.h"
+#include "tests/formats/format_files.h"
 #include "tests/support/module_image.h"
 
 inline bool describe(const Image& image, const Pixels& pixels, int32_t colorSpace) {
-    return VORN_H_ImageVaSetTags(
-        image.get(), ITAG_Width, static_cast<VORN_Word>(pixels.buffer.chunky.width), ITAG_Height,
-        static_cast<VORN_Word>(pixels.buffer.chunky.height), ITAG_Channels,
-        static_cast<VORN_Word>(pixels.buffer.chunky.channels), ITAG_ImageChannelSize,
-        static_cast<VORN_Word>(pixels.buffer.chunky.bytesPerChannel), ITAG_ColorSpace,
-        static_cast<VORN_Word>(colorSpace), ITAG_Orientation, VORN_Word{0}, TAG_End);
+    const VORN_ChunkyBuffer& p = pixels.buffer.chunky;
+    return image.set(ITAG_Width, p.width, ITAG_Height, p.height, ITAG_Channels, p.channels,
+                     ITAG_ImageChannelSize, p.bytesPerChannel, ITAG_ColorSpace, colorSpace,
+                     ITAG_Orientation, 0);
 }
 
 inline bool save(const Image& image,
                  const std::string& path,
                  const Pixels& pixels,
                  int32_t colorSpace = VORN_CS_RGB) {
-    return image.open(path) && describe(image, pixels, colorSpace) &&
-           VORN_H_ImageVaWriteData(image.get(), &pixels.buffer, TAG_End);
+    return image.open(path) && describe(image, pixels, colorSpace) && image.write(pixels);
 }
 
 class Modules : public testing::Test {
@@ -35,7 +28,18 @@ class Modules : public testing::Test {
         return other ? other : VORN_BUILT_HOME;
     }
 
+    // The formats whose codec libraries are missing are not built.
+    static bool has(const std::string& saver) {
+        return std::filesystem::exists(home() + "/Savers/" + saver + ".cap");
+    }
+
+    // The loader of what a saver has saved.
+    static std::string loaderOf(const std::string& saver) {
+        return saver == "avif" ? "heif" : saver;
+    }
+
   protected:
     ScopedVariable home_{"VORN", home()};
     ScratchDirectory files_;
+    UserSettings user_;
 };

@@ -2,19 +2,7 @@
 // upright.
 #pragma once
 
-#include <gtest/gtest.h>
-#include <vorn/host.h>
-
-#include <algorithm>
-#include <cstdlib>
-#include <filesystem>
-#include <memory>
-#include <string>
-#include <vector>
-
-#include "formats/common/failure.h"
-#include "formats/common/layout.h"
-#include "tests/scratch_home.h"
+#include "tests/formats/module_host.h"
 
 namespace fs = std::filesystem;
 
@@ -22,6 +10,7 @@ const fs::path kGoImages = "/usr/share/gocode/src/golang.org/x/image/testdata";
 const fs::path kGoSources = "/usr/share/go-1.19/src/image";
 const fs::path kPixbufImages = "/usr/libexec/installed-tests/gdk-pixbuf/test-images";
 const fs::path kPictures = VORN_TEST_PICTURES;
+const fs::path kTurbo = kPictures / "libjpeg-turbo/testimages";
 const fs::path kPillow = kPictures / "pillow/Tests/images";
 
 constexpr int64_t kMostPixels = 1 << 26;
@@ -36,45 +25,35 @@ struct Picture {
     const uint16_t* pixel(size_t i) const { return &samples[4 * i]; }
 };
 
-inline int32_t numberOf(VORN_Image* image, uint32_t id) {
-    int32_t value = 0;
-    VORN_H_ImageVaGetTags(image, id, &value, TAG_End);
-    return value;
-}
-
 // The loader is the one that the file's content calls for.
 inline Picture read(const fs::path& path, VORN_Word page = 1) {
     Picture picture;
     char loader[256] = "";
-    const std::unique_ptr<VORN_Image, void (*)(VORN_Image*)> image(
-        VORN_H_ImageGetLoaderName(path.c_str(), nullptr, loader, sizeof loader)
-            ? VORN_H_ModuleVaOpen(loader, VORN_LOADER, TAG_End)
-            : nullptr,
-        VORN_H_ModuleClose);
-    const auto failed = [&] {
-        picture.error = VORN_ErrorPairCode(VORN_H_ImageGetError(image.get()));
-        return picture;
-    };
-    if (!image || !VORN_H_ImageVaOpen(image.get(), ITAG_Filename, path.c_str(), ITAG_PageNumber,
-                                      page, ITAG_ColorSpace, VORN_Word{VORN_CS_RGB}, TAG_End))
-        return failed();
-    VORN_H_ImageVaSetTags(image.get(), ITAG_ColorSpace, VORN_Word{VORN_CS_RGB}, ITAG_Orientation,
-                          VORN_Word{0}, TAG_End);
-    picture.width = numberOf(image.get(), ITAG_Width);
-    picture.height = numberOf(image.get(), ITAG_Height);
-    picture.pages = numberOf(image.get(), ITAG_PageCount);
-    if (int64_t{picture.width} * picture.height > kMostPixels) {
-        picture.error = formats::kOutOfMemory;
+    if (!VORN_H_ImageGetLoaderName(path.c_str(), nullptr, loader, sizeof loader)) {
+        picture.error = VORN_ErrorPairCode(VORN_H_ImageGetError(nullptr));
         return picture;
     }
-    picture.samples.assign(
-        static_cast<size_t>(picture.width) * static_cast<size_t>(picture.height) * 4, 0xFFFF);
-    VORN_ImageBuffer buffer{};
-    buffer.type = VORN_BUFFER_CHUNKY;
-    buffer.chunky = formats::interleavedBuffer(reinterpret_cast<uint8_t*>(picture.samples.data()),
-                                               picture.width, picture.height, 4, 2);
-    if (!numberOf(image.get(), ITAG_Alpha)) buffer.chunky.channelPlace[3] = nullptr;
-    if (!VORN_H_ImageVaReadData(image.get(), &buffer, TAG_End)) return failed();
+    const Image image(loader, VORN_LOADER);
+    if (VORN_H_ImageVaOpen(image.get(), ITAG_Filename, path.c_str(), ITAG_PageNumber, page,
+                           ITAG_ColorSpace, VORN_Word{VORN_CS_RGB}, TAG_End)) {
+        image.set(ITAG_ColorSpace, VORN_CS_RGB, ITAG_Orientation, 0);
+        picture.width = image.number(ITAG_Width);
+        picture.height = image.number(ITAG_Height);
+        picture.pages = image.number(ITAG_PageCount);
+        const int64_t pixels = int64_t{picture.width} * picture.height;
+        if (pixels > kMostPixels) {
+            picture.error = formats::kOutOfMemory;
+            return picture;
+        }
+        picture.samples.assign(static_cast<size_t>(pixels) * 4, 0xFFFF);
+        VORN_ImageBuffer buffer{VORN_BUFFER_CHUNKY, {}};
+        buffer.chunky =
+            formats::interleavedBuffer(reinterpret_cast<uint8_t*>(picture.samples.data()),
+                                       picture.width, picture.height, 4, 2);
+        if (!image.number(ITAG_Alpha)) buffer.chunky.channelPlace[3] = nullptr;
+        if (VORN_H_ImageVaReadData(image.get(), &buffer, TAG_End)) return picture;
+    }
+    picture.error = image.error();
     return picture;
 }
 
@@ -90,7 +69,4 @@ inline double furthest(const Picture& a, const Picture& b, size_t channels = 4) 
     return most / 257.0;
 }
 
-class RealFiles : public testing::Test {
-  protected:
-    ScopedVariable home_{"VORN", VORN_BUILT_HOME};
-};
+using RealFiles = Modules;

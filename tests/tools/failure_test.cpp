@@ -1,5 +1,3 @@
-#include <gtest/gtest.h>
-
 #include "tests/tools/tool.h"
 
 namespace {
@@ -7,7 +5,7 @@ namespace {
 class BadFiles : public testing::Test {
   protected:
     ScratchDirectory scratch_;
-    std::string good_ = scratch_.write("good.pgm", anymap("P5", 2, 1, 255, {1, 2}));
+    std::string good_ = scratch_.write("good.pgm", anymap("P5", 2, 1, {1, 2}));
     std::string out_ = scratch_.write("out.png", "as it was");
 };
 
@@ -26,7 +24,7 @@ TEST_F(BadFiles, AreNamedWithTheReasonAndLeaveTheTargetAsItWas) {
         {scratch_.write("empty", ""), "28, 0"},
         {scratch_.write("text.txt", "Dear reader,\n"), "28, 0"},
         {scratch_.write("head.ppm", "P6\n3 "), "2002, 0"},
-        {scratch_.write("half.pgm", anymap("P5", 9, 9, 255, {1, 2, 3})), "2002, 0", true},
+        {scratch_.write("half.pgm", anymap("P5", 9, 9, {1, 2, 3})), "2002, 0", true},
         {scratch_.write("cut.png", whole.substr(0, whole.size() - 20)), "2002, 0", true},
         {scratch_.write("damaged.png", damaged), "2002, 0", true},
     };

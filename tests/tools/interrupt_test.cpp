@@ -1,5 +1,4 @@
 #include <fcntl.h>
-#include <gtest/gtest.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -22,27 +21,23 @@ class Interrupt : public testing::Test {
         EXPECT_EQ(::mkfifo(pipe_.c_str(), 0600), 0);
     }
 
-    ~Interrupt() override { ::close(reader_); }
-
-    Program start(const std::string& then, const Arguments& options = {}) {
-        return Program(
+    // Converts a picture, sends signals in the middle of it, and expects this failure.
+    void expectEnd(const std::string& then,
+                   const std::vector<int>& signals,
+                   const std::string& numbers,
+                   const Arguments& options = {}) {
+        Program program(
             joined({VORN_TOOL, "convert", in_, out_, "--loader", "waiting"}, options),
             {.environment = {"WAITING_LOADER_PIPE=" + pipe_, "WAITING_LOADER_THEN=" + then,
                              "WAITING_LOADER_TOLD=" + told_}});
-    }
-
-    // Opening a pipe waits for the other end.
-    void waitForTheMiddle() {
-        ::close(reader_);
-        reader_ = ::open(pipe_.c_str(), O_RDONLY | O_CLOEXEC);
-    }
-
-    // Reading it then waits for the loader's end.
-    void expectEnd(Program& program, const std::string& numbers) {
+        // Opening a pipe waits for the other end; reading it then waits for the loader's end.
+        const int reader = ::open(pipe_.c_str(), O_RDONLY | O_CLOEXEC);
+        for (const int number : signals) program.signal(number);
         expectFailure(program.wait(), in_, numbers);
         char byte = 0;
-        EXPECT_EQ(::read(reader_, &byte, 1), 0);
+        EXPECT_EQ(::read(reader, &byte, 1), 0);
         EXPECT_EQ(contentOf(out_), "as it was");
+        ::close(reader);
     }
 
     ScratchHome home_;
@@ -51,47 +46,27 @@ class Interrupt : public testing::Test {
     std::string told_ = scratch_.path("told");
     std::string in_ = scratch_.write("in", "a picture");
     std::string out_ = scratch_.write("out.pgm", "as it was");
-    int reader_ = -1;
 };
 
 TEST_F(Interrupt, EndsATransferInOrder) {
-    Program program = start("send");
-    waitForTheMiddle();
-    program.signal(SIGINT);
-    expectEnd(program, "27, 0");
+    expectEnd("send", {SIGINT}, "27, 0");
     EXPECT_TRUE(std::filesystem::exists(told_)) << "the terminal's signal is not for the module";
 }
 
 TEST_F(Interrupt, StopsAModuleThatHangs) {
-    for (const bool twice : {false, true}) {
-        Program program = start("hang");
-        waitForTheMiddle();
-        program.signal(SIGTERM);
-        // Another one: a signal that comes twice before it is taken counts once.
-        if (twice) program.signal(SIGHUP);
-        expectEnd(program, "27, 0");
-    }
+    expectEnd("hang", {SIGTERM}, "27, 0");
+    // Another one: a signal that comes twice before it is taken counts once.
+    expectEnd("hang", {SIGTERM, SIGHUP}, "27, 0");
 }
 
 TEST_F(Interrupt, IsNotNeededForAModuleThatMeetsItsLimit) {
 #ifdef __SANITIZE_THREAD__
     GTEST_SKIP() << "the sanitizer holds signals back until a program calls the system again";
 #endif
-    const struct {
-        const char* then;
-        std::vector<std::string> limit;
-        const char* code;
-    } cases[] = {
-        {"spin", {"--time-limit", "1"}, "75, 0"},
+    expectEnd("spin", {}, "75, 0", {"--time-limit", "1"});
 #ifndef VORN_SANITIZED
-        {"allocate", {"--memory-limit", "256M"}, "76, 0"},
+    expectEnd("allocate", {}, "76, 0", {"--memory-limit", "256M"});
 #endif
-    };
-    for (const auto& c : cases) {
-        Program program = start(c.then, c.limit);
-        waitForTheMiddle();
-        expectEnd(program, c.code);
-    }
 }
 
 }  // namespace

@@ -1,5 +1,3 @@
-#include <gtest/gtest.h>
-
 #include "tests/tools/tool.h"
 
 namespace {
@@ -17,7 +15,7 @@ class Pipes : public testing::Test {
 
     ScratchDirectory scratch_;
     std::string kept_ = scratch_.makeDirectory("kept");
-    std::string picture_ = anymap("P6", 2, 1, 255, {1, 2, 3, 4, 5, 6});
+    std::string picture_ = anymap("P6", 2, 1, {1, 2, 3, 4, 5, 6});
     std::string in_ = scratch_.write("in", picture_);
 };
 

@@ -1,5 +1,3 @@
-#include <gtest/gtest.h>
-
 #include "tests/tools/tool.h"
 
 namespace {
@@ -12,8 +10,7 @@ class Progress : public testing::Test {
     }
 
     ScratchDirectory scratch_;
-    std::string in_ =
-        scratch_.write("in.pgm", anymap("P5", 10, 1000, 255, std::vector<unsigned>(10000)));
+    std::string in_ = scratch_.write("in.pgm", anymap("P5", 10, 1000, std::vector<uint8_t>(10000)));
 };
 
 TEST_F(Progress, GoesFromNothingToAllAndLeavesAnEmptyLine) {

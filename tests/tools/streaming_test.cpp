@@ -1,6 +1,5 @@
 // Conversions that go line by line from the loader to the saver give what a picture held whole
 // gives. The loader makes its pictures up from their "file names", see tests/modules.
-#include <gtest/gtest.h>
 #include <vorn/host.h>
 
 #include "tests/modules/saved_picture.h"
@@ -16,19 +15,35 @@ const ScratchDirectory& home() {
     return directory;
 }
 
+// The bytes of a file of PNM's behind its header: so many of them.
+std::string lastBytes(const std::string& path, size_t count) {
+    const std::string bytes = contentOf(path);
+    return bytes.substr(bytes.size() - std::min(bytes.size(), count));
+}
+
+struct Case {
+    std::string picture;
+    Arguments options;
+    int32_t colorSpace, channels, bytes;
+};
+
+// Above 0: of a scaled picture, as the file has it.
+struct Size {
+    int32_t width = 0, height = 0;
+};
+
 class Streaming : public testing::Test {
   protected:
     Streaming() {
         const std::filesystem::path built = VORN_BUILT_HOME;
-        for (const char* name : {"Errors", "Savers/pnm", "Savers/pnm.cap"}) {
+        for (const char* name : {"Errors", "Savers/pnm", "Savers/pnm.cap"})
             home().install(name, built / name);
-        }
         home().install("Savers/small", built / "Savers/png");
+        home().install("Savers/full", built / "Savers/pnm");
         home().install("Loaders/loader", VORN_TEST_LOADER);
         home().install("Loaders/kill-at-block", VORN_MISBEHAVE);
-        for (const char* name : {"saver", "saver-2"}) {
-            home().install(std::string("Savers/") + name, VORN_TEST_SAVER);
-        }
+        for (const char* name : {"Savers/saver", "Savers/saver-2"})
+            home().install(name, VORN_TEST_SAVER);
         home().install("Savers/dying", VORN_INJECTED_SAVER);
     }
 
@@ -42,66 +57,47 @@ class Streaming : public testing::Test {
             joined({"convert", file(picture), scratch_.path(out), "--loader", "loader"}, options));
     }
 
+    // The samples of a picture as a host gets them that reads it whole, in the order of a PNM file.
+    static std::string readWhole(const Case& picture, int from, int to, const Size& size) {
+        const Image loader("loader", VORN_LOADER);
+        EXPECT_TRUE(loader.open(picture.picture + ",orient=" + std::to_string(from)));
+        loader.set(ITAG_Orientation, to, ITAG_ColorSpace, picture.colorSpace);
+        const bool scaled = size.width > 0;
+        const Pixels pixels(scaled ? size.width : loader.number(ITAG_Width),
+                            scaled ? size.height : loader.number(ITAG_Height), picture.channels,
+                            picture.bytes);
+        EXPECT_TRUE(loader.read(pixels));
+        std::string samples(pixels.samples.begin(), pixels.samples.end());
+        for (size_t i = 0; picture.bytes == 2 && i < samples.size(); i += 2)
+            std::swap(samples[i], samples[i + 1]);  // in the file, the high byte comes first
+        return samples;
+    }
+
+    void expectAsWhole(const Case& picture, int from, int to, const Size& size) {
+        Arguments options =
+            joined({"--quiet", "--orientation", std::to_string(to)}, picture.options);
+        if (size.width > 0)
+            options = joined(options, {"--size", std::to_string(size.width) + 'x' +
+                                                     std::to_string(size.height) + '!'});
+        expectDone(
+            convert(picture.picture + ",orient=" + std::to_string(from), "out.pnm", options));
+        // A line that a whole read doesn't scale is no bad picture for a stream.
+        if (size.width > 0 && picture.picture.starts_with("w=30000")) return;
+        const std::string expected = readWhole(picture, from, to, size);
+        ASSERT_TRUE(lastBytes(scratch_.path("out.pnm"), expected.size()) == expected)
+            << picture.picture << ' ' << size.width << ' ' << from << " to " << to;
+    }
+
     ScratchDirectory scratch_;
     ScopedVariable variable_{"VORN", home().path()};
 };
 
-// The bytes of a file of PNM's behind its header: so many of them.
-std::string lastBytes(const std::string& path, size_t count) {
-    const std::string bytes = contentOf(path);
-    return bytes.substr(bytes.size() - std::min(bytes.size(), count));
-}
-
-struct Case {
-    const char* picture;
-    Arguments options;
-    int32_t colorSpace, channels, bytes;
-};
-
-class WholePictures {
-  public:
-    // The samples of a picture as a host gets them that reads it whole, in the order of a PNM file.
-    // A width above 0 is that of a scaled picture, as the file has it.
-    std::string read(const Case& picture, int from, int to, int32_t width, int32_t height) {
-        EXPECT_TRUE(loader_.open(std::string(picture.picture) + ",orient=" + std::to_string(from)));
-        VORN_H_ImageVaSetTags(loader_.get(), ITAG_Orientation, VORN_Word(to), ITAG_ColorSpace,
-                              VORN_Word(picture.colorSpace), TAG_End);
-        int32_t own[2] = {};
-        VORN_H_ImageVaGetTags(loader_.get(), ITAG_Width, &own[0], ITAG_Height, &own[1], TAG_End);
-        const Pixels pixels(width > 0 ? width : own[0], width > 0 ? height : own[1],
-                            picture.channels, picture.bytes);
-        EXPECT_TRUE(VORN_H_ImageVaReadData(loader_.get(), &pixels.buffer, TAG_End));
-        loader_.close();
-        std::string samples(pixels.samples.begin(), pixels.samples.end());
-        for (size_t i = 0; picture.bytes == 2 && i < samples.size(); i += 2) {
-            std::swap(samples[i], samples[i + 1]);  // in the file, the high byte comes first
-        }
-        return samples;
-    }
-
-  private:
-    const Image loader_{"loader", VORN_LOADER};
-};
-
 // Small pictures for the many pairs, wide ones that take several blocks in some of them.
 TEST_F(Streaming, GivesWhatWholePicturesGiveInEveryPairOfOrientations) {
-    const Case kCases[] = {
-        {"w=37,h=11,c=3,block=3", {}, VORN_CS_RGB, 3, 1},
-        {"w=37,h=11,c=3,b=2,block=4", {"--size", "19x23!"}, VORN_CS_RGB, 3, 2},
-    };
-    WholePictures whole;
-    for (const Case& picture : kCases) {
-        for (int pair = 0; pair < 64; ++pair) {
-            const int from = pair / 8, to = pair % 8;
-            expectDone(convert(std::string(picture.picture) + ",orient=" + std::to_string(from),
-                               "out.pnm",
-                               joined({"--orientation", std::to_string(to)}, picture.options)));
-            const bool scaled = !picture.options.empty();
-            const std::string expected =
-                whole.read(picture, from, to, scaled ? 19 : 0, scaled ? 23 : 0);
-            ASSERT_TRUE(lastBytes(scratch_.path("out.pnm"), expected.size()) == expected)
-                << from << " to " << to << (scaled ? ", scaled" : "");
-        }
+    for (int pair = 0; pair < 64; ++pair) {
+        expectAsWhole({"w=37,h=11,c=3,block=3", {}, VORN_CS_RGB, 3, 1}, pair / 8, pair % 8, {});
+        expectAsWhole({"w=37,h=11,c=3,b=2,block=4", {}, VORN_CS_RGB, 3, 2}, pair / 8, pair % 8,
+                      {19, 23});
     }
 }
 
@@ -122,24 +118,9 @@ TEST_F(Streaming, GivesWhatWholePicturesGiveForEveryKindOfPixel) {
         {"w=30000,h=5,c=3", {}, VORN_CS_RGB, 3, 1},
         {"w=1,h=1,c=1,space=Gray", {}, VORN_CS_GRAY, 1, 1},
     };
-    const struct {
-        const char* size;
-        int32_t width, height;
-    } sizes[] = {{"", 0, 0}, {"350x45!", 350, 45}, {"900x61!", 900, 61}};
-    WholePictures whole;
     for (const Case& picture : kCases) {
-        for (const auto& [size, width, height] : sizes) {
-            for (const int to : {0, 4}) {
-                Arguments options = {"--quiet", "--orientation", std::to_string(to)};
-                if (width > 0) options = joined(options, {"--size", size});
-                expectDone(convert(std::string(picture.picture) + ",orient=0", "out.pnm",
-                                   joined(options, picture.options)));
-                // A line that a whole read doesn't scale is no bad picture for a stream.
-                if (width > 0 && std::string(picture.picture).starts_with("w=30000")) continue;
-                const std::string expected = whole.read(picture, 0, to, width, height);
-                ASSERT_TRUE(lastBytes(scratch_.path("out.pnm"), expected.size()) == expected)
-                    << picture.picture << " " << size << " to " << to;
-            }
+        for (const Size& size : {Size{}, Size{350, 45}, Size{900, 61}}) {
+            for (const int to : {0, 4}) expectAsWhole(picture, 0, to, size);
         }
     }
 }
@@ -175,6 +156,14 @@ TEST_F(Streaming, TurnsForASaverThatWantsItsLinesInAnotherOrder) {
                 << saver;
         }
     }
+}
+
+TEST_F(Streaming, AddsAlphaForASaverThatAlwaysWantsIt) {
+    home().write("Savers/full.cap", "AlphaAlways=true\n");
+    expectDone(convert("w=5,h=4,c=3", "out.pam", {"--saver", "full"}));
+    const std::string saved = lastBytes(scratch_.path("out.pam"), 80);
+    ASSERT_EQ(saved.size(), 80u);
+    for (size_t i = 3; i < 80; i += 4) EXPECT_EQ(saved[i], '\xFF') << i;
 }
 
 TEST_F(Streaming, BreaksOffWithTheReasonOfTheSideThatFails) {

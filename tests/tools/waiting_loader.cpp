@@ -11,25 +11,21 @@
 #include <new>
 #include <string_view>
 
+#include "formats/common/description.h"
+
 namespace {
 
 constexpr int32_t kWidth = 100;
 constexpr int32_t kHeight = 65536;
 
 int32_t openImage(const VORN_TagItem*) {
-    VORN_DataFormat format{};
-    format.layout = DF_LineInterleaved8;
-    format.width = kWidth;
-    format.height = kHeight;
-    format.channels = 1;
-    format.bytesPerChannel = 1;
-    struct {
-        VORN_DataBlock head{sizeof(VORN_DataFormat)};
-        VORN_DataFormat format;
-    } block;
-    block.format = format;
-    return VORN_M_SetVaImageInfo(ITAG_DataFormat, reinterpret_cast<VORN_Word>(&block),
-                                 ITAG_ColorSpace, VORN_Word{VORN_CS_GRAY}, TAG_End);
+    formats::Description image;
+    image.width = kWidth;
+    image.height = kHeight;
+    image.channels = 1;
+    image.colorSpace = VORN_CS_GRAY;
+    formats::announce(image);
+    return 1;
 }
 
 int32_t beginImage() { return 1; }
