@@ -56,7 +56,8 @@ enum {
  * without BCommit, after a crash, or when the disk is full, the target is as it was. An existing
  * target keeps its permissions (and its owner, where that is allowed); a symbolic link to a file is
  * followed, one that leads nowhere is replaced; a target that is not a regular file (a device, a
- * pipe), or a file that has no name any more (/proc/PID/fd/N leads to such), is written directly. */
+ * pipe), or a file that has no name any more (/proc/PID/fd/N leads to such), is written directly.
+ */
 VORN_API VORN_File* BOpenFile(const char* path, int32_t mode);
 
 /* Reads or writes up to `count` bytes at the file's position. The result is the number of bytes

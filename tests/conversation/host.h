@@ -6,11 +6,13 @@
 #include <vorn/library.h>
 
 #include <string>
-#include <utility>
+#include <vector>
 
 #include "tests/conversation/module_home.h"
 #include "tests/conversation/pictures.h"
 #include "tests/conversation/traces.h"
+#include "tests/support/module_image.h"
+#include "transport/image.h"
 
 // Tag words: ids as they stand, values cast.
 template <class... Values>
@@ -41,37 +43,59 @@ struct Calls {
     }
 };
 
-// A module handle that is closed at the end.
-class Module {
+// A module's handle, and one picture after the other.
+class Module : public Image {
   public:
-    Module(const std::string& name, int32_t type)
-        : image_(VORN_H_ModuleVaOpen(name.c_str(), type, TAG_End)) {}
-    ~Module() { close(); }
-    Module(const Module&) = delete;
-    Module& operator=(const Module&) = delete;
+    Module(const std::string& name, int32_t type) : Image(name.c_str(), type) {}
+    operator VORN_Image*() const { return get(); }
 
-    VORN_Image* image() const { return image_; }
-    operator VORN_Image*() const { return image_; }
-
+    // Closes the picture before, if there is one.
     bool open(const std::string& fileName) {
-        return VORN_H_ImageVaOpen(image_, ITAG_Filename, VORN_Word(fileName.c_str()), TAG_End);
+        if (isOpen_) close();
+        isOpen_ = true;
+        return Image::open(fileName);
     }
-    bool closeImage() { return VORN_H_ImageClose(image_); }
-    void close() { VORN_H_ModuleClose(std::exchange(image_, nullptr)); }
+    bool close() {
+        isOpen_ = false;
+        return Image::close();
+    }
 
-    int32_t code() const { return VORN_ErrorPairCode(VORN_H_ImageGetError(image_)); }
-    int32_t subcode() const { return VORN_ErrorPairSubcode(VORN_H_ImageGetError(image_)); }
+    template <class... Values>
+    bool set(Values... values) const {
+        return VORN_H_ImageSetTags(get(), words(values...).data());
+    }
     int32_t number(uint32_t id) const {
         int32_t value = -1;
-        VORN_H_ImageVaGetTags(image_, id, VORN_Word(&value), TAG_End);
+        VORN_H_ImageVaGetTags(get(), id, VORN_Word(&value), TAG_End);
         return value;
     }
 
-    int program() const;  // the number of the module program, -1 when there is none
+    // Sets what describes a picture to a saver. `wishes` are test_saver's.
+    void describe(const Picture& picture,
+                  int colorSpace,
+                  const std::string& wishes = "",
+                  int orientation = 0) const {
+        const VORN_ChunkyBuffer& record = picture.record;
+        set(ITAG_Width, record.width, ITAG_Height, record.height, ITAG_Channels, record.channels,
+            ITAG_ImageChannelSize, record.bytesPerChannel, ITAG_ColorSpace, colorSpace,
+            ITAG_Orientation, orientation, ITAG_DocumentName, wishes.c_str());
+    }
+
+    bool read(const Picture& target, const std::vector<VORN_Word>& tags = words()) const {
+        const VORN_ImageBuffer buffer = bufferOf(target);
+        return VORN_H_ImageReadData(get(), &buffer, tags.data());
+    }
+    bool write(const Picture& source, const std::vector<VORN_Word>& tags = words()) const {
+        const VORN_ImageBuffer buffer = bufferOf(source);
+        return VORN_H_ImageWriteData(get(), &buffer, tags.data());
+    }
+
+    // The number of the module program, -1 when there is none.
+    int program() const { return get()->process.id; }
     int watch() const { return watchProgram(program()); }
 
   private:
-    VORN_Image* image_;
+    bool isOpen_ = false;
 };
 
 class Loader : public Module {
@@ -79,21 +103,12 @@ class Loader : public Module {
     explicit Loader(const std::string& name = "loader")
         : Module((installLoader(name), name), VORN_LOADER) {}
 
-    bool read(const Picture& target) {
-        const VORN_ImageBuffer buffer = bufferOf(target);
-        return VORN_H_ImageVaReadData(image(), &buffer, TAG_End);
-    }
-    bool read(const Picture& target, const std::vector<VORN_Word>& tags) {
-        const VORN_ImageBuffer buffer = bufferOf(target);
-        return VORN_H_ImageReadData(image(), &buffer, tags.data());
-    }
-
     // Opens and reads a picture of test_loader's into plain memory and compares it.
     testing::AssertionResult reads(const std::string& fileName) {
         const Picture expected = loadersPicture(fileName);
         const Picture target = plainPicture(shapeOf(expected));
-        if (!open(fileName)) return testing::AssertionFailure() << "open: error " << code();
-        if (!read(target)) return testing::AssertionFailure() << "read: error " << code();
+        if (!open(fileName)) return testing::AssertionFailure() << "open: error " << error();
+        if (!read(target)) return testing::AssertionFailure() << "read: error " << error();
         return same(target, expected);
     }
 };
@@ -103,25 +118,6 @@ class Saver : public Module {
     explicit Saver(const std::string& name = "saver",
                    const std::string& colorSpaces = "RGB,Gray,YUV601,CMYK")
         : Module((installSaver(name, colorSpaces), name), VORN_SAVER) {}
-
-    // Sets what describes a picture. `wishes` are test_saver's.
-    void describe(const Picture& picture,
-                  int colorSpace,
-                  const std::string& wishes = "",
-                  int orientation = 0) {
-        const VORN_ChunkyBuffer& record = picture.record;
-        VORN_H_ImageVaSetTags(image(), ITAG_Width, VORN_Word(record.width), ITAG_Height,
-                              VORN_Word(record.height), ITAG_Channels, VORN_Word(record.channels),
-                              ITAG_ImageChannelSize, VORN_Word(record.bytesPerChannel),
-                              ITAG_ColorSpace, VORN_Word(colorSpace), ITAG_Orientation,
-                              VORN_Word(orientation), ITAG_DocumentName, VORN_Word(wishes.c_str()),
-                              TAG_End);
-    }
-    bool write(const Picture& source) { return write(source, words()); }
-    bool write(const Picture& source, const std::vector<VORN_Word>& tags) {
-        const VORN_ImageBuffer buffer = bufferOf(source);
-        return VORN_H_ImageWriteData(image(), &buffer, tags.data());
-    }
 };
 
 class ConversationTest : public NothingStays {

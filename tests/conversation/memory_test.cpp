@@ -1,8 +1,8 @@
 // A host that runs out of memory: every call, with each of its allocations failing in turn.
 #include <functional>
+#include <memory>
 
 #include "tests/conversation/host.h"
-#include "tests/conversation/saved.h"
 #include "tests/support/failing_memory.h"
 #include "tests/support/string_list.h"
 #include "transport/image.h"
@@ -17,28 +17,23 @@ constexpr char kColors[] = "w=9,h=7,c=1,space=CMAPPED,palette=2000,palbytes=2,b=
 
 std::string savedFile() { return moduleHome().makeDirectory("out-of-memory") + "/saved"; }
 
-struct LoaderCall {
-    const char* name;
-    std::function<bool(Loader&)> prepare;
-    std::function<bool(Loader&)> call;
-    bool hasError = true;  // a failure has an error number
-};
+using Step = bool (*)(Module&);
 
-bool opens(Loader& loader) { return loader.open(kPicture); }
-bool opensColors(Loader& loader) {
-    return loader.open(kColors) &&
-           VORN_H_ImageVaSetTags(loader, ITAG_ColorSpace, VORN_Word(VORN_CS_RGB), TAG_End);
+bool nothing(Module&) { return true; }
+bool opens(Module& loader) { return loader.open(kPicture); }
+bool opensColors(Module& loader) {
+    return loader.open(kColors) && loader.set(ITAG_ColorSpace, VORN_CS_RGB);
 }
 
 // What a call that claims to have succeeded has read must be the picture.
-bool readsPicture(Loader& loader) {
+bool readsPicture(Module& loader) {
     const Picture target = plainPicture({9, 7, 3, 1});
     if (!loader.read(target)) return false;
     EXPECT_TRUE(same(target, loadersPicture(kPicture)));
     return true;
 }
 
-bool readsColors(Loader& loader) {
+bool readsColors(Module& loader) {
     const Picture target = plainPicture({9, 7, 3, 2});
     if (!loader.read(target)) return false;
     const Picture palette = loadersPalette(kColors);
@@ -46,18 +41,9 @@ bool readsColors(Loader& loader) {
     return true;
 }
 
-LoaderCall scaledRead(const char* name, const char* scaler) {
-    return {name,
-            [scaler](Loader& loader) {
-                return loader.open(kPicture) &&
-                       VORN_H_ImageVaSetTags(loader, ITAG_ScalerName, VORN_Word(scaler), TAG_End);
-            },
-            [](Loader& loader) {
-                return loader.read(plainPicture({13, 11, 3, 1}));
-            }};
-}
+bool readsScaled(Module& loader) { return loader.read(plainPicture({13, 11, 3, 1})); }
 
-bool asksForText(Loader& loader) {
+bool asksForText(Module& loader) {
     char* text = nullptr;
     char* again = nullptr;
     const bool asked = VORN_H_ImageVaGetTags(loader, ITAG_Filename, VORN_Word(&text),
@@ -68,15 +54,13 @@ bool asksForText(Loader& loader) {
     return asked;
 }
 
-bool setsManyTags(Loader& loader) {
-    std::vector<VORN_Word> tags;
-    for (int i = 0; i < 5; ++i)
-        tags.insert(tags.end(), {ITAG_Artist, reinterpret_cast<VORN_Word>("somebody")});
-    tags.push_back(TAG_End);
-    return VORN_H_ImageSetTags(loader, tags.data());
+bool setsManyTags(Module& module) {
+    const char* name = "somebody";
+    return module.set(ITAG_Artist, name, ITAG_Artist, name, ITAG_Artist, name, ITAG_Artist, name,
+                      ITAG_Artist, name);
 }
 
-bool sendsCommand(Loader& loader) {
+bool sendsCommand(Module& loader) {
     VORN_TagItem* answer =
         VORN_H_ModuleVaSendCommand(loader, CMD_Module, ITAG_PageNumber, VORN_Word(4), TAG_End);
     EXPECT_TRUE(!answer || VORN_L_TagGetLongVal(answer) == 5);
@@ -84,62 +68,61 @@ bool sendsCommand(Loader& loader) {
     return answer != nullptr;
 }
 
-TEST_F(OutOfMemory, InAnyCallOfALoadersHostIsErrorSeventeenAndThePictureAfterItComes) {
-    const auto nothing = [](Loader&) { return true; };
-    const LoaderCall calls[] = {
+bool opensTarget(Module& saver) { return saver.open(savedFile()); }
+bool describes(Module& saver) {
+    saver.describe(plainPicture({9, 7, 3, 1}), VORN_CS_GRAY);
+    return saver.number(ITAG_Width) == 9;
+}
+bool opensAndDescribes(Module& saver) { return opensTarget(saver) && describes(saver); }
+bool writes(Module& saver) { return saver.write(plainPicture({9, 7, 3, 1})); }
+
+TEST_F(OutOfMemory, InAnyCallIsErrorSeventeenAndThePictureAfterItComes) {
+    const struct {
+        const char* name;
+        Step prepare, call;
+        int32_t type = VORN_LOADER;
+        bool hasError = true;  // a failure has an error number
+        const char* scaler = nullptr;
+    } cases[] = {
         {"open", nothing, opens},
         {"open with a large message", nothing, opensColors},
         {"set", opens, setsManyTags},
-        {"get", opens, asksForText, false},
+        {"get", opens, asksForText, VORN_LOADER, false},
         {"read", opens, readsPicture},
         {"read colours", opensColors, readsColors},
-        scaledRead("scale by copying", "qdscale"),
-        scaledRead("scale by averaging", "avscale"),
-        scaledRead("scale straight", "blscale"),
-        scaledRead("scale smoothly", "bcscale"),
+        {"scale by copying", opens, readsScaled, VORN_LOADER, true, "qdscale"},
+        {"scale by averaging", opens, readsScaled, VORN_LOADER, true, "avscale"},
+        {"scale straight", opens, readsScaled, VORN_LOADER, true, "blscale"},
+        {"scale smoothly", opens, readsScaled, VORN_LOADER, true, "bcscale"},
         {"command", opens, sendsCommand},
-        {"close", opens, [](Loader& loader) { return loader.closeImage(); }},
+        {"close", opens, [](Module& loader) { return loader.close(); }},
+        {"open a saver", nothing, opensTarget, VORN_SAVER},
+        {"describe", opensTarget, describes, VORN_SAVER},
+        {"write", opensAndDescribes, writes, VORN_SAVER},
     };
-    for (const LoaderCall& c : calls) {
+    installLoader("loader");
+    installSaver("saver", "RGB,Gray");
+    for (const auto& c : cases) {
         SCOPED_TRACE(c.name);
+        const bool loads = c.type == VORN_LOADER;
         failAtEachAllocation([&](auto withFailure) {
-            Loader loader;
-            ASSERT_TRUE(c.prepare(loader));
-            const auto [result, failed] = withFailure([&] { return c.call(loader); });
+            Module module(loads ? "loader" : "saver", c.type);
+            ASSERT_TRUE(c.prepare(module));
+            if (c.scaler) module.set(ITAG_ScalerName, c.scaler);
+            const auto [result, failed] = withFailure([&] { return c.call(module); });
             EXPECT_TRUE(result || failed);
             if (!result && c.hasError) {
-                EXPECT_EQ(loader.code(), 17);
+                EXPECT_EQ(module.error(), 17);
             }
-            // A handle that has lost its tags can only be closed.
-            if (loader.closeImage() && VORN_L_TagFind(loader.image()->imageTags, MTAG_ModuleName)) {
-                EXPECT_TRUE(loader.reads(kPicture));
+            if (!module.get()->tracker) {
+                EXPECT_FALSE(module.set(ITAG_Width, 1));
             }
-        });
-    }
-}
-
-TEST_F(OutOfMemory, InAnyCallOfASaversHostIsErrorSeventeenAndThePictureAfterItIsSaved) {
-    const Picture picture = plainPicture({9, 7, 3, 1});
-    const std::function<bool(Saver&)> steps[] = {
-        [](Saver& saver) { return saver.open(savedFile()); },
-        [&](Saver& saver) {
-            saver.describe(picture, VORN_CS_GRAY);
-            return saver.number(ITAG_Width) == 9;
-        },
-        [&](Saver& saver) { return saver.write(picture); },
-    };
-    for (size_t failing = 0; failing < std::size(steps); ++failing) {
-        SCOPED_TRACE(failing);
-        failAtEachAllocation([&](auto withFailure) {
-            Saver saver;
-            for (size_t i = 0; i < failing; ++i) ASSERT_TRUE(steps[i](saver));
-            const auto [result, failed] = withFailure([&] { return steps[failing](saver); });
-            EXPECT_TRUE(result || failed);
-            if (!result) {
-                EXPECT_EQ(saver.code(), 17);
-            }
-            saver.closeImage();
-            for (const auto& step : steps) EXPECT_TRUE(step(saver));
+            // A handle that has lost its tags says so, and can only be closed.
+            const bool hasTags = VORN_L_TagFind(module.get()->imageTags, MTAG_ModuleName);
+            EXPECT_TRUE(hasTags || !result);
+            if (!hasTags || !module.close()) return;
+            EXPECT_TRUE(loads ? opens(module) && readsPicture(module)
+                              : opensAndDescribes(module) && writes(module));
         });
     }
 }
@@ -180,20 +163,16 @@ TEST_F(OutOfMemory, InACallWithoutAHandleIsErrorSeventeen) {
 
 TEST_F(OutOfMemory, WhileAModuleIsChosenOrClosedLeavesNothing) {
     installLoader("loader");
-    failAtEachAllocation([](auto withFailure) {
-        const auto [image, failed] =
-            withFailure([] { return VORN_H_ModuleVaOpen("loader", VORN_LOADER, TAG_End); });
-        EXPECT_EQ(image == nullptr, failed);
-        if (failed) {
-            EXPECT_EQ(VORN_ErrorPairCode(VORN_H_ImageGetError(nullptr)), 17);
-        }
+    failInEachAllocation([] {
+        VORN_Image* image = VORN_H_ModuleVaOpen("loader", VORN_LOADER, TAG_End);
         VORN_H_ModuleClose(image);
+        return image != nullptr;
     });
     failAtEachAllocation([](auto withFailure) {
-        Loader loader;
-        ASSERT_TRUE(loader.open(kPicture));
+        auto loader = std::make_unique<Loader>();
+        ASSERT_TRUE(loader->open(kPicture));
         withFailure([&] {
-            loader.close();
+            loader.reset();
             return true;
         });
     });

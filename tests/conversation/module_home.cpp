@@ -8,13 +8,9 @@ namespace {
 namespace fs = std::filesystem;
 
 // A module program of this build, or the same one of another build.
-fs::path choose(const fs::path& program) {
+void install(const std::string& name, const fs::path& built) {
     const char* others = std::getenv("VORN_TEST_MODULES");
-    return others ? others / program.filename() : program;
-}
-
-void install(const std::string& name, const char* built) {
-    moduleHome().install(name, choose(built));
+    moduleHome().install(name, others ? others / built.filename() : built);
 }
 
 }  // namespace
@@ -24,9 +20,7 @@ ScratchHome& moduleHome() {
     return home;
 }
 
-void installLoader(const std::string& name) {
-    install("Loaders/" + name, name == "loader" ? TEST_LOADER : MISBEHAVE);
-}
+void installLoader(const std::string& name) { install("Loaders/" + name, TEST_LOADER); }
 
 void installSaver(const std::string& name, const std::string& colorSpaces) {
     install("Savers/" + name, TEST_SAVER);

@@ -10,8 +10,8 @@
 // Made on first use; the variable "VORN" names it from then on.
 ScratchHome& moduleHome();
 
-// Make the module that the name asks for, once. Names: "loader" (makes up pictures), "saver...",
-// "saver-5" (announces orientation 5), "mute", and the orders of misbehave.
+// Make test_loader or test_saver a module of this name, once. The names of either say more about
+// it: "version-2", "saver-5" (announces orientation 5), "mute".
 void installLoader(const std::string& name);
 void installSaver(const std::string& name, const std::string& colorSpaces);
 

@@ -34,12 +34,6 @@ Picture mirrored(const Picture& picture) {
     return result;
 }
 
-Picture turnedRight(const Picture& picture, int times) {
-    Picture turned = picture.clone();
-    for (; times > 0; --times) turned = turnedRight(turned);
-    return turned;
-}
-
 constexpr int kTurns = 4;
 
 }  // namespace
@@ -67,9 +61,14 @@ Picture loadersPalette(const std::string& fileName) {
 }
 
 Picture reoriented(const Picture& picture, int from, int to) {
-    Picture upright = turnedRight(picture, (kTurns - from % kTurns) % kTurns);
-    if ((from >= kTurns) != (to >= kTurns)) upright = mirrored(upright);
-    return turnedRight(upright, to % kTurns);
+    Picture result = picture.clone();
+    const auto turn = [&result](int times) {
+        for (; times > 0; --times) result = turnedRight(result);
+    };
+    turn((kTurns - from % kTurns) % kTurns);
+    if ((from >= kTurns) != (to >= kTurns)) result = mirrored(result);
+    turn(to % kTurns);
+    return result;
 }
 
 Picture inMemoryOf(const Picture& pattern, const Picture& source) {

@@ -3,13 +3,15 @@
 #include <vorn/support.h>
 
 #include <fstream>
-#include <vector>
 
 #include "tests/conversation/host.h"
 #include "tests/modules/explicit_steps.h"
 #include "tests/pixels/slow_line_copy.h"
 
 namespace {
+
+using vorn::test::oneOf;
+using vorn::test::pick;
 
 using Reading = ConversationTest;
 
@@ -20,28 +22,51 @@ std::string named(const Shape& shape, const std::string& more) {
            ",b=" + text(shape.bytes) + "," + more;
 }
 
-TEST_F(Reading, BringsEverySizeChannelCountAndStepOfALoader) {
-    const int sizes[][2] = {{1, 1}, {1, 35}, {35, 1}, {16, 17}, {37, 21}};
-    Loader loader;
-    int seed = 0;
-    for (const auto& size : sizes) {
-        for (const char* form : kExplicitForms) {
-            for (int channels = 1; channels <= VORN_MAX_CHANNELS; ++channels) {
-                const Shape shape{size[0], size[1], channels, 1 + seed % 2};
-                const std::string name =
-                    named(shape, std::string("form=") + form + ",inplace=" + text(seed / 2 % 2) +
-                                     ",block=" + text(seed % 5) + ",seed=" + text(seed));
-                ++seed;
-                ASSERT_TRUE(loader.reads(name)) << name;
-                ASSERT_TRUE(loader.closeImage());
-            }
-        }
-    }
+// A block's layout: one with a code that allows the channels, or steps of its own.
+std::string anyLayout(Random& random, const Shape& shape) {
+    const int mostChannels[] = {0, 8, 4, 3};
+    const int code = pick(random, 0, 3);
+    if (shape.channels > mostChannels[code])
+        return std::string("form=") + oneOf(random, kExplicitForms);
+    return "layout=" + text(code + 3 * (shape.bytes - 1));
 }
 
-TEST_F(Reading, TakesAHundredThousandTurns) {
+// Any memory of the host, any layout of the loader, any sizes, and the colours that go with the
+// channels; every byte that belongs to no sample stays as it was.
+TEST_F(Reading, FillsAnyMemoryOfTheHostFromAnyLayoutOfTheLoader) {
+    const struct {
+        int channels, space;
+    } sources[] = {{1, VORN_CS_GRAY}, {2, VORN_CS_GRAY},   {3, VORN_CS_RGB},
+                   {4, VORN_CS_RGB},  {3, VORN_CS_YUV601}, {4, VORN_CS_YUV601},
+                   {4, VORN_CS_CMYK}, {3, VORN_CS_CMY},    {0, VORN_CS_NONE}};
+    const char* spaces[] = {"None", "Gray", "RGB", "YUV", "YUV601", "CMY", "CMYK"};
+    const int wishes[] = {-1, VORN_CS_NONE, VORN_CS_GRAY, VORN_CS_RGB, VORN_CS_YUV601};
+    const int sizes[] = {1, 2, 7, 16, 17, 35, 40};
+    Random random(2024);
     Loader loader;
-    ASSERT_TRUE(loader.reads("w=2,h=50000,c=1,block=1"));  // two turns a line
+    for (int round = 0; round < 900; ++round) {
+        const auto& source = sources[round % std::size(sources)];
+        const int wish = oneOf(random, wishes);
+        const Shape shape{oneOf(random, sizes), oneOf(random, sizes),
+                          source.channels ? source.channels : pick(random, 1, VORN_MAX_CHANNELS),
+                          pick(random, 1, 2)};
+        const std::string name =
+            named(shape, std::string("space=") + spaces[source.space] + ",block=" +
+                             text(pick(random, 0, 9)) + ",inplace=" + text(pick(random, 0, 1)) +
+                             ",seed=" + text(round) + "," + anyLayout(random, shape));
+        ASSERT_TRUE(loader.open(name)) << name;
+        if (wish >= 0) loader.set(ITAG_ColorSpace, wish);
+        Picture target = Picture::any(
+            random,
+            {shape.width, shape.height, pick(random, 1, VORN_MAX_CHANNELS), pick(random, 1, 2)});
+        if (pick(random, 0, 3) == 0) target.drop(pick(random, 0, target.record.channels - 1));
+        uint32_t code = 0;
+        if (wish >= 0) VORN_L_SetColorSpaceCorrection(&code, source.space, wish);
+        const Picture expected =
+            converted(target, loadersPicture(name), static_cast<int>(code), nullptr);
+        ASSERT_TRUE(loader.read(target)) << name;
+        ASSERT_TRUE(same(target, expected)) << name << ", wish " << wish << ", code " << code;
+    }
 }
 
 TEST_F(Reading, TellsTheLoaderWhatTheSystemHas) {
@@ -60,74 +85,36 @@ TEST_F(Reading, TellsTheLoaderWhatTheSystemHas) {
     EXPECT_EQ(arguments[18], text(::getpid()));
 }
 
-TEST_F(Reading, BringsTheStandardLayouts) {
-    const int mostChannels[] = {0, 8, 4, 3, 8, 4, 3};
-    Loader loader;
-    for (int layout = 1; layout <= 6; ++layout) {
-        for (int channels = 1; channels <= mostChannels[layout]; ++channels) {
-            const std::string name =
-                named({19, 23, channels, 1}, "layout=" + text(layout) + ",seed=" + text(channels));
-            ASSERT_TRUE(loader.reads(name)) << name;
-            ASSERT_TRUE(loader.closeImage());
-        }
-    }
-}
-
-TEST_F(Reading, BringsTheWidestLineThatABlockHoldsAndRefusesAWiderOne) {
+// Each row is a picture, the error that it is refused with (0: it comes) and that error's subcode.
+TEST_F(Reading, BringsThePictureOrTheReasonAndServesTheNextOne) {
     const struct {
         const char* name;
-        int code;
+        int code = 0, subcode = 0;
     } cases[] = {
-        {"w=49024,h=3,c=2", 0},  // 98,048 bytes
-        {"w=6128,h=2,c=8,b=2", 0},        {"w=65536,h=2,c=1,inplace=1", 0},
-        {"w=49120,h=2,c=2,inplace=1", 0},  // all that the area holds besides the tags
-        {"w=49025,h=3,c=2", 17},          {"w=49121,h=2,c=2,inplace=1", 29},
-        {"w=65537,h=1,c=1", 31},          {"w=1,h=65537,c=1", 31},
+        {"w=49024,h=3,c=2"},  // the widest line: 98,048 bytes
+        {"w=6128,h=2,c=8,b=2"},
+        {"w=65536,h=2,c=1,inplace=1"},
+        {"w=49120,h=2,c=2,inplace=1"},  // all that the area holds besides the tags
+        {"w=2,h=50000,c=1,block=1"},    // a hundred thousand turns
+        {"w=49025,h=3,c=2", 17},
+        {"w=49121,h=2,c=2,inplace=1", 29},
+        {"w=65537,h=1,c=1", 31},
+        {"w=1,h=65537,c=1", 31},
+        {"fail=open", 2001},
+        {"fail=open,code=134217750,subcode=5", 0x08000016, 5},
+        {"fail=begin,code=2007,subcode=-3", 2007, -3},
+        {"fail=read,code=2", 2},
+        {"h=40,fail=read,failat=10,block=4,code=2008,subcode=1", 2008, 1},
     };
     Loader loader;
     for (const auto& c : cases) {
-        EXPECT_EQ(loader.reads(c.name), c.code == 0) << c.name;
-        EXPECT_EQ(loader.code(), c.code) << c.name;
-        loader.closeImage();
+        SCOPED_TRACE(c.name);
+        EXPECT_EQ(loader.reads(c.name), c.code == 0);
+        EXPECT_EQ(loader.error(), c.code);
+        EXPECT_EQ(loader.subcode(), c.subcode);
+        EXPECT_TRUE(loader.close());
+        EXPECT_EQ(loader.error(), 0);
         ASSERT_TRUE(loader.reads("w=9,h=9"));
-        loader.closeImage();
-    }
-}
-
-// Any memory of the host, any layout of the loader, any sample sizes, and the colours that go with
-// the channels; every byte that belongs to no sample stays as it was.
-TEST_F(Reading, FillsAnyMemoryOfTheHost) {
-    const struct {
-        int channels, space;
-    } sources[] = {{1, VORN_CS_GRAY}, {2, VORN_CS_GRAY},   {3, VORN_CS_RGB},
-                   {4, VORN_CS_RGB},  {3, VORN_CS_YUV601}, {4, VORN_CS_YUV601},
-                   {4, VORN_CS_CMYK}, {3, VORN_CS_CMY},    {8, VORN_CS_NONE}};
-    const char* spaces[] = {"None", "Gray", "RGB", "YUV", "YUV601", "CMY", "CMYK"};
-    const int wishes[] = {-1, VORN_CS_NONE, VORN_CS_GRAY, VORN_CS_RGB, VORN_CS_YUV601};
-    Random random(2024);
-    Loader loader;
-    for (int round = 0; round < 600; ++round) {
-        const auto& source = sources[round % std::size(sources)];
-        const int wish = wishes[vorn::test::pick(random, 0, 4)];
-        const Shape shape{vorn::test::pick(random, 1, 40), vorn::test::pick(random, 1, 40),
-                          source.channels, vorn::test::pick(random, 1, 2)};
-        const std::string name = named(shape, std::string("space=") + spaces[source.space] +
-                                                  ",block=" + text(vorn::test::pick(random, 0, 9)) +
-                                                  ",seed=" + text(round));
-        ASSERT_TRUE(loader.open(name)) << name;
-        if (wish >= 0) VORN_H_ImageVaSetTags(loader, ITAG_ColorSpace, VORN_Word(wish), TAG_End);
-        Picture target = Picture::any(
-            random, {shape.width, shape.height, vorn::test::pick(random, 1, VORN_MAX_CHANNELS),
-                     vorn::test::pick(random, 1, 2)});
-        if (vorn::test::pick(random, 0, 3) == 0)
-            target.drop(vorn::test::pick(random, 0, target.record.channels - 1));
-        uint32_t code = 0;
-        if (wish >= 0) VORN_L_SetColorSpaceCorrection(&code, source.space, wish);
-        const Picture expected =
-            converted(target, loadersPicture(name), static_cast<int>(code), nullptr);
-        ASSERT_TRUE(loader.read(target)) << name;
-        ASSERT_TRUE(same(target, expected)) << name << ", wish " << wish << ", code " << code;
-        loader.closeImage();
     }
 }
 
@@ -153,7 +140,7 @@ TEST_F(Reading, LooksUpPalettesOrKeepsTheIndices) {
         const std::string name = std::string("w=31,h=17,c=1,space=CMAPPED,") + c.name;
         SCOPED_TRACE(name + ", wish " + text(c.wish));
         ASSERT_TRUE(loader.open(name));
-        if (c.wish >= 0) VORN_H_ImageVaSetTags(loader, ITAG_ColorSpace, VORN_Word(c.wish), TAG_End);
+        if (c.wish >= 0) loader.set(ITAG_ColorSpace, c.wish);
         const Picture target = plainPicture({31, 17, c.channels, c.bytes});
         const Picture entries = loadersPalette(name);
         const int colors = c.wish == VORN_CS_GRAY ? 1 : 3;
@@ -161,15 +148,13 @@ TEST_F(Reading, LooksUpPalettesOrKeepsTheIndices) {
         VORN_L_SetColorSpaceCorrection(&entryCode, WishedPicture(name).paletteSpace, c.wish);
         const Picture palette = converted(plainPicture({entries.record.width, 1, colors, c.bytes}),
                                           entries, static_cast<int>(entryCode), nullptr);
-        const Picture expected = converted(target, loadersPicture(name), c.code, &palette);
         EXPECT_TRUE(loader.read(target));
-        EXPECT_TRUE(same(target, expected));
-        loader.closeImage();
+        EXPECT_TRUE(same(target, converted(target, loadersPicture(name), c.code, &palette)));
     }
     ASSERT_TRUE(loader.open("w=3,h=1,c=1,space=CMAPPED"));
-    VORN_H_ImageVaSetTags(loader, ITAG_ColorSpace, VORN_Word(VORN_CS_RGB), TAG_End);
+    loader.set(ITAG_ColorSpace, VORN_CS_RGB);
     EXPECT_FALSE(loader.read(plainPicture({3, 1, 3, 1})));
-    EXPECT_EQ(loader.code(), 5);
+    EXPECT_EQ(loader.error(), 5);
 }
 
 TEST_F(Reading, CallsTheMeterAsOftenAsItWasAskedTo) {
@@ -188,7 +173,6 @@ TEST_F(Reading, CallsTheMeterAsOftenAsItWasAskedTo) {
         EXPECT_TRUE(same(target, loadersPicture(name)));
         ASSERT_EQ(calls.counts.size(), c.calls) << c.lines;
         for (size_t i = 0; i < c.calls; ++i) EXPECT_EQ(calls.counts[i], static_cast<int>(i + 1));
-        loader.closeImage();
     }
 }
 
@@ -210,40 +194,28 @@ TEST_F(Reading, StopsWhereTheAbortCallbackSaysAndServesTheNextPicture) {
         for (int y = 0; y < (stopAt - 1) * kLines; ++y)
             vorn::test::slowLineCopy(source, expected, y, y, 0, nullptr);
         EXPECT_FALSE(loader.read(target, calls.tags(false)));
-        EXPECT_EQ(loader.code(), 27);
+        EXPECT_EQ(loader.error(), 27);
         EXPECT_TRUE(same(target, expected));
-        ASSERT_TRUE(loader.closeImage());
+        ASSERT_TRUE(loader.close());
         ASSERT_TRUE(loader.reads("w=9,h=9,seed=" + text(100 + stopAt)));
-        ASSERT_TRUE(loader.closeImage());
     }
-}
-
-TEST_F(Reading, AsksTheAbortCallbackAfterTheMeterToo) {
-    const std::string name =
-        named({5, 100, 3, 1}, "block=100");  // one block: it is asked once for it
-    Loader loader;
-    ASSERT_TRUE(loader.open(name));
+    // It is asked after the meter too: here all lines come in one block.
+    ASSERT_TRUE(loader.open("w=5,h=100,block=100"));
     Calls calls;
     calls.stopAfter = 2;
     EXPECT_FALSE(loader.read(plainPicture({5, 100, 3, 1}), calls.tags(true)));
-    EXPECT_EQ(loader.code(), 27);
+    EXPECT_EQ(loader.error(), 27);
     EXPECT_EQ(calls.counts.size(), 2u);
-    loader.closeImage();
-    EXPECT_TRUE(loader.reads("w=9,h=9"));
 }
 
 TEST_F(Reading, KeepsNothingOfTheImageBefore) {
     Loader loader;
-    const int program = [&] {
-        EXPECT_TRUE(loader.open("w=5,h=3,orient=0,space=RGB,text=first,dpix=72,dpiy=144"));
-        return loader.program();
-    }();
-    VORN_H_ImageVaSetTags(loader, ITAG_Orientation, VORN_Word(5), ITAG_ColorSpace,
-                          VORN_Word(VORN_CS_GRAY), TAG_End);
+    ASSERT_TRUE(loader.open("w=5,h=3,orient=0,space=RGB,text=first,dpix=72,dpiy=144"));
+    const int program = loader.program();
+    loader.set(ITAG_Orientation, 5, ITAG_ColorSpace, VORN_CS_GRAY);
     EXPECT_EQ(loader.number(ITAG_XDPI), 144);
     EXPECT_EQ(loader.number(ITAG_Width), 3);
     EXPECT_TRUE(loader.read(plainPicture({3, 5, 1, 1})));
-    EXPECT_TRUE(loader.closeImage());
 
     EXPECT_TRUE(loader.reads("w=4,h=7,c=4,b=2"));
     EXPECT_EQ(loader.number(ITAG_Width), 4);
@@ -254,53 +226,18 @@ TEST_F(Reading, KeepsNothingOfTheImageBefore) {
     EXPECT_EQ(loader.program(), program);
 }
 
-TEST_F(Reading, RefusesABufferThatIsNoneBeforeTheLoaderIsAsked) {
+TEST_F(Reading, GivesAPictureOnceToABufferThatIsOne) {
     Loader loader;
-    const std::string name = "w=6,h=6,seed=3";
-    ASSERT_TRUE(loader.open(name));
+    ASSERT_TRUE(loader.open("w=6,h=6,seed=3"));
     const Picture target = plainPicture({6, 6, 3, 1});
     VORN_ImageBuffer buffer = bufferOf(target);
     buffer.type = 2;
-    EXPECT_FALSE(VORN_H_ImageVaReadData(loader, &buffer, TAG_End));
-    EXPECT_EQ(loader.code(), 60);
+    EXPECT_FALSE(VORN_H_ImageVaReadData(loader, &buffer, TAG_End));  // the loader isn't asked
+    EXPECT_EQ(loader.error(), 60);
     EXPECT_TRUE(loader.read(target));
-    EXPECT_TRUE(same(target, loadersPicture(name)));
-}
-
-TEST_F(Reading, GivesAPictureOnlyOnceForEveryOpen) {
-    Loader loader;
-    ASSERT_TRUE(loader.reads("w=6,h=6"));
-    EXPECT_FALSE(loader.read(plainPicture({6, 6, 3, 1})));
-    loader.closeImage();
+    EXPECT_TRUE(same(target, loadersPicture("w=6,h=6,seed=3")));
+    EXPECT_FALSE(loader.read(target));
     EXPECT_TRUE(loader.reads("w=6,h=6"));
-}
-
-TEST_F(Reading, BringsTheLoadersErrors) {
-    const struct {
-        const char* name;
-        bool opens;
-        int code, subcode;
-    } cases[] = {
-        {"fail=open", false, 2001, 0},
-        {"fail=open,code=134217750,subcode=5", false, 0x08000016, 5},
-        {"fail=begin,code=2007,subcode=-3", false, 2007, -3},
-        {"fail=read,code=2", true, 2, 0},
-        {"fail=read,failat=10,block=4,code=2008,subcode=1", true, 2008, 1},
-    };
-    Loader loader;
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.name);
-        const std::string name = std::string("w=6,h=40,") + c.name;
-        const Picture target = plainPicture({6, 40, 3, 1});
-        EXPECT_EQ(loader.open(name), c.opens);
-        EXPECT_FALSE(c.opens && loader.read(target));
-        EXPECT_EQ(loader.code(), c.code);
-        EXPECT_EQ(loader.subcode(), c.subcode);
-        EXPECT_TRUE(loader.closeImage());
-        EXPECT_EQ(loader.code(), 0);
-        ASSERT_TRUE(loader.reads("w=6,h=6"));
-        loader.closeImage();
-    }
 }
 
 TEST_F(Reading, GoesOnAfterModuleCommands) {
@@ -317,9 +254,9 @@ TEST_F(Reading, GoesOnAfterModuleCommands) {
         VORN_L_TagFreeData(answer);
         // A callback that makes no answer is answered for.
         VORN_L_TagFreeData(VORN_H_ModuleVaSendCommand(loader, CMD_Module, TAG_End));
-        EXPECT_EQ(loader.code(), 0);
+        EXPECT_EQ(loader.error(), 0);
         EXPECT_EQ(VORN_H_ModuleVaSendCommand(loader, CMD_Module - 1, TAG_End), nullptr);
-        EXPECT_EQ(loader.code(), 0);
+        EXPECT_EQ(loader.error(), 0);
     }
     const Picture target = plainPicture({6, 6, 3, 1});
     EXPECT_TRUE(loader.read(target));

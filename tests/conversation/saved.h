@@ -2,23 +2,18 @@
 #pragma once
 
 #include <cstring>
-#include <fstream>
-#include <iterator>
 #include <vector>
 
 #include "tests/conversation/pictures.h"
 #include "tests/modules/saved_picture.h"
+#include "tests/scratch_home.h"
 
 class Saved {
   public:
-    explicit Saved(const std::string& path) {
-        std::ifstream file(path, std::ios::binary);
-        bytes_.assign(std::istreambuf_iterator<char>(file), {});
+    explicit Saved(const std::string& path) : bytes_(contentOf(path)) {
         EXPECT_GE(bytes_.size(), sizeof head_) << path;
         if (bytes_.size() >= sizeof head_) std::memcpy(&head_, bytes_.data(), sizeof head_);
     }
-
-    const SavedHead& head() const { return head_; }
 
     // What the saver was told with the command to save.
     const VORN_TagItem* told() const {
@@ -29,28 +24,18 @@ class Saved {
         return item ? VORN_L_TagGetLongVal(item) : -1;
     }
 
-    std::vector<SavedBlock> blocks() const {
-        std::vector<SavedBlock> all(static_cast<size_t>(head_.blocks));
-        std::memcpy(all.data(), bytes_.data() + sizeof head_ + toldBytes(),
-                    all.size() * sizeof(SavedBlock));
-        return all;
-    }
-
     Picture picture() const {
         Picture result =
             plainPicture({head_.width, head_.height, head_.channels, head_.bytesPerChannel});
-        const uint8_t* at = reinterpret_cast<const uint8_t*>(bytes_.data()) + sizeof head_ +
-                            toldBytes() + static_cast<size_t>(head_.blocks) * sizeof(SavedBlock);
-        const size_t size = static_cast<size_t>(head_.width * head_.height * head_.channels *
-                                                head_.bytesPerChannel);
-        EXPECT_EQ(reinterpret_cast<const uint8_t*>(bytes_.data()) + bytes_.size(), at + size);
-        std::memcpy(result.record.channelPlace[0], at, size);
+        const auto size = static_cast<size_t>(head_.width * head_.height * head_.channels *
+                                              head_.bytesPerChannel);
+        const size_t place = sizeof head_ + static_cast<size_t>(head_.tagBytes);
+        EXPECT_EQ(bytes_.size(), place + size);
+        std::memcpy(result.record.channelPlace[0], bytes_.data() + place, size);
         return result;
     }
 
   private:
-    size_t toldBytes() const { return static_cast<size_t>(head_.tagBytes); }
-
-    std::vector<char> bytes_;
+    std::string bytes_;
     SavedHead head_;
 };

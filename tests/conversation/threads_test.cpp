@@ -16,11 +16,8 @@ TEST_F(Threads, HaveHandlesOfTheirOwn) {
         threads.emplace_back([number] {
             for (int round = 0; round < 5; ++round) {
                 Loader loader;
-                for (int i = 0; i < 10; ++i) {
-                    const int seed = 1000 * number + 10 * round + i;
+                for (int seed = 1000 * number; seed < 1000 * number + 10; ++seed)
                     EXPECT_TRUE(loader.reads("w=13,h=29,block=4,seed=" + std::to_string(seed)));
-                    loader.closeImage();
-                }
                 Saver saver;
                 const Picture picture = plainPicture({13, 29, 3, 1});
                 EXPECT_TRUE(saver.open(moduleHome().path("saved" + std::to_string(number))));
@@ -63,18 +60,18 @@ void readNext(VORN_Image*, VORN_Word data, int32_t) {
 
 TEST_F(Threads, MayHaveManyTransfersUnderWayAtOnce) {
     std::vector<std::unique_ptr<Loader>> loaders;
-    std::vector<Picture> targets;
+    std::vector<Picture> targets, expected;
     for (int i = 0; i < 8; ++i) {
+        const std::string name = "w=10,h=50,block=3,seed=" + std::to_string(i);
         loaders.push_back(std::make_unique<Loader>());
         targets.push_back(plainPicture({10, 50, 3, 1}));
-        ASSERT_TRUE(loaders.back()->open("w=10,h=50,block=3,seed=" + std::to_string(i)));
+        expected.push_back(loadersPicture(name));
+        ASSERT_TRUE(loaders.back()->open(name));
     }
     Chain chain{loaders, targets};
     readNext(nullptr, reinterpret_cast<VORN_Word>(&chain), 0);
     EXPECT_TRUE(chain.good);
-    for (size_t i = 0; i < targets.size(); ++i)
-        EXPECT_TRUE(
-            same(targets[i], loadersPicture("w=10,h=50,block=3,seed=" + std::to_string(i))));
+    for (size_t i = 0; i < targets.size(); ++i) EXPECT_TRUE(same(targets[i], expected[i]));
 }
 
 }  // namespace

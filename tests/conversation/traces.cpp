@@ -11,46 +11,9 @@
 
 #include "platform/thread_messages.h"
 
-namespace {
-
 namespace fs = std::filesystem;
 
-// Names of the protocol: "12", "12VN", and as the system stores a semaphore's name.
-bool isOurs(std::string name) {
-    if (name.rfind("sem.", 0) == 0) name.erase(0, 4);
-    const size_t digits = name.find_first_not_of("0123456789");
-    return digits == std::string::npos || (digits > 0 && name.substr(digits) == "VN");
-}
-
-std::set<std::string> sharedObjects() {
-    std::set<std::string> names;
-    for (const auto& entry : fs::directory_iterator("/dev/shm")) {
-        if (isOurs(entry.path().filename())) names.insert(entry.path().filename());
-    }
-    return names;
-}
-
-}  // namespace
-
-void awaitEnd(int watch) {
-    pollfd wait{watch, POLLIN, 0};
-    while (::poll(&wait, 1, -1) < 0 && errno == EINTR) {
-    }
-    EXPECT_NE(wait.revents & POLLIN, 0);
-    ::close(watch);
-}
-
-int watchProgram(int id) { return static_cast<int>(::syscall(SYS_pidfd_open, id, 0u)); }
-
-bool hasChildren() {
-    for (const auto& task : fs::directory_iterator("/proc/self/task")) {
-        std::string children;
-        std::getline(std::ifstream(task.path() / "children"), children);
-        if (!children.empty()) return true;
-    }
-    return ::waitid(P_ALL, 0, nullptr, WEXITED | WNOHANG | WNOWAIT | __WALL) == 0 ||
-           errno != ECHILD;
-}
+namespace {
 
 // Numbers and what they stand for: a descriptor that was closed and opened anew is seen too.
 std::set<std::string> openDescriptors() {
@@ -75,6 +38,28 @@ std::multiset<std::string> sharedMappings() {
     return all;
 }
 
+}  // namespace
+
+void awaitEnd(int watch) {
+    pollfd wait{watch, POLLIN, 0};
+    while (::poll(&wait, 1, -1) < 0 && errno == EINTR) {
+    }
+    EXPECT_NE(wait.revents & POLLIN, 0);
+    ::close(watch);
+}
+
+int watchProgram(int id) { return static_cast<int>(::syscall(SYS_pidfd_open, id, 0u)); }
+
+bool hasChildren() {
+    for (const auto& task : fs::directory_iterator("/proc/self/task")) {
+        std::string children;
+        std::getline(std::ifstream(task.path() / "children"), children);
+        if (!children.empty()) return true;
+    }
+    return ::waitid(P_ALL, 0, nullptr, WEXITED | WNOHANG | WNOWAIT | __WALL) == 0 ||
+           errno != ECHILD;
+}
+
 void awaitProgramsIn(const std::string& directory) {
     for (const auto& entry : fs::directory_iterator("/proc")) {
         std::error_code error;
@@ -89,12 +74,10 @@ void NothingStays::SetUp() {
     vorn::platform::ThreadMessage message;
     vorn::platform::peekThreadMessage(message);  // a thread's queue stays as long as the thread
     descriptors_ = openDescriptors();
-    sharedObjects_ = sharedObjects();
 }
 
 void NothingStays::TearDown() {
     EXPECT_FALSE(hasChildren());
     EXPECT_EQ(openDescriptors(), descriptors_);
-    EXPECT_EQ(sharedObjects(), sharedObjects_);
     EXPECT_EQ(sharedMappings(), std::multiset<std::string>());
 }

@@ -15,10 +15,6 @@ int watchProgram(int id);
 // Whether this program has any child, living or dead.
 bool hasChildren();
 
-std::set<std::string> openDescriptors();
-
-std::multiset<std::string> sharedMappings();
-
 // Waits until no program that lies in the directory runs.
 void awaitProgramsIn(const std::string& directory);
 
@@ -30,5 +26,4 @@ class NothingStays : public testing::Test {
 
   private:
     std::set<std::string> descriptors_;
-    std::set<std::string> sharedObjects_;
 };

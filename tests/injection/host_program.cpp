@@ -9,7 +9,7 @@ int main(int argc, char** argv) {
     const bool saving = std::string(argv[1]) == nameOf(Kind::Saving);
     Talk talk(saving ? Kind::Saving : Kind::Loading, argv[2]);
     if (!talk.whole()) return 1;
-    talk.module().closeImage();
+    talk.close();
     talk.closeConnection();
     return 0;
 }

@@ -2,7 +2,6 @@
 #include <algorithm>
 #include <cstdio>
 #include <ctime>
-#include <vector>
 
 #include "tests/injection/talk.h"
 #include "tests/injection/wire.h"
@@ -58,32 +57,11 @@ double threadMilliseconds() {
     return 1e3 * static_cast<double>(time.tv_sec) + 1e-6 * static_cast<double>(time.tv_nsec);
 }
 
-// Figures for the log.
-class Figures {
-  public:
-    void add(double milliseconds) { all_.push_back(milliseconds); }
-    std::string text() {
-        if (all_.empty()) return "-";
-        std::sort(all_.begin(), all_.end());
-        char line[64];
-        std::snprintf(line, sizeof line, "median %.2f, most %.2f", all_[all_.size() / 2],
-                      all_.back());
-        return line;
-    }
-
-  private:
-    std::vector<double> all_;
-};
-
 // Milliseconds of work. A conversation takes a host about one, and some ten with sanitizers; a
 // module that hangs lives longer than this.
 constexpr double kMostWork = 250;
 
-class Injected : public ConversationTest {
-  protected:
-    Injected() { installInjected(); }
-    const std::string directory_ = moduleHome().makeDirectory("target");
-};
+using Injected = InjectedTest;
 
 class Modules : public Injected, public testing::WithParamInterface<std::tuple<Injection, Kind>> {
   protected:
@@ -100,12 +78,12 @@ class Modules : public Injected, public testing::WithParamInterface<std::tuple<I
     const Kind kind_ = std::get<1>(GetParam());
     const Wire wire_;
     ScopedVariable order_{"VORN_TEST_STEP", std::nullopt};
-    Figures latencies_, loads_;
+    double longestEnd_ = 0, mostWork_ = 0;  // for the log, in milliseconds
     int failures_ = 0;
 };
 
 void Modules::expectCode(Talk& talk) const {
-    const int32_t code = talk.module().code();
+    const int32_t code = talk.error();
     if (!endsProgram()) {
         EXPECT_TRUE(code != 0 && injection_.expect != Expect::Right) << code;
         return;
@@ -122,28 +100,28 @@ bool Modules::runWith(int step) {
     double work = threadMilliseconds();
     {
         std::optional<Stopper> stopper;
-        if (injection_.expect == Expect::Stopped) stopper.emplace(wire_, talk.module());
+        if (injection_.expect == Expect::Stopped) stopper.emplace(wire_, talk);
         const bool whole = talk.whole();
         const long long end = steadyNanoseconds();
         EXPECT_TRUE(!talk.isWrong() || injection_.expect == Expect::ErrorOrTheirs);
         if (!whole && !talk.isWrong()) expectCode(talk);
         if (!whole) ++failures_;
-        talk.module().closeImage();
+        talk.close();
         // A failed connection need not be closed to serve again: every other time it is not.
         if (whole || step % 2 == 0 || !endsProgram()) talk.closeConnection();
         work = threadMilliseconds() - work;
-        loads_.add(work);
+        mostWork_ = std::max(mostWork_, work);
         EXPECT_LT(work, kMostWork) << "the host never waits by asking again and again";
         news = stopper ? stopper->finish() : wire_.news();
         const long long begin = stopper ? stopper->stoppedAt() : news ? news->time : 0;
         if (!whole && news && endsProgram())
-            latencies_.add(1e-6 * static_cast<double>(end - begin));
+            longestEnd_ = std::max(longestEnd_, 1e-6 * static_cast<double>(end - begin));
     }
     order_.set(std::nullopt);
     // A program that has been closed can't reach the next one: it is tried now and then.
     if (endsProgram() || step % 8 == 1) {
-        EXPECT_TRUE(talk.whole()) << "the next one: " << talk.module().code() << talk.isWrong();
-        talk.module().closeImage();
+        EXPECT_TRUE(talk.whole()) << "the next one: " << talk.error() << talk.isWrong();
+        talk.close();
     }
     if (news && action_.starts_with("fork")) wire_.releaseChild();
     if (HasFailure()) std::printf("at step %d: %s\n", step, news ? news->description : "none");
@@ -153,9 +131,8 @@ bool Modules::runWith(int step) {
 TEST_P(Modules, ThatGoWrongCostOnePicture) {
     int step = 1;
     while (runWith(step) && !HasFailure()) ++step;
-    std::printf("%s while %s: %d steps, %d failed; to the end %s ms; host's work %s ms\n",
-                injection_.action, nameOf(kind_), step - 1, failures_, latencies_.text().c_str(),
-                loads_.text().c_str());
+    std::printf("%s while %s: %d steps, %d failed, after %.2f ms at most; host's work %.2f ms\n",
+                injection_.action, nameOf(kind_), step - 1, failures_, longestEnd_, mostWork_);
 }
 
 TEST_F(Injected, ModulesHaveTimeToEndInOrderAndNoMore) {
@@ -183,16 +160,15 @@ TEST_F(Injected, HandlesStoppedAnywhereEndWithErrorThreeAndTheNextOneWorks) {
             Talk talk(kind, directory_);
             atStep(step, [&] {
                 stopped = true;
-                VORN_L_ShutDownHandle(talk.module());
+                VORN_L_ShutDownHandle(talk);
             });
             const bool whole = talk.whole();
             EXPECT_TRUE(!talk.isWrong());
-            EXPECT_TRUE(whole || talk.module().code() == 3 || talk.module().code() == 4)
-                << talk.module().code();
+            EXPECT_TRUE(whole || talk.error() == 3 || talk.error() == 4) << talk.error();
             EXPECT_TRUE(!whole || !stopped || step > 20) << "a stop in the middle is never lost";
-            talk.module().closeImage();
+            talk.close();
             atStep(0, nullptr);
-            EXPECT_TRUE(talk.whole()) << talk.module().code();
+            EXPECT_TRUE(talk.whole()) << talk.error();
         }
     }
 }

@@ -8,16 +8,14 @@ namespace {
 
 constexpr uint64_t kMebibyte = 1 << 20;
 
-class Limits : public ConversationTest {
+class Limits : public InjectedTest {
   protected:
-    Limits() { installInjected(); }
     void SetUp() override {
         ConversationTest::SetUp();
 #ifdef VORN_SANITIZED
         GTEST_SKIP() << "a sanitized program can't do with limited memory";
 #endif
     }
-    const std::string directory_ = moduleHome().makeDirectory("target");
     ScopedVariable order_{"VORN_TEST_STEP", std::nullopt};
 };
 
@@ -38,10 +36,10 @@ TEST_F(Limits, ThatAModuleMeetsEndItAndAreNamed) {
                 SCOPED_TRACE(std::string(c.action) + " " + nameOf(kind) + std::to_string(step));
                 order_.set(std::string(c.action) + " " + std::to_string(step));
                 Talk talk(kind, directory_);
-                VORN_H_ModuleSetLimits(talk.module(), &c.limits);
+                VORN_H_ModuleSetLimits(talk, &c.limits);
                 EXPECT_FALSE(talk.whole());
-                EXPECT_EQ(talk.module().code(), c.code);
-                talk.module().closeImage();
+                EXPECT_EQ(talk.error(), c.code);
+                talk.close();
                 order_.set(std::nullopt);
                 EXPECT_TRUE(talk.whole()) << "under limits that suffice";
             }
@@ -54,7 +52,7 @@ TEST_F(Limits, OfMemoryAreSetForLoadersByTheLibrary) {
     const auto limitOf = [](Kind kind, const std::string& directory) {
         Talk talk(kind, directory);
         VORN_ModuleLimits limits{1, 1};
-        VORN_H_ModuleGetLimits(talk.module(), &limits);
+        VORN_H_ModuleGetLimits(talk, &limits);
         EXPECT_EQ(limits.cpuSeconds, 0u);
         return limits.addressSpaceBytes;
     };
@@ -75,7 +73,7 @@ TEST_F(Limits, OfMemoryAreSetForLoadersByTheLibrary) {
     order_.set("allocate 9");
     Talk talk(Kind::Loading, directory_);
     EXPECT_FALSE(talk.whole());
-    EXPECT_EQ(talk.module().code(), 76);
+    EXPECT_EQ(talk.error(), 76);
 }
 
 TEST_F(Limits, OfMemoryAreNamedAlsoWhenTheModuleSaysThatMemoryIsShort) {
@@ -84,7 +82,7 @@ TEST_F(Limits, OfMemoryAreNamedAlsoWhenTheModuleSaysThatMemoryIsShort) {
         const VORN_ModuleLimits limits{bytes, 0};
         VORN_H_ModuleSetLimits(loader, &limits);
         EXPECT_FALSE(loader.open("fail=open,code=17"));
-        EXPECT_EQ(loader.code(), bytes ? 76 : 17);
+        EXPECT_EQ(loader.error(), bytes ? 76 : 17);
     }
 }
 

@@ -11,7 +11,7 @@ const char* nameOf(Kind kind);
 inline void PrintTo(Kind kind, std::ostream* out) { *out << nameOf(kind); }
 
 // The module's handle, and the same conversation again and again.
-class Talk {
+class Talk : public Module {
   public:
     // A saver writes the file "saved" in the directory.
     Talk(Kind kind, const std::string& directory);
@@ -24,9 +24,8 @@ class Talk {
     // Whether the saved file is there with all that belongs into it.
     static bool isWhole(const std::string& directory);
 
-    Module& module() { return module_; }
     // Closes the connection; the handle stays.
-    void closeConnection() { VORN_L_ImageCloseHandle(module_); }
+    void closeConnection() { VORN_L_ImageCloseHandle(get()); }
 
   private:
     bool load();
@@ -35,6 +34,11 @@ class Talk {
 
     Kind kind_;
     std::string target_;
-    Module module_;
     bool wrong_ = false;
+};
+
+class InjectedTest : public ConversationTest {
+  protected:
+    InjectedTest() { installInjected(); }
+    const std::string directory_ = moduleHome().makeDirectory("target");
 };

@@ -68,11 +68,9 @@ TEST(AMessageThatChanges, IsBelievedOnlyInThePrivateCopy) {
     constexpr uint32_t kSize = 12 * kItems + 8;
     ScriptedModule module(VORN_LOADER, {}, kSize, false);
     SharedStuff& stuff = module.image()->stuff;
-    void* place = stuff.readPointer;
-    const int32_t value = 1;
-    for (uint32_t i = 0; i < kItems; ++i)
-        place = VORN_L_writetag(place, ITAG_Width, &value, sizeof value);
-    VORN_L_writetag(place, TAG_End, nullptr, 0);
+    MessageBytes good;
+    for (uint32_t i = 0; i < kItems; ++i) good.number(ITAG_Width, 1);
+    std::memcpy(stuff.readPointer, good.end().data(), kSize);
     const Meddler meddler(stuff.readPointer, kSize);
     int believed = 0;
     int refused = 0;

@@ -26,50 +26,48 @@ constexpr uint32_t kIds[] = {
     0x07000001,    0xFFFFFFFF};
 
 uint32_t edge(Random& random, uint32_t near) {
-    if (chance(random, 3))
-        return near + static_cast<uint32_t>(
-                          oneOf(random, std::initializer_list<int>{-8, -4, -1, 1, 4, 8}));
-    return static_cast<uint32_t>(oneOf(random, kEdges));
+    constexpr int kSteps[] = {-8, -4, -1, 1, 4, 8};
+    return chance(random, 3) ? near + static_cast<uint32_t>(oneOf(random, kSteps))
+                             : static_cast<uint32_t>(oneOf(random, kEdges));
 }
 
-uint32_t wordAt(const Bytes& bytes, size_t place) {
-    uint32_t word = 0;
-    std::memcpy(&word, bytes.data() + place, sizeof word);
-    return word;
-}
-
-void setWord(Bytes& bytes, size_t place, uint32_t word) {
-    std::memcpy(bytes.data() + place, &word, sizeof word);
-}
-
-size_t place(Random& random, size_t count) {
-    return static_cast<size_t>(pick(random, 0, static_cast<int64_t>(count) - 1));
+template <class List>
+auto anyOf(Random& random, List& list) {
+    return list.begin() + pick(random, 0, static_cast<int>(list.size()) - 1);
 }
 
 StreamStep& anyMessage(Random& random, Stream& stream) {
     for (;;) {
-        StreamStep& step = stream.steps[place(random, stream.steps.size())];
+        StreamStep& step = *anyOf(random, stream.steps);
         if (!step.takes && !step.items.empty()) return step;
     }
 }
 
-StreamItem& anyItem(Random& random, Stream& stream) {
-    auto& items = anyMessage(random, stream).items;
-    return items[place(random, items.size())];
+MessageItem& anyItem(Random& random, Stream& stream) {
+    return *anyOf(random, anyMessage(random, stream).items);
 }
 
 // An item of the stream with this id, or null.
-StreamItem* itemOf(Random& random, Stream& stream, uint32_t id) {
+MessageItem* itemOf(Random& random, Stream& stream, uint32_t id) {
     for (int tries = 0; tries < 20; ++tries) {
-        for (StreamItem& item : anyMessage(random, stream).items) {
+        for (MessageItem& item : anyMessage(random, stream).items) {
             if (item.id == id) return &item;
         }
     }
     return nullptr;
 }
 
+void lieAboutWord(Random& random, Bytes& data, int word) {
+    if (data.size() < 4 * static_cast<size_t>(word + 1)) return;
+    uint32_t value = 0;
+    std::memcpy(&value, data.data() + 4 * word, sizeof value);
+    value = edge(random, value);
+    std::memcpy(data.data() + 4 * word, &value, sizeof value);
+}
+
 void lieAboutLength(Random& random, Stream& stream) {
-    StreamItem& item = anyItem(random, stream);
+    MessageItem* pixels = chance(random, 3) ? itemOf(random, stream, ITAG_Data) : nullptr;
+    MessageItem& item = pixels ? *pixels : anyItem(random, stream);
     item.length = edge(random, item.length);
     if (chance(random, 2)) {  // and bring as many bytes, as far as they exist
         const uint32_t data = item.length < 8 ? 0 : item.length - 8;
@@ -79,105 +77,71 @@ void lieAboutLength(Random& random, Stream& stream) {
 
 void leaveOut(Random& random, Stream& stream) {
     auto& items = anyMessage(random, stream).items;
-    items.erase(items.begin() + static_cast<ptrdiff_t>(place(random, items.size())));
+    items.erase(anyOf(random, items));
 }
 
 void repeat(Random& random, Stream& stream) {
     auto& items = anyMessage(random, stream).items;
-    StreamItem copy = items[place(random, items.size())];
-    if (copy.data.size() == 4 && chance(random, 2))
-        setWord(copy.data, 0, edge(random, wordAt(copy.data, 0)));
-    items.insert(items.begin() + static_cast<ptrdiff_t>(place(random, items.size())), copy);
+    MessageItem copy = *anyOf(random, items);
+    if (copy.data.size() == 4 && chance(random, 2)) lieAboutWord(random, copy.data, 0);
+    items.insert(anyOf(random, items), copy);
 }
 
 void reorder(Random& random, Stream& stream) {
     auto& items = anyMessage(random, stream).items;
     const ptrdiff_t end = chance(random, 4) ? 0 : 1;  // mostly the end stays where it is
-    if (items.size() > 1) std::shuffle(items.begin(), items.end() - end, random);
+    std::shuffle(items.begin(), items.end() - end, random);
 }
 
 void lieAboutNumber(Random& random, Stream& stream) {
-    for (int tries = 0; tries < 20; ++tries) {
-        StreamItem& item = anyItem(random, stream);
-        if (item.data.size() != 4) continue;
-        setWord(item.data, 0, edge(random, wordAt(item.data, 0)));
-        return;
-    }
+    MessageItem* lines = chance(random, 3) ? itemOf(random, stream, ITAG_ReadHeight) : nullptr;
+    MessageItem& item = lines ? *lines : anyItem(random, stream);
+    if (item.data.size() == 4) lieAboutWord(random, item.data, 0);
 }
 
-void lieAboutLines(Random& random, Stream& stream) {
-    StreamItem* item = itemOf(random, stream, ITAG_ReadHeight);
-    if (item && item->data.size() == 4)
-        setWord(item->data, 0, chance(random, 2) ? wordAt(item->data, 0) + 1 : edge(random, 1));
-}
-
-// Sizes, steps and places: the first 30 words of the record; and the palette's, which has another
+// Sizes, steps and places: the first words of the record; and the palette's, which has another
 // one before it.
 void lieAboutFormat(Random& random, Stream& stream) {
     const uint32_t id = chance(random, 4) ? ITAG_Palette : ITAG_DataFormat;
-    StreamItem* item = itemOf(random, stream, id);
-    if (!item) return;
-    for (int64_t lies = pick(random, 1, 3); lies > 0; --lies) {
-        const size_t words = std::min<size_t>(item->data.size() / 4, id == ITAG_Palette ? 31 : 30);
-        if (words == 0) return;
-        const size_t word =
-            chance(random, 2) ? place(random, std::min<size_t>(words, 6)) : place(random, words);
-        setWord(item->data, 4 * word, edge(random, wordAt(item->data, 4 * word)));
-    }
+    MessageItem* item = itemOf(random, stream, id);
+    for (int lies = item ? pick(random, 1, 3) : 0; lies > 0; --lies)
+        lieAboutWord(random, item->data, pick(random, 0, chance(random, 2) ? 5 : 30));
 }
 
 void rename(Random& random, Stream& stream) { anyItem(random, stream).id = oneOf(random, kIds); }
 
-void shortenData(Random& random, Stream& stream) {
-    StreamItem* item = itemOf(random, stream, ITAG_Data);
-    if (!item || item->data.size() < 4) return;
-    item->data.resize(
-        item->data.size() -
-        4 * static_cast<size_t>(pick(random, 1, static_cast<int64_t>(item->data.size() / 4))));
-    item->length = static_cast<uint32_t>(8 + item->data.size());
-}
-
 void scribble(Random& random, Stream& stream) {
-    StreamItem& item = anyItem(random, stream);
+    MessageItem& item = anyItem(random, stream);
     uint8_t* bytes = item.data.empty() ? reinterpret_cast<uint8_t*>(&item.id) : item.data.data();
-    const size_t size = item.data.empty() ? 8 : item.data.size();
-    for (int64_t count = pick(random, 1, 4); count > 0; --count)
-        bytes[place(random, size)] = static_cast<uint8_t>(random());
+    const int size = item.data.empty() ? 8 : static_cast<int>(item.data.size());
+    for (int count = pick(random, 1, 4); count > 0; --count)
+        bytes[pick(random, 0, size - 1)] = static_cast<uint8_t>(random());
 }
 
 // Any kind of message in any place: another one of this stream, an error, the module's own end, a
 // host's command.
 void sayAnotherThing(Random& random, Stream& stream) {
-    StreamStep& target = anyMessage(random, stream);
-    const auto word = [](int32_t value) {
-        Bytes bytes(4);
-        std::memcpy(bytes.data(), &value, sizeof value);
-        return bytes;
-    };
-    const StreamItem end{TAG_End, 8, {}};
-    const std::vector<StreamItem> kinds[] = {
-        {end},
-        {{MTAG_Ack, 12, word(9)}, end},
-        {{MTAG_Ack, 12, word(9)},
-         {MTAG_Version, 12, word(static_cast<int32_t>(pick(random, -1, 4)))},
-         end},
-        {{MTAG_Terminate, 12, word(1)}, end},
-        {{MTAG_Command, 12, word(CMD_LoadData)}, end},
-        {{TAG_Interrupt, 8, {}}, {MTAG_Command, 12, word(CMD_Abort)}, end},
-        {{MTAG_ErrorCode, 16, {7, 0, 0, 0, 1, 0, 0, 0}}, end},
-        {{MTAG_ErrorCode, 8, {}}, {MTAG_Ack, 12, word(9)}, end},
-        {{MTAG_ErrorCode, 16, Bytes(8)}, end},
+    const auto empty = [] { return MessageBytes(); };
+    const std::vector<MessageItems> kinds = {
+        empty().items(),
+        empty().number(MTAG_Ack, 9).items(),
+        empty().number(MTAG_Ack, 9).number(MTAG_Version, pick(random, -1, 4)).items(),
+        empty().number(MTAG_Terminate, 1).items(),
+        empty().number(MTAG_Command, CMD_LoadData).items(),
+        empty().item(TAG_Interrupt, 8).number(MTAG_Command, CMD_Abort).items(),
+        empty().error(7, 1).items(),
+        empty().item(MTAG_ErrorCode, 8).number(MTAG_Ack, 9).items(),
+        empty().error(0, 0).items(),
         {},
     };
-    if (chance(random, 2))
-        target.items = oneOf(random, kinds);
-    else
-        target.items = std::vector<StreamItem>(anyMessage(random, stream).items);
+    StreamStep& target = anyMessage(random, stream);
+    target.items =
+        chance(random, 2) ? oneOf(random, kinds) : MessageItems(anyMessage(random, stream).items);
 }
 
 void loseOrDoubleStep(Random& random, Stream& stream) {
     auto& steps = stream.steps;
-    const auto at = steps.begin() + static_cast<ptrdiff_t>(place(random, steps.size()));
+    const auto at = anyOf(random, steps);
     if (chance(random, 2) && steps.size() > 2)
         steps.erase(at);
     else
@@ -185,21 +149,20 @@ void loseOrDoubleStep(Random& random, Stream& stream) {
 }
 
 void exchangeSteps(Random& random, Stream& stream) {
-    auto& steps = stream.steps;
-    std::swap(steps[place(random, steps.size())], steps[place(random, steps.size())]);
+    std::iter_swap(anyOf(random, stream.steps), anyOf(random, stream.steps));
 }
 
 }  // namespace
 
 void tellLie(Random& random, Stream& stream) {
     static constexpr void (*kLies[])(Random&, Stream&) = {
-        lieAboutLength, leaveOut,        repeat,          reorder,          lieAboutNumber,
-        lieAboutLines,  lieAboutFormat,  lieAboutFormat,  rename,           shortenData,
+        lieAboutLength, lieAboutLength,  lieAboutNumber,  lieAboutNumber,   lieAboutFormat,
+        lieAboutFormat, leaveOut,        repeat,          reorder,          rename,
         scribble,       sayAnotherThing, sayAnotherThing, loseOrDoubleStep, exchangeSteps};
     oneOf(random, kLies)(random, stream);
     auto& steps = stream.steps;
     const bool silent = std::none_of(steps.begin(), steps.end(), [](const StreamStep& step) {
         return !step.takes && !step.items.empty();
     });
-    if (silent) steps.push_back({false, {{TAG_End, 8, {}}}});  // the next lie needs a message
+    if (silent) steps.push_back({false, MessageBytes().items()});  // the next lie needs a message
 }

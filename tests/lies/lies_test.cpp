@@ -23,7 +23,7 @@ TalkResult tell(uint32_t number, bool& honest) {
     Stream stream = goodStream(random);
     const std::vector<ScriptStep> good = scriptOf(stream);
     honest = chance(random, 16);
-    for (int64_t lies = honest ? 0 : pick(random, 1, 4); lies > 0; --lies) tellLie(random, stream);
+    for (int lies = honest ? 0 : pick(random, 1, 4); lies > 0; --lies) tellLie(random, stream);
     std::vector<ScriptStep> script = scriptOf(stream);
     // The area ends where a message does, or where the protocol says.
     const uint32_t sizes[] = {

@@ -8,16 +8,14 @@
 #pragma once
 
 #include <vorn/host.h>
-#include <vorn/library.h>
 
 #include <cstdint>
 #include <memory>
 #include <span>
 #include <vector>
 
+#include "tests/support/message_bytes.h"
 #include "transport/image.h"
-
-using Bytes = std::vector<uint8_t>;
 
 struct ScriptStep {
     bool takes = false;  // waits for a message of the host and takes it

@@ -92,63 +92,58 @@ class Talk {
 
     // The host's wishes, and memory of the size that it was told, or of another one.
     Picture target() {
-        if (chance(random_, 4))
-            VORN_H_ImageVaSetTags(image_, ITAG_ColorSpace, VORN_Word(pick(random_, 0, 7)), TAG_End);
-        if (chance(random_, 4))
-            VORN_H_ImageVaSetTags(image_, ITAG_Orientation, VORN_Word(pick(random_, 0, 7)),
-                                  TAG_End);
+        for (const uint32_t wish : {ITAG_ColorSpace, ITAG_Orientation}) {
+            if (chance(random_, 4))
+                VORN_H_ImageVaSetTags(image_, wish, VORN_Word(pick(random_, 0, 7)), TAG_End);
+        }
         int32_t width = number(ITAG_Width);
         int32_t height = number(ITAG_Height);
         const bool known = width > 0 && height > 0 && int64_t{width} * height <= kMostPixels;
         if (!known || chance(random_, 4)) {
-            width = static_cast<int32_t>(pick(random_, 1, 20));
-            height = static_cast<int32_t>(pick(random_, 1, 20));
+            width = pick(random_, 1, 20);
+            height = pick(random_, 1, 20);
         }
-        const auto channels = static_cast<int32_t>(pick(random_, 1, 4));
-        return hostPicture(width, height, channels, static_cast<int32_t>(pick(random_, 1, 2)));
+        return hostPicture(width, height, pick(random_, 1, 4), pick(random_, 1, 2));
     }
 
     void load() {
         const Picture picture = target();
         const VORN_ImageBuffer buffer{VORN_BUFFER_CHUNKY, picture.record};
         const size_t before = module_.heard().size();
-        int32_t calls = 0;
         const bool aborts = chance(random_, 8);
-        if (aborts) calls = static_cast<int32_t>(pick(random_, 1, 5));
+        int32_t calls = aborts ? pick(random_, 1, 5) : 0;
         const bool metered = chance(random_, 4);
         const bool read = VORN_H_ImageVaReadData(
             image_, &buffer, ITAG_MeterCallback, VORN_Word(metered ? &noteProgress : nullptr),
             ITAG_AbortCallback, VORN_Word(aborts ? &wantsNoMore : nullptr),
             ITAG_AbortCallbackUserData, VORN_Word(&calls), TAG_End);
-        note("the read", read);
-        if (!read) return;
-        ++result_.pictures;
-        judge(picture, std::span(module_.heard()).subspan(before));
+        if (note("the read", read)) judge(picture, std::span(module_.heard()).subspan(before));
+    }
+
+    void expect(bool right, const char* mistake) {
+        if (!right) result_.mistake = mistake;
     }
 
     // Every sample must be the one that the module's messages hold.
     void judge(const Picture& picture, std::span<const Bytes> heard) {
+        ++result_.pictures;
         VORN_DataFormat format;
         void* announced = nullptr;
         VORN_L_ImageVaModuleGetTags(image_, ITAG_DataFormat, VORN_Word(&announced), TAG_End);
         std::memcpy(&format, announced, sizeof format);
         FreeMemory(announced);
-        const bool plain =
-            image_->colorConversion == 0 && !image_->orientation && !image_->sizeDiffers;
-        const int32_t lines = image_->sizeDiffers ? format.height : picture.record.height;
+        if (image_->colorConversion || image_->orientation || image_->sizeDiffers) return;
         size_t next = 1;  // behind the sign to go on
         SentBlock block;
         int32_t first = 0;
-        for (int32_t y = 0; y < lines && plain && result_.mistake.empty(); ++y) {
-            while (y - first >= block.lines) {
-                first += std::max(block.lines, 0);
+        for (int32_t y = 0; y < picture.record.height; ++y) {
+            if (y == first + block.lines) {
+                first = y;
                 const auto sent = next < heard.size() ? blockIn(heard[next++]) : std::nullopt;
-                if (!sent || sent->lines < 1) {
-                    result_.mistake = "a picture was read that was not sent";
-                    return;
-                }
-                block = *sent;
+                block = sent.value_or(SentBlock{});
             }
+            expect(block.lines > 0, "a picture was read that was not sent");
+            if (!result_.mistake.empty()) return;
             judgeLine(picture, block, format, y - first, y);
         }
     }
@@ -162,21 +157,17 @@ class Talk {
         for (int32_t c = 0; c < format.channels; ++c) {
             for (int32_t x = 0; x < record.width; ++x) {
                 const auto sample = sampleOf(block, format, c, x, blockLine);
-                if (!sample) {
-                    result_.mistake = "a sample was read from outside the block";
-                    return;
-                }
-                if (c < record.channels &&
-                    picture.get(c, x, y) !=
-                        converted(*sample, format.bytesPerChannel, record.bytesPerChannel)) {
-                    result_.mistake = "a sample was not read as it was sent";
-                }
+                expect(sample.has_value(), "a sample was read from outside the block");
+                expect(!sample || c >= record.channels ||
+                           picture.get(c, x, y) ==
+                               converted(*sample, format.bytesPerChannel, record.bytesPerChannel),
+                       "a sample was not read as it was sent");
             }
         }
     }
 
     void save() {
-        const VORN_DataFormat& format = stream_.picture.format;
+        const VORN_DataFormat& format = stream_.format;
         Picture picture =
             hostPicture(format.width, format.height, format.channels, format.bytesPerChannel);
         for (uint8_t& byte : picture.memory) byte = static_cast<uint8_t>(random_());
@@ -186,13 +177,12 @@ class Talk {
                               ITAG_Orientation, VORN_Word(0), TAG_End);
         const VORN_ImageBuffer buffer{VORN_BUFFER_CHUNKY, picture.record};
         const size_t before = module_.taken().size();
-        const int32_t ticks = stream_.picture.meterTicks;
+        const int32_t ticks = stream_.meterTicks;
         const bool written = VORN_H_ImageVaWriteData(image_, &buffer, ITAG_MeterCallback,
                                                      VORN_Word(ticks ? &noteProgress : nullptr),
                                                      ITAG_MeterTicks, VORN_Word(ticks), TAG_End);
-        note("the write", written,
-             !image_->sizeDiffers);  // a picture of another size has no error number
-        if (!written) return;
+        // A picture of another size has no error number.
+        if (!note("the write", written, !image_->sizeDiffers)) return;
         ++result_.pictures;
         if (!image_->orientation) judgeSaved(picture, std::span(module_.taken()).subspan(before));
     }
@@ -204,14 +194,13 @@ class Talk {
             const auto block = blockIn(area);
             for (int32_t line = 0; block && line < block->lines; ++line, ++y) {
                 for (int32_t c = 0; c < picture.record.channels; ++c) {
-                    for (int32_t x = 0; x < picture.record.width; ++x) {
-                        if (sampleOf(*block, block->format, c, x, line) != picture.get(c, x, y))
-                            result_.mistake = "a sample was not written as it was";
-                    }
+                    for (int32_t x = 0; x < picture.record.width; ++x)
+                        expect(sampleOf(*block, block->format, c, x, line) == picture.get(c, x, y),
+                               "a sample was not written as it was");
                 }
             }
         }
-        if (y != picture.record.height) result_.mistake = "not all lines were written";
+        expect(y == picture.record.height, "not all lines were written");
     }
 
     Random& random_;

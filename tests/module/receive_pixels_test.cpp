@@ -9,41 +9,36 @@ namespace {
 
 constexpr int32_t kWidth = 3;
 
-VORN_DataFormat grayFormat(int32_t height) {
-    return formatOf(DF_LineInterleaved8, kWidth, height, 1);
-}
-
-// A block of lines whose samples are ten times the line's number and the column.
-Bytes block(int32_t first, int32_t lines) {
+// Samples that are ten times the line's number and the column.
+Bytes samplesOf(int32_t first, int32_t lines) {
     Bytes samples;
     for (int32_t line = first; line < first + lines; ++line) {
         for (int32_t x = 0; x < kWidth; ++x) samples.push_back(static_cast<uint8_t>(line * 10 + x));
     }
+    return samples;
+}
+
+Bytes block(int32_t first, int32_t lines) {
+    const Bytes samples = samplesOf(first, lines);
     return MessageBytes()
         .number(ITAG_ReadLineNo, first)
-        .format(grayFormat(lines))
+        .format(formatOf(DF_LineInterleaved8, kWidth, lines, 1))
         .data(ITAG_Data, samples.data(), samples.size())
         .end();
 }
 
-// A saver's buffer for some lines of the picture.
-struct Lines {
-    explicit Lines(int32_t count) : samples(static_cast<size_t>(count * kWidth), 0xEE) {
-        buffer.width = kWidth;
-        buffer.height = count;
-        buffer.channels = buffer.bytesPerChannel = buffer.pixelStep[0] = 1;
-        buffer.lineStep[0] = kWidth;
-        buffer.channelPlace[0] = samples.data();
-    }
-    void expectLine(int32_t place, int32_t line) const {
-        for (int32_t x = 0; x < kWidth; ++x) {
-            EXPECT_EQ(samples[static_cast<size_t>(place * kWidth + x)], line * 10 + x);
-        }
-    }
-
-    std::vector<uint8_t> samples;
-    VORN_ChunkyBuffer buffer{};
-};
+// What a saver's buffer for so many lines takes out of its messages.
+Bytes taken(VORN_ImageDataState* state, int32_t count) {
+    Bytes samples(static_cast<size_t>(count * kWidth), 0xEE);
+    VORN_ChunkyBuffer buffer{DF_LineInterleaved8, kWidth, count, 1, 0, 0, {}, {}, {}, {}};
+    buffer.channelPlace[0] = samples.data();
+    VORN_L_ChunkyBufferMacroSetup(&buffer);
+    const int32_t got = VORN_M_GetImageData(&buffer, state);
+    for (size_t i = static_cast<size_t>(got * kWidth); i < samples.size(); ++i)
+        EXPECT_EQ(samples[i], 0xEE);
+    samples.resize(static_cast<size_t>(got * kWidth));
+    return samples;
+}
 
 // A saver that takes the lines of these messages like this.
 void writeWith(const std::vector<Bytes>& messages,
@@ -63,20 +58,14 @@ void writeWith(const std::vector<Bytes>& messages,
 
 TEST(GetImageData, TakesLinesAcrossBlocksAndNoneBehindTheLast) {
     writeWith({block(0, 4), block(4, 4), block(8, 0), block(8, 4)}, [](auto* state) {
-        Lines ten(10);
-        EXPECT_EQ(VORN_M_GetImageData(&ten.buffer, state), 10);
-        for (int32_t line = 0; line < 10; ++line) ten.expectLine(line, line);
-        Lines rest(4);  // two are left
-        EXPECT_EQ(VORN_M_GetImageData(&rest.buffer, state), 2);
-        rest.expectLine(0, 10);
-        rest.expectLine(1, 11);
-        EXPECT_EQ(rest.samples[2 * kWidth], 0xEE);
-        EXPECT_EQ(VORN_M_GetImageData(&rest.buffer, state), 0);  // ended: no wait
+        EXPECT_EQ(taken(state, 10), samplesOf(0, 10));
+        EXPECT_EQ(taken(state, 4), samplesOf(10, 2));
+        EXPECT_EQ(taken(state, 4), Bytes());  // ended: no wait
     });
 }
 
 TEST(GetImageData, EndsAtAMessageThatIsNoBlock) {
-    const VORN_DataFormat format = grayFormat(1);
+    const VORN_DataFormat format = formatOf(DF_LineInterleaved8, kWidth, 1, 1);
     const Bytes messages[] = {
         MessageBytes().number(ITAG_ReadLineNo, 0).data(ITAG_Data, "abcd", 4).end(),
         MessageBytes().format(format).end(),
@@ -84,10 +73,8 @@ TEST(GetImageData, EndsAtAMessageThatIsNoBlock) {
     };
     for (const Bytes& message : messages) {
         writeWith({message}, [](auto* state) {
-            Lines one(1);
-            EXPECT_EQ(VORN_M_GetImageData(&one.buffer, state), 0);
-            EXPECT_EQ(VORN_M_GetImageData(&one.buffer, state), 0);
-            EXPECT_EQ(one.samples[0], 0xEE);
+            EXPECT_EQ(taken(state, 1), Bytes());
+            EXPECT_EQ(taken(state, 1), Bytes());
         });
     }
 }
@@ -144,22 +131,27 @@ TEST(GetPalette, FillsTheEntriesInTheAskedColorSpaceAndTellsTheirNumber) {
 }
 
 TEST(GetPalette, LeavesTheBufferAloneWhenItDoesNotSuit) {
-    const auto refused = [](const Bytes& message, int32_t VORN_ChunkyBuffer::*field,
-                            int32_t value) {
-        Entries entries;
-        entries.buffer.*field = value;
-        const VORN_ChunkyBuffer before = entries.buffer;
-        EXPECT_FALSE(entries.take(message, VORN_CS_RGB));
-        EXPECT_EQ(std::memcmp(&before, &entries.buffer, sizeof before), 0);
-        EXPECT_EQ(entries.samples[0], 9);
+    const struct {
+        Bytes message = paletteMessage();
+        int32_t width = 4, channels = 3, bytes = 1;  // of the buffer
+    } cases[] = {
+        {.width = 1},
+        {.channels = 4},
+        {.bytes = 2},
+        {.message = paletteMessage(4)},  // fewer bytes than told
+        {.message = MessageBytes().number(ITAG_Width, 1).end()},
+        {.message = MessageBytes().data(ITAG_Palette, "abcd", 4).end()},
     };
-    const Bytes palette = paletteMessage();
-    refused(palette, &VORN_ChunkyBuffer::width, 1);
-    refused(palette, &VORN_ChunkyBuffer::channels, 4);
-    refused(palette, &VORN_ChunkyBuffer::bytesPerChannel, 2);
-    refused(MessageBytes().number(ITAG_Width, 1).end(), &VORN_ChunkyBuffer::width, 4);
-    refused(paletteMessage(4), &VORN_ChunkyBuffer::width, 4);  // fewer bytes than told
-    refused(MessageBytes().data(ITAG_Palette, "abcd", 4).end(), &VORN_ChunkyBuffer::width, 4);
+    for (const auto& c : cases) {
+        Entries entries;
+        entries.buffer.width = c.width;
+        entries.buffer.channels = c.channels;
+        entries.buffer.bytesPerChannel = c.bytes;
+        const VORN_ChunkyBuffer before = entries.buffer;
+        EXPECT_FALSE(entries.take(c.message, VORN_CS_RGB)) << &c - cases;
+        EXPECT_EQ(std::memcmp(&before, &entries.buffer, sizeof before), 0) << &c - cases;
+        EXPECT_EQ(entries.samples[0], 9);
+    }
 }
 
 }  // namespace

@@ -11,23 +11,6 @@ int32_t fail() {
     return 0;
 }
 
-TEST(Shell, AcknowledgesEveryCommandWithItsRoundAndVersion) {
-    Twin twin(VORN_LOADER, {});
-    const Bytes first = {7,  0, 0, 1, 12, 0, 0, 0, 1, 0, 0, 0, 0x84, 0, 0, 1,
-                         12, 0, 0, 0, 3,  0, 0, 0, 0, 0, 0, 0, 8,    0, 0, 0};
-    EXPECT_EQ(twin.receive(), first);
-    int32_t round = 1;
-    const uint32_t commands[] = {CMD_LoadInfo, CMD_LoadData, CMD_SaveInfo,
-                                 CMD_SaveOpen, CMD_Abort,    0x2003};
-    for (const uint32_t number : commands) {
-        twin.send(command(number));
-        EXPECT_EQ(twin.receive(), acknowledgementOf(++round)) << number;
-    }
-    twin.send(MessageBytes().number(ITAG_Width, 1).end());
-    EXPECT_EQ(twin.receive(), acknowledgementOf(++round));
-    twin.terminate();
-}
-
 TEST(Shell, SendsTheLastErrorOnceWithTheNextAcknowledgementAndSkipsUnknownTags) {
     Callbacks callbacks;
     callbacks.beforeTheShell = [] {
@@ -65,135 +48,96 @@ TEST(Shell, ReturnsAtOnceWhenNoHostHasStartedIt) {
     EXPECT_EQ(VORN_a_Parent, 1);
 }
 
-TEST(Shell, ClosesAfterEveryRoundThatEndsWithoutAnImageAndWhenItEnds) {
-    Twin twin(VORN_LOADER, plainLoader());
-    const auto callsOf = [&](const Bytes& message) {
-        twin.send(message);
-        twin.receive();
-        return twin.calls();
-    };
-    twin.receive();
-    EXPECT_EQ(callsOf(command(CMD_LoadInfo)), "open begin");
-    EXPECT_EQ(callsOf(command(0x2003)), "open begin");  // the image stays open
-    EXPECT_EQ(callsOf(command(CMD_Abort)), "open begin close");
-    EXPECT_EQ(callsOf(command(CMD_Abort)), "open begin close close");
-    callsOf(command(CMD_LoadInfo));
-    EXPECT_EQ(callsOf(kEmpty), "open begin close close open begin close");
-    EXPECT_EQ(callsOf(command(CMD_LoadInfo)), "open begin close close open begin close open begin");
-    twin.terminate();
-    EXPECT_EQ(twin.calls(), "open begin close close open begin close open begin close");
-}
-
-TEST(LoadInfo, GivesTheMessageToBothSteps) {
-    Callbacks callbacks = plainLoader();
-    const VORN_TagItem* kept = nullptr;
-    std::string names;
-    callbacks.loaderOpen = [&](const VORN_TagItem* message) {
-        kept = message;
-        return 1;
-    };
-    callbacks.loaderBegin = [&] {
-        char name[16];
-        names += VORN_L_CopyTagStringOrNull(kept, ITAG_Filename, name, sizeof name);
-        return 1;
-    };
-    const Bytes message =
-        MessageBytes().number(MTAG_Command, CMD_LoadInfo).text(ITAG_Filename, "a.pnm").end();
-    converse(VORN_LOADER, callbacks, {{message, {acknowledgementOf(2)}}});
-    EXPECT_EQ(names, "a.pnm");
-}
-
-TEST(Loading, GoesAsFarAsItsCallbacksLetIt) {
+TEST(Conversations, GoAsFarAsTheCallbacksLetThemAndTellErrorsAtOnceAndAgain) {
     const Bytes info = command(CMD_LoadInfo), data = command(CMD_LoadData);
-    const auto refused = acknowledgementWithError(2, 2002, 28);
-    const auto opening = [](const VORN_TagItem*) { return fail(); };
-    const struct {
-        std::function<void(Callbacks&)> change;
-        std::vector<Turn> turns;
-        const char* calls;
-    } cases[] = {
-        {[&](Callbacks& c) { c.loaderOpen = opening; }, {{info, {refused}}}, "open close"},
-        {[](Callbacks& c) { c.loaderBegin = fail; }, {{info, {refused}}}, "open begin close"},
-        {[](Callbacks& c) { c.loaderBegin = fail; }, {{data, {refused}}}, "open begin close"},
-        // That the reading starts is said only when the picture was open.
-        {[](Callbacks&) {}, {{data, {acknowledgementOf(2)}}}, "open begin read close"},
-        {[](Callbacks&) {},
-         {{info, {acknowledgementOf(2)}}, {data, {kEmpty, acknowledgementOf(3)}}},
-         "open begin read close"},
-        {[](Callbacks& c) { c.loaderRead = nullptr; },
-         {{info, {acknowledgementOf(2)}}, {data, {acknowledgementOf(3)}}},
-         "open begin"},
+    const Bytes query = command(CMD_SaveInfo), save = command(CMD_SaveData);
+    const Bytes open = command(CMD_SaveOpen), abort = command(CMD_Abort);
+    const Bytes other = command(0x2003), stop = interrupt();
+    const Bytes number = MessageBytes().number(ITAG_Orientation, 3).end();
+    const Bytes error = MessageBytes().error(2002, 28).end();
+    const Bytes refused = acknowledgementWithError(2, 2002, 28);
+    const auto ack = [](int32_t round) { return acknowledgementOf(round); };
+    using Change = std::function<void(Callbacks&)>;
+    const Change nothing = [](auto&) {}, withoutAny = [](auto&c) { c = {}; };
+    const Change openFails = [](auto& c) {
+        c.loaderOpen = c.saverOpen = [](auto*) { return fail(); };
     };
-    for (const auto& c : cases) {
-        Callbacks callbacks = plainLoader();
-        c.change(callbacks);
-        EXPECT_EQ(converse(VORN_LOADER, callbacks, c.turns), c.calls) << &c - cases;
-    }
-}
-
-TEST(Saving, GoesAsFarAsItsCallbacksLetItAndTellsErrorsAtOnceAndAgain) {
-    const Bytes save = command(CMD_SaveData), open = command(CMD_SaveOpen), stop = interrupt();
-    const Bytes error = errorMessage(2002, 28), done = acknowledgementOf(2);
-    const Bytes again = acknowledgementWithError(2, 2002, 28);
+    const Change beginFails = [](auto& c) { c.loaderBegin = c.saverBegin = fail; };
+    const Change beginRefuses = [](auto& c) { c.saverBegin = [] { return 0; }; };
+    const Change readIsMissing = [](auto& c) { c.loaderRead = nullptr; };
+    const Change writeFails = [](auto& c) { c.saverWrite = fail; };
+    const Change answers = [](auto& c) {
+        c.saverQuery = [] { VORN_M_SetVaImageInfo(ITAG_Orientation, VORN_Word(3), TAG_End); };
+    };
     const struct {
-        std::function<void(Callbacks&)> change;
+        int32_t type;
+        Change change;
         std::vector<Turn> turns;
         const char* calls;
     } cases[] = {
+        // Whatever the command, and if there is none, it is acknowledged.
+        {VORN_LOADER, withoutAny, {{info, {ack(2)}}, {data, {ack(3)}}, {query, {ack(4)}}}, ""},
+        {VORN_LOADER, withoutAny, {{open, {ack(2)}}, {other, {ack(3)}}, {number, {ack(4)}}}, ""},
+        // A round that ends without an image ends with the close.
+        {VORN_LOADER, nothing, {{info, {ack(2)}}, {other, {ack(3)}}}, "open begin"},
+        {VORN_LOADER, nothing, {{info, {ack(2)}}, {number, {ack(3)}}}, "open begin close"},
+        {VORN_LOADER, nothing, {{info, {ack(2)}}, {abort, {ack(3)}}}, "open begin close"},
+        {VORN_LOADER, nothing, {{abort, {ack(2)}}, {abort, {ack(3)}}}, "close close"},
+        {VORN_LOADER, openFails, {{info, {refused}}}, "open close"},
+        {VORN_LOADER, beginFails, {{info, {refused}}}, "open begin close"},
+        {VORN_LOADER, beginFails, {{data, {refused}}}, "open begin close"},
+        // That the reading starts is said only when the picture was open.
+        {VORN_LOADER, nothing, {{data, {ack(2)}}}, "open begin read close"},
+        {VORN_LOADER,
+         nothing,
+         {{info, {ack(2)}}, {data, {kEmpty, ack(3)}}},
+         "open begin read close"},
+        {VORN_LOADER, readIsMissing, {{info, {ack(2)}}, {data, {ack(3)}}}, "open begin"},
+        {VORN_LOADER,
+         nothing,
+         {{command(CMD_Module), {acknowledgementWithError(2, 53, 0)}}},
+         "close"},
+        {VORN_SAVER, answers, {{query, {number, ack(2)}}}, "query close"},
         // A block that nobody takes, and an end that is none without an interrupt.
-        {[](Callbacks&) {},
-         {{save, {kEmpty}},
-          {MessageBytes().number(ITAG_ReadLineNo, 0).end(), {}},
-          {command(CMD_Terminate), {}},
-          {stop, {done}}},
+        {VORN_SAVER,
+         nothing,
+         {{save, {kEmpty}}, {number, {}}, {command(CMD_Terminate), {}}, {stop, {ack(2)}}},
          "open begin write close"},
         // The picture is opened only when none is open.
-        {[](Callbacks&) {},
-         {{open, {done}},
-          {open, {acknowledgementOf(3)}},
-          {save, {kEmpty}},
-          {stop, {acknowledgementOf(4)}}},
+        {VORN_SAVER,
+         nothing,
+         {{open, {ack(2)}}, {open, {ack(3)}}, {save, {kEmpty}}, {stop, {ack(4)}}},
          "open begin write close"},
-        {[](Callbacks& c) {
-             c.saverQuery = [] { VORN_M_SetVaImageInfo(ITAG_Orientation, VORN_Word(3), TAG_End); };
-         },
-         {{command(CMD_SaveInfo), {MessageBytes().number(ITAG_Orientation, 3).end(), done}}},
-         "query close"},
         // The host sends in vain.
-        {[](Callbacks& c) { c.saverOpen = [](const VORN_TagItem*) { return fail(); }; },
-         {{save, {kEmpty}}, {stop, {again}}},
-         "open close"},
-        {[](Callbacks& c) { c.saverBegin = fail; },
-         {{save, {error, kEmpty}}, {stop, {again}}, {command(CMD_Abort), {acknowledgementOf(3)}}},
+        {VORN_SAVER, openFails, {{save, {kEmpty}}, {stop, {refused}}}, "open close"},
+        {VORN_SAVER,
+         beginFails,
+         {{save, {error, kEmpty}}, {stop, {refused}}, {abort, {ack(3)}}},
          "open begin close close"},
-        {[](Callbacks& c) { c.saverBegin = [] { return 0; }; },
-         {{save, {errorMessage(0, 0), kEmpty}}, {stop, {done}}},
+        {VORN_SAVER,
+         beginRefuses,
+         {{save, {MessageBytes().error(0, 0).end(), kEmpty}}, {stop, {ack(2)}}},
          "open begin close"},
-        {[](Callbacks& c) { c.saverWrite = fail; },
-         {{save, {kEmpty, error}}, {stop, {again}}},
+        {VORN_SAVER,
+         writeFails,
+         {{save, {kEmpty, error}}, {stop, {refused}}},
          "open begin write close"},
     };
     for (const auto& c : cases) {
-        Callbacks callbacks = plainSaver();
+        Callbacks callbacks = c.type == VORN_LOADER ? plainLoader() : plainSaver();
         c.change(callbacks);
-        EXPECT_EQ(converse(VORN_SAVER, callbacks, c.turns), c.calls) << &c - cases;
+        EXPECT_EQ(converse(c.type, callbacks, c.turns), c.calls) << &c - cases;
     }
 }
 
 TEST(SaverDeathTest, EndsWithStatusTwentyWithoutItsCallbacks) {
     GTEST_FLAG_SET(death_test_style, "threadsafe");
-    const auto saveWith = [](const Callbacks& callbacks) {
-        Twin twin(VORN_SAVER, callbacks);
-        twin.receive();
-        twin.send(command(CMD_SaveData));
-        twin.receive();
-    };
-    Callbacks withoutWrite = plainSaver();
-    withoutWrite.saverWrite = nullptr;
-    Callbacks withoutOpen = plainSaver();
-    withoutOpen.saverOpen = nullptr;
-    EXPECT_EXIT(saveWith(withoutWrite), testing::ExitedWithCode(20), "exiting abnormally");
-    EXPECT_EXIT(saveWith(withoutOpen), testing::ExitedWithCode(20), "exiting abnormally");
+    for (const bool opens : {true, false}) {
+        Callbacks callbacks = plainSaver();
+        opens ? void(callbacks.saverWrite = nullptr) : void(callbacks.saverOpen = nullptr);
+        EXPECT_EXIT(converse(VORN_SAVER, callbacks, {{command(CMD_SaveData), {kEmpty}}}),
+                    testing::ExitedWithCode(20), "exiting abnormally");
+    }
 }
 
 TEST(ModuleCommand, GetsExactlyOneAnswer) {
@@ -217,8 +161,6 @@ TEST(ModuleCommand, GetsExactlyOneAnswer) {
     }
     converse(VORN_LOADER, callbacks, turns);
     EXPECT_EQ(results, "110");
-    converse(VORN_LOADER, plainLoader(),
-             {{command(CMD_Module), {acknowledgementWithError(2, 53, 0)}}});
 }
 
 }  // namespace

@@ -11,65 +11,58 @@ namespace {
 thread_local const Callbacks* current = nullptr;
 thread_local std::string* callsOfCurrent = nullptr;
 
-template <class Member, class... Arguments>
-auto call(const char* name, Member member, Arguments... arguments) {
-    *callsOfCurrent += *callsOfCurrent == "" ? name : std::string(" ") + name;
-    return (current->*member)(arguments...);
+// What the shell calls for one of the test's callbacks.
+template <auto kCallback>
+struct Relay;
+template <class Result,
+          class... Arguments,
+          std::function<Result(Arguments...)> Callbacks::*kCallback>
+struct Relay<kCallback> {
+    static inline const char* name;
+    static Result call(Arguments... arguments) {
+        *callsOfCurrent += *callsOfCurrent == "" ? name : std::string(" ") + name;
+        return (current->*kCallback)(arguments...);
+    }
+};
+
+template <auto kCallback>
+void add(uint32_t id, const char* name) {
+    Relay<kCallback>::name = name;
+    if (current->*kCallback)
+        VORN_M_SetVaModuleTags(id, VORN_Word(&Relay<kCallback>::call), SHTAG_End);
 }
 
-using Message = const VORN_TagItem*;
-
-void registerAll(const Callbacks& c) {
-    const auto add = [](uint32_t id, bool wanted, auto* function) {
-        if (wanted) VORN_M_SetVaModuleTags(id, reinterpret_cast<VORN_Word>(function), SHTAG_End);
-    };
+void registerAll() {
     using C = Callbacks;
-    add(
-        SHTAG_Close, !!c.close, +[] { call("close", &C::close); });
-    add(
-        SHTAG_LoaderOpen, !!c.loaderOpen,
-        +[](Message m) { return call("open", &C::loaderOpen, m); });
-    add(
-        SHTAG_LoaderBegin, !!c.loaderBegin, +[] { return call("begin", &C::loaderBegin); });
-    add(
-        SHTAG_LoaderRead, !!c.loaderRead, +[] { call("read", &C::loaderRead); });
-    add(
-        SHTAG_SaverOpen, !!c.saverOpen, +[](Message m) { return call("open", &C::saverOpen, m); });
-    add(
-        SHTAG_SaverBegin, !!c.saverBegin, +[] { return call("begin", &C::saverBegin); });
-    add(
-        SHTAG_SaverWrite, !!c.saverWrite, +[] { return call("write", &C::saverWrite); });
-    add(
-        SHTAG_SaverQuery, !!c.saverQuery, +[] { call("query", &C::saverQuery); });
-    add(
-        SHTAG_Command, !!c.command, +[](Message m) { call("command", &C::command, m); });
+    add<&C::close>(SHTAG_Close, "close");
+    add<&C::loaderOpen>(SHTAG_LoaderOpen, "open");
+    add<&C::loaderBegin>(SHTAG_LoaderBegin, "begin");
+    add<&C::loaderRead>(SHTAG_LoaderRead, "read");
+    add<&C::saverOpen>(SHTAG_SaverOpen, "open");
+    add<&C::saverBegin>(SHTAG_SaverBegin, "begin");
+    add<&C::saverWrite>(SHTAG_SaverWrite, "write");
+    add<&C::saverQuery>(SHTAG_SaverQuery, "query");
+    add<&C::command>(SHTAG_Command, "command");
 }
 
 }  // namespace
 
 Callbacks plainLoader() {
-    Callbacks callbacks;
-    callbacks.close = [] {};
-    callbacks.loaderOpen = [](Message) { return 1; };
-    callbacks.loaderBegin = [] { return 1; };
-    callbacks.loaderRead = [] {};
-    return callbacks;
+    return {.close = [] {},
+            .loaderOpen = [](const VORN_TagItem*) { return 1; },
+            .loaderBegin = [] { return 1; },
+            .loaderRead = [] {}};
 }
 
 Callbacks plainSaver() {
-    Callbacks callbacks;
-    callbacks.close = [] {};
-    callbacks.saverOpen = [](Message) { return 1; };
-    callbacks.saverBegin = [] { return 1; };
-    callbacks.saverWrite = [] { return 1; };
-    callbacks.saverQuery = [] {};
-    return callbacks;
+    return {.close = [] {},
+            .saverOpen = [](const VORN_TagItem*) { return 1; },
+            .saverBegin = [] { return 1; },
+            .saverWrite = [] { return 1; },
+            .saverQuery = [] {}};
 }
 
-Twin::Twin(int32_t type, Callbacks callbacks)
-    : image_(VORN_L_ImageVaCreateHandle(0, MTAG_ModuleType, VORN_Word(type), TAG_End)),
-      callbacks_(std::move(callbacks)) {
-    vorn::SharedStuffCreate(*image_, type);
+Twin::Twin(int32_t type, Callbacks callbacks) : HostEnd(type), callbacks_(std::move(callbacks)) {
     thread_ = std::thread(&Twin::runModule, this, commandLineOf(image_->stuff));
 }
 
@@ -85,14 +78,12 @@ Twin::~Twin() {
         thread_.join();
         ADD_FAILURE() << "The module was not told to end.";
     }
-    vorn::SharedStuffClose(*image_);
-    VORN_L_ImageDestroyHandle(image_);
 }
 
 void Twin::runModule(std::vector<std::string> words) {
     current = &callbacks_;
     callsOfCurrent = &calls_;
-    registerAll(callbacks_);
+    registerAll();
     VORN_M_SetVaModuleTags(SHTAG_Version, VORN_Word(VORN_PROTOCOL_VERSION), SHTAG_End);
     if (callbacks_.beforeTheShell) callbacks_.beforeTheShell();
     std::vector<char*> arguments = argumentsOf(words);
@@ -133,31 +124,6 @@ std::string converse(int32_t type, const Callbacks& callbacks, const std::vector
     }
     const std::string calls = twin.calls();
     twin.terminate();
+    EXPECT_TRUE(!callbacks.close || twin.calls() != calls);
     return calls;
-}
-
-Bytes command(uint32_t number) {
-    return MessageBytes().number(MTAG_Command, static_cast<int32_t>(number)).end();
-}
-
-Bytes acknowledgementOf(int32_t round, int32_t version) {
-    return MessageBytes().number(MTAG_Ack, round).number(MTAG_Version, version).end();
-}
-
-Bytes acknowledgementWithError(int32_t round, int32_t code, int32_t subcode) {
-    return MessageBytes()
-        .number(MTAG_Ack, round)
-        .error(code, subcode)
-        .number(MTAG_Version, VORN_PROTOCOL_VERSION)
-        .end();
-}
-
-Bytes emptyMessage() { return MessageBytes().end(); }
-
-Bytes errorMessage(int32_t code, int32_t subcode) {
-    return MessageBytes().error(code, subcode).end();
-}
-
-Bytes interrupt() {
-    return MessageBytes().item(TAG_Interrupt, 8).number(MTAG_Command, CMD_Abort).end();
 }

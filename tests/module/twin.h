@@ -13,28 +13,26 @@
 
 // A module's callbacks. Only those that are set are given to the shell.
 struct Callbacks {
-    std::function<void()> close;
-    std::function<int32_t(const VORN_TagItem*)> loaderOpen;
-    std::function<int32_t()> loaderBegin;
-    std::function<void()> loaderRead;
-    std::function<int32_t(const VORN_TagItem*)> saverOpen;
-    std::function<int32_t()> saverBegin;
-    std::function<int32_t()> saverWrite;
-    std::function<void()> saverQuery;
-    std::function<void(const VORN_TagItem*)> command;
-    std::function<void()> beforeTheShell;
+    std::function<void()> close = {};
+    std::function<int32_t(const VORN_TagItem*)> loaderOpen = {};
+    std::function<int32_t()> loaderBegin = {};
+    std::function<void()> loaderRead = {};
+    std::function<int32_t(const VORN_TagItem*)> saverOpen = {};
+    std::function<int32_t()> saverBegin = {};
+    std::function<int32_t()> saverWrite = {};
+    std::function<void()> saverQuery = {};
+    std::function<void(const VORN_TagItem*)> command = {};
+    std::function<void()> beforeTheShell = {};
 };
 
 // Loaders and savers whose steps succeed and do nothing.
 Callbacks plainLoader();
 Callbacks plainSaver();
 
-class Twin {
+class Twin : public HostEnd {
   public:
     Twin(int32_t type, Callbacks callbacks);
     ~Twin();
-    Twin(const Twin&) = delete;
-    Twin& operator=(const Twin&) = delete;
 
     // Hands a message to the module once it has taken the last one.
     void send(const Bytes& message);
@@ -52,7 +50,6 @@ class Twin {
   private:
     void runModule(std::vector<std::string> words);
 
-    VORN_Image* image_;
     Callbacks callbacks_;
     std::string calls_;
     std::thread thread_;
@@ -64,17 +61,6 @@ struct Turn {
     std::vector<Bytes> answers;
 };
 
-// A whole conversation behind the first acknowledgement, up to the end of the shell. The result is
-// the callbacks' names as they were before the end.
+// A whole conversation behind the first acknowledgement, up to the end of the shell, which closes.
+// The result is the callbacks' names as they were before the end.
 std::string converse(int32_t type, const Callbacks& callbacks, const std::vector<Turn>& turns);
-
-Bytes command(uint32_t number);
-
-// What the shell sends.
-Bytes acknowledgementOf(int32_t round, int32_t version = VORN_PROTOCOL_VERSION);
-Bytes acknowledgementWithError(int32_t round, int32_t code, int32_t subcode);
-Bytes emptyMessage();
-Bytes errorMessage(int32_t code, int32_t subcode);
-
-// The host's message that stops a transfer.
-Bytes interrupt();

@@ -1,5 +1,5 @@
 // The file that test_saver makes: this head, the message that the saver was opened with (a flat tag
-// list), the blocks that the host sent, and the samples, pixel by pixel.
+// list), and the samples, pixel by pixel.
 #pragma once
 
 #include <cstdint>
@@ -10,12 +10,4 @@ struct SavedHead {
     int32_t channels = 0;
     int32_t bytesPerChannel = 0;
     int32_t tagBytes = 0;
-    int32_t blocks = 0;
-};
-
-struct SavedBlock {
-    int32_t firstLine = 0;
-    int32_t lines = 0;
-    int32_t channels = 0;
-    int32_t bytes = 0;  // of the lines, as the block's data item holds them
 };

@@ -63,24 +63,20 @@ void tell(const char* operation, uint32_t entry) {
 
 // ---- what this program holds ----
 
-struct Held {
-    int number;
-    std::string what;
-    bool isSemaphore() const { return what == "anon_inode:[eventfd]"; }
-    bool isBlock() const { return what.find("memfd:vorn") != std::string::npos; }
-};
+constexpr char kSemaphore[] = "anon_inode:[eventfd]";
+constexpr char kBlock[] = "memfd:vorn";
 
-// All descriptors but the standard streams.
-std::vector<Held> held() {
-    std::vector<Held> all;
+// All descriptors of this kind but the standard streams.
+void forEachHeld(const char* kind, const std::function<void(int)>& action) {
+    std::vector<int> numbers;
     for (const auto& entry : std::filesystem::directory_iterator("/proc/self/fd")) {
         std::error_code error;
-        const int number = std::stoi(entry.path().filename());
         const std::string what = std::filesystem::read_symlink(entry.path(), error);
-        if (number > STDERR_FILENO && !error && what.find("/fd") == std::string::npos)
-            all.push_back({number, what});
+        if (!error && what.find("/fd") == std::string::npos && what.find(kind) != std::string::npos)
+            numbers.push_back(std::stoi(entry.path().filename()));
     }
-    return all;
+    for (const int number : numbers)
+        if (number > STDERR_FILENO) action(number);
 }
 
 // Memory that this program shares with its host.
@@ -112,22 +108,16 @@ std::vector<Area> areas() {
 // A semaphore is a descriptor, and a counter, of which the lowest byte is told.
 void forEachSemaphore(const std::function<void(int)>& action,
                       const std::function<void(uint8_t&)>& counterAction) {
-    for (const Held& descriptor : held())
-        if (descriptor.isSemaphore()) action(descriptor.number);
+    forEachHeld(kSemaphore, action);
     for (const Area& area : areas())
         for (int i = 0; i < vorn::kSemaphoreCount; ++i)
             if (uint8_t* counter = area.counter(i)) counterAction(*counter);
 }
 
-void forEachBlock(const std::function<void(int)>& action) {
-    for (const Held& descriptor : held())
-        if (descriptor.isBlock()) action(descriptor.number);
-}
-
 // Also blocks that this program has inherited and not mapped yet.
 void fillBlocks(const std::function<uint8_t()>& next) {
     const auto fill = [&](uint8_t* bytes, size_t size) { std::generate_n(bytes, size, next); };
-    forEachBlock([&](int block) {
+    forEachHeld(kBlock, [&](int block) {
         const auto size = static_cast<size_t>(::lseek(block, 0, SEEK_END));
         void* area = ::mmap(nullptr, size, PROT_READ | PROT_WRITE, MAP_SHARED, block, 0);
         fill(static_cast<uint8_t*>(area), size);
@@ -186,7 +176,7 @@ void scribbleRandom() {
 
 // Everything that could take a block from under the host.
 void shrinkBlocks() {
-    forEachBlock([](int block) {
+    forEachHeld(kBlock, [](int block) {
         if (::ftruncate(block, 0) == 0 || ::ftruncate(block, 4096) == 0) std::_Exit(kExitStatus);
         ::fcntl(block, F_ADD_SEALS, F_SEAL_WRITE);
         ::fallocate(block, FALLOC_FL_PUNCH_HOLE | FALLOC_FL_KEEP_SIZE, 0, vorn::kSharedAreaSize);
@@ -212,7 +202,7 @@ void postAll() {
 }
 
 void closeAll() {
-    for (const Held& descriptor : held()) ::close(descriptor.number);
+    forEachHeld("", [](int number) { ::close(number); });
 }
 
 // The child keeps all that it has inherited until the test lets go of the leash.
@@ -229,6 +219,22 @@ void endMainThread() {
     ::syscall(SYS_exit, 0);
 }
 
+void forkAndExit() {
+    leaveChild();
+    std::_Exit(0);
+}
+
+void fillAndDie() {
+    fillSemaphores();
+    std::raise(SIGKILL);
+}
+
+void fillAndSleep() {
+    dieSoon(kLongLife);
+    fillSemaphores();
+    sleep();
+}
+
 // As a program without any care does it; the report of the language's runtime is not wanted.
 void allocate() {
     std::set_terminate([] { std::abort(); });
@@ -243,58 +249,45 @@ void spin() {
     }
 }
 
-const std::map<std::string, std::function<void()>>& actions() {
-    static const std::map<std::string, std::function<void()>> kActions = {
-        {"tell", [] {}},
-        {"kill", [] { std::raise(SIGKILL); }},
-        {"segv", [] { endBySignal(SIGSEGV); }},
-        {"abort", [] { endBySignal(SIGABRT); }},
-        {"exit0", [] { std::_Exit(0); }},
-        {"exit7", [] { std::_Exit(kExitStatus); }},
-        {"sleep", sleep},
-        {"stop", [] { std::raise(SIGSTOP); }},
-        {"endthread", endMainThread},
-        {"hang", hang},
-        {"hanglast", [] { std::atexit(hang); }},
-        {"tidylast", [] { std::atexit(tidyUp); }},
-        {"stoplast", [] { std::atexit([] { std::raise(SIGSTOP); }); }},
-        {"spin", spin},
-        {"allocate", allocate},
-        {"zeros", [] { fillBlocks([] { return uint8_t{0}; }); }},
-        {"ones", [] { fillBlocks([] { return uint8_t{0xFF}; }); }},
-        {"random", scribbleRandom},
-        {"shrink", shrinkBlocks},
-        {"blocking", makeSemaphoresBlocking},
-        {"take", takeAll},
-        {"post", postAll},
-        {"fill", fillSemaphores},
-        {"fillkill",
-         [] {
-             fillSemaphores();
-             std::raise(SIGKILL);
-         }},
-        {"fillsleep",
-         [] {
-             dieSoon(kLongLife);
-             fillSemaphores();
-             sleep();
-         }},
-        {"close", closeAll},
-        {"fork", leaveChild},
-        {"forkexit",
-         [] {
-             leaveChild();
-             std::_Exit(0);
-         }},
-        {"leaveout", [] {}},
+// What is done, and whether it is a mischief that the program doesn't survive for long.
+struct Action {
+    std::function<void()> act;
+    bool mischief = false;
+};
+
+const std::map<std::string, Action>& actions() {
+    static const std::map<std::string, Action> kActions = {
+        {"tell", {[] {}}},
+        {"kill", {[] { std::raise(SIGKILL); }}},
+        {"segv", {[] { endBySignal(SIGSEGV); }}},
+        {"abort", {[] { endBySignal(SIGABRT); }}},
+        {"exit0", {[] { std::_Exit(0); }}},
+        {"exit7", {[] { std::_Exit(kExitStatus); }}},
+        {"sleep", {sleep}},
+        {"stop", {[] { std::raise(SIGSTOP); }}},
+        {"endthread", {endMainThread}},
+        {"hang", {hang}},
+        {"hanglast", {[] { std::atexit(hang); }}},
+        {"tidylast", {[] { std::atexit(tidyUp); }}},
+        {"stoplast", {[] { std::atexit([] { std::raise(SIGSTOP); }); }}},
+        {"spin", {spin}},
+        {"allocate", {allocate}},
+        {"zeros", {[] { fillBlocks([] { return uint8_t{0}; }); }, true}},
+        {"ones", {[] { fillBlocks([] { return uint8_t{0xFF}; }); }, true}},
+        {"random", {scribbleRandom, true}},
+        {"shrink", {shrinkBlocks, true}},
+        {"blocking", {makeSemaphoresBlocking}},
+        {"take", {takeAll, true}},
+        {"post", {postAll, true}},
+        {"fill", {fillSemaphores, true}},
+        {"fillkill", {fillAndDie}},
+        {"fillsleep", {fillAndSleep}},
+        {"close", {closeAll, true}},
+        {"fork", {leaveChild}},
+        {"forkexit", {forkAndExit}},
+        {"leaveout", {[] {}, true}},
     };
     return kActions;
-}
-
-bool isMischief(const std::string& action) {
-    static const std::vector<std::string> kMischief = {"zeros", "ones", "random", "shrink",  "take",
-                                                       "post",  "fill", "close",  "leaveout"};
-    return std::find(kMischief.begin(), kMischief.end(), action) != kMischief.end();
 }
 
 // ---- counting ----
@@ -316,16 +309,11 @@ bool step(const char* operation, uint32_t entry) {
     ++count.steps;
     if (count.hook && count.steps == count.hookStep) count.hook();
     if (count.steps != order().step) return false;
-    const std::string& action = order().action;
     tell(operation, entry);
-    if (isMischief(action)) dieSoon(kShortLife);
-    actions().at(action)();
-    return action == "leaveout";
-}
-
-bool open(vorn::ShmDescriptor& shm) {
-    step("start", 0);
-    return realLayer().shmOpen(shm);
+    const Action& action = actions().at(order().action);
+    if (action.mischief) dieSoon(kShortLife);
+    action.act();
+    return order().action == "leaveout";
 }
 
 bool wait(vorn::SemaphoreSet& set, uint32_t entry) {
@@ -342,20 +330,6 @@ bool tryWait(vorn::SemaphoreSet& set, uint32_t entry) {
     return taken;
 }
 
-bool countedPost(vorn::SemaphoreSet& set, uint32_t entry) {
-    return step("post", entry) || realLayer().semPost(set, entry);
-}
-
-bool create(uint32_t size, vorn::ShmDescriptor& shm) {
-    step("create", 0);
-    return realLayer().shmCreate(size, shm);
-}
-
-vorn::SemaphoreSet* createSet() {
-    step("create", 1);
-    return realLayer().semCreateSet();
-}
-
 }  // namespace
 
 void atStep(int step, std::function<void()> hook) { theCount() = {0, step, std::move(hook)}; }
@@ -363,12 +337,23 @@ void atStep(int step, std::function<void()> hook) { theCount() = {0, step, std::
 const vorn::OsLayer& countingLayer() {
     static const vorn::OsLayer layer = [] {
         vorn::OsLayer changed = realLayer();
-        changed.shmCreate = create;
-        changed.semCreateSet = createSet;
-        changed.shmOpen = open;
+        changed.shmCreate = [](uint32_t size, vorn::ShmDescriptor& shm) {
+            step("create", 0);
+            return realLayer().shmCreate(size, shm);
+        };
+        changed.semCreateSet = [] {
+            step("create", 1);
+            return realLayer().semCreateSet();
+        };
+        changed.shmOpen = [](vorn::ShmDescriptor& shm) {
+            step("start", 0);
+            return realLayer().shmOpen(shm);
+        };
         changed.semWait = wait;
         changed.semTryWait = tryWait;
-        changed.semPost = countedPost;
+        changed.semPost = [](vorn::SemaphoreSet& set, uint32_t entry) {
+            return step("post", entry) || realLayer().semPost(set, entry);
+        };
         return changed;
     }();
     return layer;

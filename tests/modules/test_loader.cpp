@@ -1,16 +1,22 @@
 // A loader whose pictures are made up from their file names, see wished_picture.h. Further wishes:
-// fail=open, begin or read with code=N and subcode=N; failat=LINE for the latter (the height:
-// behind the last line); dpi=X and y as "dpix", "dpiy"; text=... for a description; pages=N;
-// paints=1 for one that makes RGB of its four inks where the host asks for it.
+// fail=open, begin or read with code=N and subcode=N; kill=begin or read for one that dies there;
+// failat=LINE for where reading goes wrong (the height: behind the last line); dpi=X and y as
+// "dpix", "dpiy"; text=... for a description; pages=N; paints=1 for one that makes RGB of its four
+// inks where the host asks for it; silent=1 for no information at all, formless=1 for none about
+// the pixels; goeson=1 for blocks (with inplace=1) that say that it has not stopped. Installed as
+// "version-2" it speaks that version of the protocol.
 #include <vorn/host.h>
 #include <vorn/module.h>
 
 #include <algorithm>
+#include <csignal>
 #include <cstring>
+#include <memory>
 #include <optional>
 #include <vector>
 
 #include "tests/modules/explicit_steps.h"
+#include "tests/modules/program_name.h"
 #include "tests/modules/wished_picture.h"
 
 namespace {
@@ -30,6 +36,7 @@ Session& session() {
 
 int32_t fails(const char* place) {
     const Wishes& wishes = session().picture->wishes;
+    if (wishes.text("kill") == place) std::raise(SIGKILL);
     if (wishes.text("fail") != place) return 0;
     VORN_M_SetErrorCode(wishes.number("code", 2001), wishes.number("subcode", 0));
     return 1;
@@ -38,12 +45,13 @@ int32_t fails(const char* place) {
 void layOut(Session& s) {
     const WishedPicture& picture = *s.picture;
     VORN_DataFormat& format = s.format;
+    const uint32_t flags = picture.alpha ? VORN_DF_ALPHA : 0;
     format = {picture.layout,
               picture.width,
               picture.height,
               picture.channels,
               picture.bytes,
-              picture.alpha ? uint32_t{VORN_DF_ALPHA} : 0,
+              flags,
               {},
               {},
               {},
@@ -60,54 +68,48 @@ void layOut(Session& s) {
     s.wholeBlocks = steps && picture.form != "cells";
 }
 
-class PaletteBlock {
-  public:
-    explicit PaletteBlock(const WishedPicture& picture) {
-        if (picture.palette == 0) return;
-        const int32_t layout = picture.paletteBytes == 2 ? DF_Chunky3x16 : DF_Chunky3x8;
-        VORN_ChunkyBuffer buffer{layout, picture.palette, 1, 3, 0, 0, {}, {}, {}, {}};
-        std::vector<uint8_t> bytes(static_cast<size_t>(picture.palette * 3 * picture.paletteBytes));
-        buffer.channelPlace[0] = bytes.data();
-        VORN_L_ChunkyBufferMacroSetup(&buffer);
-        for (int i = 0; i < 3 * picture.palette; ++i) {
-            const int value = picture.entry(i % 3, i / 3);
-            std::memcpy(buffer.channelPlace[i % 3] + i / 3 * buffer.pixelStep[0], &value,
-                        static_cast<size_t>(picture.paletteBytes));
-        }
-        palette_ = VORN_H_CreatePaletteData(&buffer, picture.paletteSpace);
-    }
-    ~PaletteBlock() { VORN_H_FreePaletteData(palette_); }
-    PaletteBlock(const PaletteBlock&) = delete;
-    PaletteBlock& operator=(const PaletteBlock&) = delete;
-    VORN_Word word() const { return reinterpret_cast<VORN_Word>(palette_); }
+using OwnedPalette = std::unique_ptr<VORN_Palette, decltype(&VORN_H_FreePaletteData)>;
 
-  private:
-    VORN_Palette* palette_ = nullptr;
-};
+OwnedPalette paletteOf(const WishedPicture& picture) {
+    if (picture.palette == 0) return {nullptr, &VORN_H_FreePaletteData};
+    const int32_t layout = picture.paletteBytes == 2 ? DF_Chunky3x16 : DF_Chunky3x8;
+    VORN_ChunkyBuffer buffer{layout, picture.palette, 1, 3, 0, 0, {}, {}, {}, {}};
+    std::vector<uint8_t> bytes(static_cast<size_t>(picture.palette * 3 * picture.paletteBytes));
+    buffer.channelPlace[0] = bytes.data();
+    VORN_L_ChunkyBufferMacroSetup(&buffer);
+    for (int i = 0; i < 3 * picture.palette; ++i) {
+        const int value = picture.entry(i % 3, i / 3);
+        std::memcpy(buffer.channelPlace[i % 3] + i / 3 * buffer.pixelStep[0], &value,
+                    static_cast<size_t>(picture.paletteBytes));
+    }
+    return {VORN_H_CreatePaletteData(&buffer, picture.paletteSpace), &VORN_H_FreePaletteData};
+}
 
 void announce(const Session& s) {
     const WishedPicture& picture = *s.picture;
+    const Wishes& wishes = picture.wishes;
     struct {
         uint32_t byteCount = sizeof(VORN_DataFormat);
         VORN_DataFormat format;
     } format;
     format.format = s.format;
-    const PaletteBlock palette(picture);
-    const std::string text = picture.wishes.text("text");
-    std::vector<VORN_Word> tags = {ITAG_DataFormat, reinterpret_cast<VORN_Word>(&format),
-                                   ITAG_ColorSpace, static_cast<VORN_Word>(picture.colorSpace),
-                                   ITAG_Palette,    palette.word()};
-    const auto add = [&tags](uint32_t id, VORN_Word value) {
-        tags.insert(tags.end(), {id, value});
+    const OwnedPalette palette = paletteOf(picture);
+    const std::string text = wishes.text("text");
+    std::vector<VORN_Word> tags;
+    const auto add = [&tags](bool wanted, uint32_t id, auto value) {
+        if (wanted) tags.insert(tags.end(), {id, VORN_Word(value)});
     };
-    const auto addLong = [&](uint32_t id, int value) { add(id, static_cast<VORN_Word>(value)); };
-    if (picture.orientation >= 0) addLong(ITAG_Orientation, picture.orientation);
-    if (picture.wishes.number("dpix", 0)) {
-        addLong(ITAG_XDPI, picture.wishes.number("dpix", 0));
-        addLong(ITAG_YDPI, picture.wishes.number("dpiy", 0));
-    }
-    if (const int pages = picture.wishes.number("pages", 0)) addLong(ITAG_PageCount, pages);
-    if (!text.empty()) add(ITAG_Description, reinterpret_cast<VORN_Word>(text.c_str()));
+    const bool formless = wishes.number("formless", 0);
+    add(!formless, ITAG_DataFormat, &format);
+    add(formless, ITAG_Width, picture.width);
+    add(formless, ITAG_Height, picture.height);
+    add(true, ITAG_ColorSpace, picture.colorSpace);
+    add(palette != nullptr, ITAG_Palette, palette.get());
+    add(picture.orientation >= 0, ITAG_Orientation, picture.orientation);
+    for (const auto& [wish, id] :
+         {std::pair{"dpix", ITAG_XDPI}, {"dpiy", ITAG_YDPI}, {"pages", ITAG_PageCount}})
+        add(wishes.number(wish, 0), id, wishes.number(wish, 0));
+    add(!text.empty(), ITAG_Description, text.c_str());
     tags.push_back(TAG_End);
     VORN_M_SetImageInfoTags(static_cast<uint32_t>(tags[0]), tags.data() + 1);
 }
@@ -127,7 +129,7 @@ int32_t openImage(const VORN_TagItem* message) {
 
 int32_t beginImage() {
     if (fails("begin")) return 0;
-    announce(session());
+    if (!session().picture->wishes.number("silent", 0)) announce(session());
     return 1;
 }
 
@@ -164,6 +166,10 @@ bool sendBlock(const Session& s, void* buffer, int32_t first, int32_t lines) {
     const int32_t size = s.wholeBlocks ? s.blockBytes : s.blockBytes / s.blockLines * lines;
     void* place = buffer ? buffer : VORN_M_SendImageDataBegin(width, lines, first, nullptr, size);
     if (!place) return passOnError();
+    if (s.picture->wishes.number("goeson", 0)) {  // instead of the first line's number
+        const uint32_t item[] = {MTAG_Terminate, 12, 0};
+        std::memcpy(static_cast<uint8_t*>(place) - 8 - sizeof item, item, sizeof item);
+    }
     std::memset(place, 0xEE, static_cast<size_t>(size));
     for (int32_t i = 0; i < lines; ++i) fillLine(s, static_cast<uint8_t*>(place), i, first + i);
     return buffer ? VORN_M_SendImageData(width, lines, first, buffer, size)
@@ -189,9 +195,8 @@ void answerCommand(const VORN_TagItem* message) {
     if (!page) return;
     char text[256];
     VORN_L_CopyTagStringOrNull(message, ITAG_PageName, text, sizeof text);
-    VORN_M_SetVaCommandReturn(ITAG_PageNumber,
-                              static_cast<VORN_Word>(VORN_L_TagGetLongVal(page) + 1), ITAG_PageName,
-                              reinterpret_cast<VORN_Word>(text), TAG_End);
+    VORN_M_SetVaCommandReturn(ITAG_PageNumber, VORN_Word(VORN_L_TagGetLongVal(page) + 1),
+                              ITAG_PageName, VORN_Word(text), TAG_End);
 }
 
 void closeImage() {}
@@ -199,12 +204,11 @@ void closeImage() {}
 }  // namespace
 
 int main(int argc, char** argv) {
-    VORN_M_SetVaModuleTags(SHTAG_Version, static_cast<VORN_Word>(VORN_PROTOCOL_VERSION),
-                           SHTAG_LoaderOpen, reinterpret_cast<VORN_Word>(&openImage),
-                           SHTAG_LoaderBegin, reinterpret_cast<VORN_Word>(&beginImage),
-                           SHTAG_LoaderRead, reinterpret_cast<VORN_Word>(&readImage), SHTAG_Command,
-                           reinterpret_cast<VORN_Word>(&answerCommand), SHTAG_Close,
-                           reinterpret_cast<VORN_Word>(&closeImage), SHTAG_End);
+    const int version = numberInName(programName(), VORN_PROTOCOL_VERSION);
+    VORN_M_SetVaModuleTags(
+        SHTAG_Version, VORN_Word(version), SHTAG_LoaderOpen, VORN_Word(&openImage),
+        SHTAG_LoaderBegin, VORN_Word(&beginImage), SHTAG_LoaderRead, VORN_Word(&readImage),
+        SHTAG_Command, VORN_Word(&answerCommand), SHTAG_Close, VORN_Word(&closeImage), SHTAG_End);
     VORN_M_ShellMain(argc, argv);
     return 0;
 }

@@ -1,7 +1,7 @@
 // A saver that writes what it received, see saved_picture.h. Installed as "saver-5" it announces
 // orientation 5, as "mute" it announces nothing. ITAG_DocumentName holds wishes: form=, sb= (bytes
 // per channel) and lines= of its own buffer; fail=open, begin or write with code= and failat=LINE;
-// stop=LINE to take no more without an error; blocks=1 to note the host's blocks instead of pixels.
+// stop=LINE to take no more without an error.
 #include <vorn/library.h>
 #include <vorn/module.h>
 
@@ -10,7 +10,6 @@
 #include <string>
 #include <vector>
 
-#include "module/module_state.h"
 #include "pixels/data_format.h"
 #include "tags/tag_walk.h"
 #include "tests/modules/explicit_steps.h"
@@ -27,7 +26,6 @@ struct Session {
     std::string path;
     SavedHead head;
     std::vector<uint8_t> told;
-    std::vector<SavedBlock> blocks;
     std::vector<uint8_t> samples;
 };
 
@@ -113,35 +111,10 @@ bool writeFile(const Session& s) {
     };
     SavedHead head = s.head;
     head.tagBytes = static_cast<int32_t>(s.told.size());
-    head.blocks = static_cast<int32_t>(s.blocks.size());
     const bool written = write(&head, sizeof head) && write(s.told.data(), s.told.size()) &&
-                         write(s.blocks.data(), s.blocks.size() * sizeof(SavedBlock)) &&
                          write(s.samples.data(), s.samples.size()) && BCommit(file);
     BClose(file);
     return written;
-}
-
-// Takes the host's messages as they are. True when all lines have come.
-bool noteBlocks(Session& s) {
-    vorn::ModuleState& module = vorn::moduleState();
-    int32_t lines = 0;
-    for (;;) {
-        const auto* message =
-            static_cast<const VORN_TagItem*>(VORN_L_StartReadingSharedStuff(&module.stuff));
-        if (!message) return false;
-        module.interrupted = vorn::isInterrupt(message);
-        if (!module.interrupted) {
-            const VORN_TagItem* data = VORN_L_TagFind(message, ITAG_Data);
-            VORN_DataFormat format;
-            std::memcpy(&format, vorn::itemData(VORN_L_TagFind(message, ITAG_DataFormat)),
-                        sizeof format);
-            s.blocks.push_back({number(message, ITAG_ReadLineNo, -1), format.height,
-                                format.channels, static_cast<int32_t>(vorn::itemDataSize(data))});
-            lines += format.height;
-        }
-        VORN_L_EndReadingSharedStuff(&module.stuff);
-        if (module.interrupted) return lines == s.head.height;
-    }
 }
 
 // True when all lines have come.
@@ -170,7 +143,7 @@ bool takeLines(Session& s) {
 
 int32_t writeImage() {
     Session& s = session();
-    const bool complete = s.wishes.number("blocks", 0) ? noteBlocks(s) : takeLines(s);
+    const bool complete = takeLines(s);
     if (s.wishes.text("fail") == "write") return 0;
     return !complete || writeFile(s);
 }
@@ -178,11 +151,10 @@ int32_t writeImage() {
 }  // namespace
 
 int main(int argc, char** argv) {
-    VORN_M_SetVaModuleTags(SHTAG_Version, static_cast<VORN_Word>(VORN_PROTOCOL_VERSION),
-                           SHTAG_SaverQuery, reinterpret_cast<VORN_Word>(&answerQuery),
-                           SHTAG_SaverOpen, reinterpret_cast<VORN_Word>(&openImage),
-                           SHTAG_SaverBegin, reinterpret_cast<VORN_Word>(&beginImage),
-                           SHTAG_SaverWrite, reinterpret_cast<VORN_Word>(&writeImage), SHTAG_End);
+    VORN_M_SetVaModuleTags(SHTAG_Version, VORN_Word(VORN_PROTOCOL_VERSION), SHTAG_SaverQuery,
+                           VORN_Word(&answerQuery), SHTAG_SaverOpen, VORN_Word(&openImage),
+                           SHTAG_SaverBegin, VORN_Word(&beginImage), SHTAG_SaverWrite,
+                           VORN_Word(&writeImage), SHTAG_End);
     VORN_M_ShellMain(argc, argv);
     return 0;
 }

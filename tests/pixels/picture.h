@@ -4,6 +4,7 @@
 #include <vorn/library.h>
 
 #include <cstdint>
+#include <iterator>
 #include <random>
 #include <vector>
 
@@ -13,6 +14,11 @@ using Random = std::mt19937;
 
 inline int pick(Random& random, int low, int high) {
     return std::uniform_int_distribution<int>(low, high)(random);
+}
+
+template <class List>
+auto oneOf(Random& random, const List& list) {
+    return list[static_cast<size_t>(pick(random, 0, static_cast<int>(std::size(list)) - 1))];
 }
 
 struct Shape {

@@ -44,15 +44,11 @@ Bytes takenFrom(ScriptedPeer& peer, const std::vector<Bytes>& answers, Host host
     return peer.taken().back();
 }
 
-void addTags(ScriptedPeer& peer, const std::vector<VORN_Word>& tags) {
-    vorn::ImageAddTags(peer.image(), VORN_LOADER, tags.data());
-}
-
 Sent hostToLoader() {
     Sent sent;
     ScriptedPeer peer;
     VORN_Image* image = peer.image();
-    addTags(peer, {ITAG_Filename, VORN_Word("a.ppm"), TAG_End});
+    vorn::ImageVaAddTags(image, ITAG_Filename, VORN_Word("a.ppm"), TAG_End);
     const Bytes done = acknowledgement(), empty = emptyMessage();
     sent["load-info"] = takenFrom(peer, {done}, [&] { VORN_L_WaitForInfo(image); });
     sent["load-data"] = takenFrom(peer, {empty}, [&] { VORN_L_StartReadingImage(image); });
@@ -70,7 +66,8 @@ Sent hostToSaver() {
     ScriptedPeer peer(VORN_SAVER);
     VORN_Image* image = peer.image();
     image->hasProcess = true;
-    addTags(peer, {ITAG_Filename, VORN_Word("b.ppm"), TAG_End});
+    const VORN_Word name[] = {ITAG_Filename, VORN_Word("b.ppm"), TAG_End};
+    vorn::ImageAddTags(image, VORN_LOADER, name);
     sent["save-info"] =
         takenFrom(peer, {emptyMessage(), acknowledgement()}, [&] { VORN_L_WaitForInfo(image); });
     VORN_H_ImageVaSetTags(image, ITAG_Width, VORN_Word(2), ITAG_Height, VORN_Word(2), ITAG_Channels,
@@ -79,8 +76,9 @@ Sent hostToSaver() {
     sent["save-data"] = takenFrom(peer, {emptyMessage()}, [&] { VORN_L_StartWritingImage(image); });
 
     Bytes pixels(std::begin(kPixels), std::end(kPixels));
-    VORN_ChunkyBuffer lines{DF_Chunky3x8, 2, 2, 3, 1, 0, {3, 3, 3}, {6, 6, 6}, {}, {}};
-    for (int c = 0; c < 3; ++c) lines.channelPlace[c] = pixels.data() + c;
+    VORN_ChunkyBuffer lines{DF_Chunky3x8, 2, 2, 3, 1, 0, {}, {}, {}, {}};
+    lines.channelPlace[0] = pixels.data();
+    VORN_L_ChunkyBufferMacroSetup(&lines);
     VORN_WriteState* state = VORN_L_ImageWriteChunkyBegin(image, &lines, nullptr, 0, nullptr);
     sent["saver-block"] =
         takenFrom(peer, {}, [&] { VORN_L_ImageWriteLineChunky(state, &lines, 0); });

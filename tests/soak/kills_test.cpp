@@ -56,10 +56,7 @@ TEST_F(Soak, OfKilledModulesLosesNoPictureButTheirs) {
     const int pictures = amount(100, 20);
     {
         Loader alone;
-        for (int i = 0; i < pictures; ++i) {
-            EXPECT_TRUE(alone.reads(soakPicture(i)));
-            alone.closeImage();
-        }
+        for (int i = 0; i < pictures; ++i) EXPECT_TRUE(alone.reads(soakPicture(i)));
     }
     const int killed = amount(400, 20);
     const std::string done = moduleHome().path("done");

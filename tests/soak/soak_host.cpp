@@ -5,7 +5,7 @@
 #include <atomic>
 #include <cstdio>
 #include <filesystem>
-#include <memory>
+#include <optional>
 #include <thread>
 
 #include "tests/conversation/host.h"
@@ -23,42 +23,27 @@ std::atomic<int> arrived{0};
 std::atomic<int> lost{0};
 std::atomic<int> wrong{0};
 
-// A connection that is made anew after its module has died.
-class Connection {
-  public:
-    // False when the picture was lost.
-    bool read(int number, const Picture& target) {
-        if (!loader_) loader_ = std::make_unique<Loader>();
-        if (loader_->open(soakPicture(number)) && loader_->read(target)) {
-            loader_->closeImage();
-            return true;
-        }
-        if (loader_->code() != kLinkError) {
-            std::fprintf(stderr, "picture %d: error %d\n", number, loader_->code());
-            ++wrong;
-        }
-        loader_.reset();
-        return false;
-    }
-
-  private:
-    std::unique_ptr<Loader> loader_;
-};
-
-// Every connection reads all the pictures, whatever becomes of each.
+// Every connection reads all the pictures, whatever becomes of each. It is made anew after its
+// module has died.
 void readAll(const std::vector<Picture>& expected, const std::string& done) {
-    Connection connection;
+    std::optional<Loader> loader;
     for (size_t i = 0; i < expected.size() || !std::filesystem::exists(done); ++i) {
         const size_t number = i % expected.size();
         const Picture target = plainPicture(shapeOf(expected[number]));
-        if (!connection.read(static_cast<int>(number), target)) {
-            ++lost;
-        } else if (const auto result = same(target, expected[number])) {
+        if (!loader) loader.emplace();
+        const bool read =
+            loader->open(soakPicture(static_cast<int>(number))) && loader->read(target);
+        const auto result = same(target, expected[number]);
+        if (read && result) {
             ++arrived;
+        } else if (!read && loader->error() == kLinkError) {
+            ++lost;
         } else {
-            std::fprintf(stderr, "picture %zu: %s\n", number, result.message());
+            std::fprintf(stderr, "picture %zu: error %d %s\n", number, loader->error(),
+                         result.message());
             ++wrong;
         }
+        if (!read) loader.reset();
     }
 }
 

@@ -41,7 +41,6 @@ class Streaming : public testing::Test {
         home().install("Savers/small", built / "Savers/png");
         home().install("Savers/full", built / "Savers/pnm");
         home().install("Loaders/loader", VORN_TEST_LOADER);
-        home().install("Loaders/kill-at-block", VORN_MISBEHAVE);
         for (const char* name : {"Savers/saver", "Savers/saver-2"})
             home().install(name, VORN_TEST_SAVER);
         home().install("Savers/dying", VORN_INJECTED_SAVER);
@@ -187,8 +186,8 @@ TEST_F(Streaming, BreaksOffWithTheReasonOfTheSideThatFails) {
         const std::string in = file(std::string("w=700,h=400,c=3,code=2002,fail=") + how);
         expectBroken(in, joined({"--loader", "loader"}, options), in, "2002, 0");
     }
-    const std::string any = scratch_.write("any", "x");
-    expectBroken(any, {"--loader", "kill-at-block"}, any, "3, 0");
+    const std::string deadly = file("w=700,h=400,c=3,kill=read,failat=200");
+    expectBroken(deadly, {"--loader", "loader"}, deadly, "3, 0");
     for (const std::string how : {"open", "write,failat=100", "write,failat=399"})
         expectBroken(good,
                      {"--loader", "loader", "--saver", "saver", "--set",

@@ -60,20 +60,6 @@ TEST(SharedArea, FailsAtOnceWhileTheLinkIsDown) {
     VORN_L_ImageDestroyHandle(image);
 }
 
-TEST(SharedArea, WakesABlockedThreadOnAnEmergencyStop) {
-    for (const bool reading : {true, false}) {
-        ScriptedPeer peer;
-        VORN_Image* image = peer.image();
-        if (!reading) vorn::SemTryWait(*image->stuff.semaphores, 0);
-        std::thread stopper([&] { VORN_L_ShutDownHandle(image); });
-        EXPECT_EQ(reading ? VORN_L_ImageHandleStartReading(image)
-                          : VORN_L_ImageHandleStartWriting(image, 8),
-                  nullptr);
-        stopper.join();
-        EXPECT_EQ(peer.errorCode(), 3);
-    }
-}
-
 bool attach(SharedStuff& stuff, std::vector<std::string> words) {
     const std::vector<char*> arguments = argumentsOf(words);
     return vorn::SharedStuffAttach(stuff, static_cast<int>(arguments.size()),
