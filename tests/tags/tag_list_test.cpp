@@ -17,6 +17,17 @@ VORN_TagItem* prependLong(VORN_Tracker* tracker, VORN_TagItem* list, uint32_t id
     return VORN_L_TagAdd(tracker, list, id, 4, &value);
 }
 
+TEST(TagList, MessageIsTheseBytes) {
+    uint8_t message[20];
+    const uint8_t expected[20] = {0x06, 0, 0, 1, 0x0C, 0, 0, 0, 0x01, 0x10,
+                                  0,    0, 0, 0, 0,    0, 8, 0, 0,    0};
+    const int32_t command = CMD_LoadData;
+    void* end = VORN_L_writetag(message, MTAG_Command, &command, 4);
+    end = VORN_L_writetag(end, TAG_End, nullptr, 0);
+    EXPECT_EQ(end, message + sizeof message);
+    EXPECT_EQ(std::memcmp(message, expected, sizeof message), 0);
+}
+
 TEST(TagList, ReservedItemKeepsItsBytesAndIsRoundedUp) {
     uint32_t room[4] = {0, 0, 0x11111111, 0x22222222};
     EXPECT_EQ(VORN_L_writetagnodata(room, ITAG_Data, nullptr, 5), room + 4);
