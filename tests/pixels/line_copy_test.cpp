@@ -144,6 +144,32 @@ TEST_P(LineCopyAgainstSlowCopy, LeavesTheSameBytes) {
     }
 }
 
+// The layouts that have kernels of their own, at every width up to two of their steps.
+TEST_P(LineCopyAgainstSlowCopy, LeavesTheSameBytesAtEveryWidth) {
+    const struct {
+        const char* form;
+        int channels, bytes;
+        bool reversed = false;  // blue first
+    } kinds[] = {{"planes", 1, 1},      {"planes", 1, 2},  {"planes", 3, 1}, {"planes", 3, 2},
+                 {"cells", 3, 1},       {"cells", 3, 2},   {"cells", 4, 1},  {"cells", 4, 2},
+                 {"cells", 3, 1, true}, {"mirrored", 3, 1}};
+    const auto make = [&](const auto& kind, int width) {
+        Picture picture = Picture::inForm(kind.form, {width, 1, kind.channels, kind.bytes}, 0);
+        picture.fill(random_);
+        if (kind.reversed)
+            std::swap(picture.record.channelPlace[0], picture.record.channelPlace[2]);
+        return picture;
+    };
+    for (const auto& in : kinds) {
+        for (const auto& out : kinds) {
+            Picture palette = Picture::standard(lineInterleavedLayout(out.bytes), 200, 1, 4);
+            palette.fill(random_);
+            for (int width = 1; width <= 67 && !HasFatalFailure(); width++)
+                compare(make(in, width), make(out, width), 0, 0, &palette);
+        }
+    }
+}
+
 // Every triple of the values around which conversions clamp and round.
 TEST_P(LineCopyAgainstSlowCopy, IsExactInTheCorners) {
     const int values[2][15] = {
