@@ -100,8 +100,8 @@ void expectSamples(const LoadedImage& loaded, const PngFile& file) {
 Bytes colors(int count) {
     Bytes palette;
     for (int i = 0; i < count; ++i)
-        palette.insert(palette.end(), {static_cast<uint8_t>(i), static_cast<uint8_t>(255 - i),
-                                       static_cast<uint8_t>(i * 7)});
+        for (const int sample : {i, 255 - i, i * 7})
+            palette.push_back(static_cast<uint8_t>(sample));
     return palette;
 }
 

@@ -5,7 +5,7 @@
 #include <atomic>
 #include <cstdio>
 #include <filesystem>
-#include <optional>
+#include <memory>
 #include <thread>
 
 #include "tests/conversation/host.h"
@@ -26,11 +26,11 @@ std::atomic<int> wrong{0};
 // Every connection reads all the pictures, whatever becomes of each. It is made anew after its
 // module has died.
 void readAll(const std::vector<Picture>& expected, const std::string& done) {
-    std::optional<Loader> loader;
+    std::unique_ptr<Loader> loader;
     for (size_t i = 0; i < expected.size() || !std::filesystem::exists(done); ++i) {
         const size_t number = i % expected.size();
         const Picture target = plainPicture(shapeOf(expected[number]));
-        if (!loader) loader.emplace();
+        if (!loader) loader = std::make_unique<Loader>();
         const bool read =
             loader->open(soakPicture(static_cast<int>(number))) && loader->read(target);
         const auto result = same(target, expected[number]);
