@@ -206,7 +206,7 @@ inline int furthest(const Bytes& a, const Bytes& b) {
 // A number as it stands in files, its least or its most significant byte first.
 inline std::string little(uint64_t value, size_t bytes) {
     std::string text;
-    for (size_t i = 0; i < bytes; ++i) text += static_cast<char>(value >> 8 * i);
+    for (; bytes > 0; --bytes, value >>= 8) text += static_cast<char>(value);
     return text;
 }
 inline std::string big(uint64_t value, size_t bytes) {
