@@ -137,7 +137,14 @@ TEST_P(Modules, ThatGoWrongCostOnePicture) {
 
 TEST_F(Injected, ModulesHaveTimeToEndInOrderAndNoMore) {
     const Wire wire;
-    for (const char* action : {"hanglast 9", "stoplast 9", "tidylast 9"}) {
+    for (const char* action : {
+             "hanglast 9",
+#ifndef __SANITIZE_THREAD__  // which may keep the signal of the host's end back until it has
+                             // stopped
+             "stoplast 9",
+#endif
+             "tidylast 9",
+         }) {
         for (const Kind kind : {Kind::Loading, Kind::Saving}) {
             const ScopedVariable order("VORN_TEST_STEP", action);
             Talk talk(kind, directory_);
