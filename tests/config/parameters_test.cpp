@@ -1,6 +1,9 @@
 #include <gtest/gtest.h>
+#include <sys/wait.h>
+#include <unistd.h>
 #include <vorn/host.h>
 
+#include <csignal>
 #include <set>
 #include <thread>
 
@@ -192,6 +195,37 @@ TEST_F(Parameters, ShortMemoryNeitherLosesNorMixesTexts) {
         const auto [text, failed] = run([] { return fetch("Sample"); });
         EXPECT_EQ(text, failed ? "(none)" : "own");
     });
+}
+
+// Writers that never stop are ended in the middle of what they do.
+TEST_F(Parameters, ReadersSeeWholeTextsWhoeverWritesAndDies) {
+    const std::string texts[] = {std::string(20000, 'a'), std::string(15000, 'b')};
+    ASSERT_TRUE(store("Sample", texts[0]));
+    for (int round = 0; round < 10; ++round) {
+        pid_t writers[2];
+        for (int i = 0; i < 2; ++i) {
+            writers[i] = fork();
+            if (writers[i] != 0) continue;
+            while (store("Sample", texts[i])) {
+            }
+            _exit(1);
+        }
+        for (const std::string& awaited : texts) {
+            std::string seen;
+            while (seen != awaited) {
+                seen = fetch("Sample");
+                ASSERT_TRUE(seen == texts[0] || seen == texts[1]) << seen.size();
+            }
+        }
+        for (const pid_t writer : writers) {
+            kill(writer, SIGKILL);
+            int status = 0;
+            waitpid(writer, &status, 0);
+            EXPECT_TRUE(WIFSIGNALED(status));
+        }
+        const std::string left = fetch("Sample");
+        EXPECT_TRUE(left == texts[0] || left == texts[1]) << left.size();
+    }
 }
 
 }  // namespace
